@@ -1,0 +1,123 @@
+#include "cache/host_data.h"
+
+#include "cache/value_cache.h"
+#include "driver/byte_access.h"
+#include "driver/driver_object.h"
+#include "varlist/address_text.h"
+
+#include <QtCore/QMutexLocker>
+
+#include <limits>
+
+namespace
+{
+
+const int SEND_TO_PLC = 2; // value of `hostWriteMode`
+
+// A byte array cannot hold more elements of two bytes than this.
+const int MOST_ELEMENTS = std::numeric_limits<int>::max() / 2 - 64;
+
+void putPair(QByteArray &out, int index, quint8 low, quint8 high)
+{
+    if (out.size() < index + 2)
+        out.resize(index + 2);
+    out[index] = static_cast<char>(low);
+    out[index + 1] = static_cast<char>(high);
+}
+
+void readBit(QByteArray &out, int station, int address)
+{
+    putPair(out, 0, byteOrZero(cachedData(station, AREA_X, address), 0), 0);
+}
+
+void readWord(QByteArray &out, int station, int address)
+{
+    const QByteArray &data = cachedData(station, AREA_D, address);
+    putPair(out, 0, byteOrZero(data, 0), byteOrZero(data, 1));
+}
+
+void readElements(QByteArray &out, int station, int address, int count)
+{
+    for (int i = 0; i < qMin(count, MOST_ELEMENTS); ++i) {
+        const QByteArray &data = cachedData(station, AREA_C, addressPlus(address, i));
+        putPair(out, 2 * i, byteOrZero(data, 0), 0);
+    }
+}
+
+RW_VAR writeRequest(const QString &name, int kind, const QString &addressText, int address,
+                    int station)
+{
+    const ComInfo &info = *PLC_driver.comInfo;
+    RW_VAR var;
+    var.rwKind = RW_WRITE;
+    var.reserved3 = info.remoteMode;
+    var.plcNo = info.localPlcNo;
+    var.name = name;
+    var.addressText = addressText;
+    var.areaType = kind;
+    var.address = address;
+    var.station = info.purgeByStation == 0 ? info.defaultStation : station;
+    return var;
+}
+
+// One element only, missing bytes as 0.
+QByteArray elementBytes(int kind, const QByteArray &value)
+{
+    QByteArray data(kind == AREA_D ? 2 : 1, '\0');
+    for (int i = 0; i < data.size(); ++i)
+        data[i] = static_cast<char>(byteOrZero(value, i));
+    return data;
+}
+
+} // namespace
+
+int GetRegisterData(QString, int kind, QString addressText, int station, QByteArray &out,
+                    int count) noexcept
+{
+    const int address = StringAddressToInt(kind, addressText);
+    if (address < 0)
+        return 0;
+    QMutexLocker lock(&PLC_driver.areaMutex);
+    if (kind == AREA_X)
+        readBit(out, station, address);
+    else if (kind == AREA_D)
+        readWord(out, station, address);
+    else if (kind == AREA_C)
+        readElements(out, station, address, count);
+    return 1;
+}
+
+int SetRegisterData(QString name, int kind, QString addressText, int station, QByteArray &value,
+                    int count, int ownerId, int ownerSubId) noexcept
+{
+    const int address = StringAddressToInt(kind, addressText);
+    if (address < 0)
+        return 0;
+    RW_VAR var = writeRequest(name, kind, addressText, address, station);
+    var.ownerId = ownerId;
+    var.ownerSubId = ownerSubId;
+    if (PLC_driver.comInfo->hostWriteMode != SEND_TO_PLC) {
+        var.count = count;
+        var.data = value;
+        WriteDataToLocal(&var);
+        return 1;
+    }
+    if (kind != AREA_X && kind != AREA_D)
+        return 0;
+    var.count = 1;
+    var.data = elementBytes(kind, value);
+    return AddListWriteVar(&var, 0);
+}
+
+void WriteDataToLocal(RW_VAR *var)
+{
+    const int kind = var->areaType;
+    const int elements = qMin(var->count, var->data.size() / 2); // both bytes of each present
+    QMutexLocker lock(&PLC_driver.areaMutex);
+    if (kind != AREA_X && kind != AREA_D)
+        return;
+    for (int i = 0; i < elements; ++i) {
+        cachedData(var->station, kind, addressPlus(var->address, i)) =
+            var->data.mid(2 * i, kind == AREA_D ? 2 : 1);
+    }
+}

@@ -1,0 +1,101 @@
+#include "cache/remote_envelope.h"
+
+#include "cache/host_data.h"
+#include "driver/driver_object.h"
+#include "protocol/block_checks.h"
+
+namespace
+{
+
+const int LARGEST_SUM = 0xFFFF; // bytes that CalSUM takes at once
+
+// Appends the low `bytes` bytes of `value`, most significant first.
+void appendNumber(QByteArray &frame, qint32 value, int bytes)
+{
+    for (int shift = 8 * (bytes - 1); shift >= 0; shift -= 8)
+        frame.append(static_cast<char>((static_cast<quint32>(value) >> shift) & 0xFF));
+}
+
+QByteArray header(const RW_VAR &var)
+{
+    QByteArray frame;
+    frame.reserve(22 + var.data.size());
+    appendNumber(frame, 0, 1); // the length, once it is known
+    appendNumber(frame, var.ownerId, 1);
+    appendNumber(frame, var.rwKind, 1);
+    appendNumber(frame, var.plcNo, 1);
+    appendNumber(frame, var.station, 1);
+    appendNumber(frame, var.areaType, 2);
+    appendNumber(frame, var.address, 4);
+    appendNumber(frame, var.count, 2);
+    appendNumber(frame, var.remoteTag, 4);
+    appendNumber(frame, var.reserved13, 4);
+    return frame;
+}
+
+// The low 8 bits of the sum of all bytes, in portions that CalSUM can take.
+char checksum(const QByteArray &frame)
+{
+    quint32 sum = 0;
+    for (int start = 0; start < frame.size(); start += LARGEST_SUM) {
+        const int length = qMin(LARGEST_SUM, frame.size() - start);
+        sum += CalSUM(reinterpret_cast<const quint8 *>(frame.constData()) + start,
+                      static_cast<quint16>(length));
+    }
+    return static_cast<char>(sum & 0xFF);
+}
+
+// The length byte counts the whole envelope, modulo 256, and is part of the sum.
+QByteArray sealed(QByteArray frame)
+{
+    frame[0] = static_cast<char>((frame.size() + 1) & 0xFF);
+    frame.append(checksum(frame));
+    return frame;
+}
+
+void setReadReply(Protocol &request, int dataCount)
+{
+    request.builderParam1 = 3;
+    request.builderParam2 = dataCount;
+    request.expectedReplyLength = 3 + dataCount + 1;
+}
+
+void setReadReplyByArea(Protocol &request, int areaType)
+{
+    if (areaType == AREA_X)
+        setReadReply(request, 2);
+    else if (areaType == AREA_D)
+        setReadReply(request, 4);
+    else if (areaType == AREA_C)
+        setReadReply(request, 2 * BLOCK_ELEMENTS);
+}
+
+void queueEnvelope(Protocol &request, const RW_VAR &var, const QByteArray &frame)
+{
+    request.frame = frame;
+    request.frameLength = frame.size();
+    request.var = var;
+    PLC_driver.pendingFrames.append(request);
+
+    // Volatile keeps the order, which here differs from that of the ASCII frames.
+    volatile ComInfo *const info = PLC_driver.comInfo;
+    info->framesExpected = 1;
+    info->framesReceived = 0;
+}
+
+} // namespace
+
+void Remote_ReadVar(RW_VAR *var)
+{
+    Protocol request;
+    setReadReplyByArea(request, var->areaType);
+    queueEnvelope(request, *var, sealed(header(*var)));
+}
+
+void Remote_WriteVar(RW_VAR *var)
+{
+    Protocol request;
+    request.expectedReplyLength = 6;
+    queueEnvelope(request, *var, sealed(header(*var) + var->data));
+    WriteDataToLocal(var);
+}

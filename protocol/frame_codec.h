@@ -1,0 +1,30 @@
+// Hexadecimal digits of the ASCII frames, and the first judgement of a reply.
+#ifndef KVT_PROTOCOL_FRAME_CODEC_H
+#define KVT_PROTOCOL_FRAME_CODEC_H
+
+#include <QtCore/QByteArray>
+#include <QtCore/QtGlobal>
+
+/// Control characters of a frame.
+const char ENQ = 0x05; ///< first byte of every request
+const char CR = 0x0D;  ///< last byte of every request and of every accepted reply
+const char NAK = 0x15; ///< first byte of a refusal
+
+/// Result of CheckGetData.
+enum ReplyCheck { REPLY_BAD = 0, REPLY_DATA = 1, REPLY_ACKNOWLEDGE = 2 };
+
+/// Returns the character of a nibble, "0" to "9" and "A" to "F" for 0 to 15. Other values are not
+/// checked: up to 9 give value + 0x30, above give value + 0x37. Any thread; no lock.
+Q_DECL_EXPORT int DigitalToASCII(int value);
+
+/// Returns the nibble of a character (0 to 255). ":" to "?" give 10 to 15; what lies below "0",
+/// and "@", give 0; everything above gives code - 0x37, lower case not folded. Any thread; no lock.
+Q_DECL_EXPORT int ASCIIToDigital(int code);
+
+/// Judges the first `received` bytes of `reply` against the head of `pendingFrames`: REPLY_BAD
+/// when the last is not CR, the first is NAK, the array is shorter, or nothing was received; else
+/// REPLY_DATA for a read, REPLY_ACKNOWLEDGE for a write, REPLY_BAD for any other kind and when no
+/// frame is pending. Polling thread; no lock.
+Q_DECL_EXPORT int CheckGetData(QByteArray *reply, int received);
+
+#endif

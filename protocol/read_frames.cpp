@@ -1,0 +1,69 @@
+#include "protocol/read_frames.h"
+
+#include "driver/driver_object.h"
+#include "protocol/request_frame.h"
+#include "varlist/address_text.h"
+
+#include <cstring>
+
+namespace
+{
+
+// Word of the host's local word area that steers the reads of area C.
+const int BLOCK_SELECT_WORD = 50000;
+
+const ExpectedReply REPLY_X = {6, 3, 2};
+const ExpectedReply REPLY_D = {8, 3, 4};
+const ExpectedReply REPLY_C = {144, 3, 2 * BLOCK_ELEMENTS};
+
+int localBlockSelect()
+{
+    if (!LW)
+        return 0;
+    quint16 word; // copied bytewise: the host may hand over an odd address
+    std::memcpy(&word, static_cast<const char *>(LW) + sizeof word * BLOCK_SELECT_WORD,
+                sizeof word);
+    return word;
+}
+
+void queueRead(const RW_VAR &var, const QStringList &parts, int high, const ExpectedReply &reply)
+{
+    const int address = addressByte(addressPart(parts, 2), high, 0);
+    queueFrame(startFrame(var, parts, address), var, reply);
+}
+
+} // namespace
+
+void ReadRegister(RW_VAR *var)
+{
+    switch (var->areaType) {
+    case AREA_X:
+        ReadAnalog_X(var);
+        break;
+    case AREA_D:
+        ReadAnalog_D(var);
+        break;
+    case AREA_C:
+        ReadAnalog_C(var);
+        break;
+    default:
+        break;
+    }
+}
+
+void ReadAnalog_X(RW_VAR *var)
+{
+    const QStringList parts = addressParts(var->addressText);
+    queueRead(*var, parts, highNibble(addressPart(parts, 1)), REPLY_X);
+}
+
+void ReadAnalog_D(RW_VAR *var)
+{
+    const QStringList parts = addressParts(var->addressText);
+    queueRead(*var, parts, highNibble(addressPart(parts, 1)), REPLY_D);
+}
+
+void ReadAnalog_C(RW_VAR *var)
+{
+    queueRead(*var, addressParts(var->addressText), highNibble(localBlockSelect()), REPLY_C);
+}
