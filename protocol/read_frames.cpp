@@ -26,10 +26,10 @@ int localBlockSelect()
     return word;
 }
 
-void queueRead(const RW_VAR &var, const QStringList &parts, int high, const ExpectedReply &reply)
+void queueRead(const RW_VAR &var, const AddressParts &parts, int nibble, const ExpectedReply &reply)
 {
-    const int address = addressByte(addressPart(parts, 2), high, 0);
-    queueFrame(startFrame(var, parts, address), var, reply);
+    const int address = addressByte(parts.c, highNibble(nibble), 0);
+    queueFrame(startFrame(var.station, parts.a, address), var, reply);
 }
 
 } // namespace
@@ -53,17 +53,17 @@ void ReadRegister(RW_VAR *var)
 
 void ReadAnalog_X(RW_VAR *var)
 {
-    const QStringList parts = addressParts(var->addressText);
-    queueRead(*var, parts, highNibble(addressPart(parts, 1)), REPLY_X);
+    const AddressParts parts = addressParts(var->addressText);
+    queueRead(*var, parts, parts.b, REPLY_X);
 }
 
 void ReadAnalog_D(RW_VAR *var)
 {
-    const QStringList parts = addressParts(var->addressText);
-    queueRead(*var, parts, highNibble(addressPart(parts, 1)), REPLY_D);
+    const AddressParts parts = addressParts(var->addressText);
+    queueRead(*var, parts, parts.b, REPLY_D);
 }
 
 void ReadAnalog_C(RW_VAR *var)
 {
-    queueRead(*var, addressParts(var->addressText), highNibble(localBlockSelect()), REPLY_C);
+    queueRead(*var, addressParts(var->addressText), localBlockSelect(), REPLY_C);
 }

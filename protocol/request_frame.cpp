@@ -2,7 +2,13 @@
 
 #include "driver/driver_object.h"
 #include "protocol/frame_codec.h"
-#include "varlist/address_text.h"
+
+namespace
+{
+
+const int LONGEST_FRAME = 12; // the write of a word
+
+} // namespace
 
 int highNibble(int value)
 {
@@ -25,13 +31,13 @@ void appendByteDigits(QByteArray &frame, int value)
     frame.append(static_cast<char>(DigitalToASCII(value & 0x0F)));
 }
 
-QByteArray startFrame(const RW_VAR &var, const QStringList &parts, int address)
+QByteArray startFrame(int station, int command, int address)
 {
     QByteArray frame;
-    frame.reserve(12);
+    frame.reserve(LONGEST_FRAME);
     frame.append(ENQ);
-    appendByteDigits(frame, var.station);
-    appendByteDigits(frame, addressPart(parts, 0));
+    appendByteDigits(frame, station);
+    appendByteDigits(frame, command);
     appendByteDigits(frame, address);
     return frame;
 }
@@ -39,14 +45,14 @@ QByteArray startFrame(const RW_VAR &var, const QStringList &parts, int address)
 void queueFrame(QByteArray frame, const RW_VAR &var, const ExpectedReply &reply)
 {
     frame.append(CR);
-    Protocol request;
+    PLC_driver.pendingFrames.append(Protocol());
+    Protocol &request = PLC_driver.pendingFrames.last();
     request.frame = frame;
     request.frameLength = frame.size();
     request.expectedReplyLength = reply.length;
     request.builderParam1 = reply.dataStart;
     request.builderParam2 = reply.dataCount;
     request.var = var;
-    PLC_driver.pendingFrames.append(request);
 
     // Volatile keeps the order: who watches the block must not take an old reply for the new one.
     volatile ComInfo *const info = PLC_driver.comInfo;

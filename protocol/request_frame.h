@@ -5,8 +5,6 @@
 
 #include "driver/records.h"
 
-#include <QtCore/QStringList>
-
 /// The reply that a request expects.
 struct ExpectedReply {
     int length;    ///< bytes
@@ -24,9 +22,9 @@ int addressByte(int part3, int high, int writeBit);
 /// Appends `value` (low 8 bits) as two hexadecimal digits.
 void appendByteDigits(QByteArray &frame, int value);
 
-/// Returns a frame as far as its address byte: ENQ, station, command (part 1 of the address text),
-/// address byte.
-QByteArray startFrame(const RW_VAR &var, const QStringList &parts, int address);
+/// Returns a frame as far as its address byte: ENQ, `station`, `command`, `address`, the low 8 bits
+/// of each as two digits.
+QByteArray startFrame(int station, int command, int address);
 
 /// Ends `frame` with CR, appends it to `pendingFrames` with a copy of `var`, and tells the host's
 /// block that one reply is awaited. Polling thread, list mutex held by the caller.

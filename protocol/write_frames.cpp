@@ -12,17 +12,18 @@ namespace
 const int WRITE_BIT = 1;
 const ExpectedReply ACKNOWLEDGE = {6, 0, 0};
 
-QByteArray startWrite(const RW_VAR &var, const QStringList &parts)
+QByteArray startWrite(const RW_VAR &var)
 {
-    const int high = highNibble(addressPart(parts, 1));
-    return startFrame(var, parts, addressByte(addressPart(parts, 2), high, WRITE_BIT));
+    const AddressParts parts = addressParts(var.addressText);
+    const int address = addressByte(parts.c, highNibble(parts.b), WRITE_BIT);
+    return startFrame(var.station, parts.a, address);
 }
 
-// The one write that sends only its address. The texts are compared, not their numbers.
-bool isWithoutValue(const QStringList &parts)
+// The one write that sends only its address: command 18, nibble 1, compared as texts and not as
+// numbers.
+bool isWithoutValue(const QString &addressText)
 {
-    return parts.size() > 1 && parts.at(0) == QLatin1String("18") &&
-           parts.at(1) == QLatin1String("1");
+    return addressText == QLatin1String("18.1") || addressText.startsWith(QLatin1String("18.1."));
 }
 
 } // namespace
@@ -44,16 +45,15 @@ void WriteRegister(RW_VAR *var)
 
 void WriteAnalog_X(RW_VAR *var)
 {
-    QByteArray frame = startWrite(*var, addressParts(var->addressText));
+    QByteArray frame = startWrite(*var);
     appendByteDigits(frame, byteOrZero(var->data, 0));
     queueFrame(frame, *var, ACKNOWLEDGE);
 }
 
 void WriteAnalog_D(RW_VAR *var)
 {
-    const QStringList parts = addressParts(var->addressText);
-    QByteArray frame = startWrite(*var, parts);
-    if (!isWithoutValue(parts)) {
+    QByteArray frame = startWrite(*var);
+    if (!isWithoutValue(var->addressText)) {
         appendByteDigits(frame, byteOrZero(var->data, 1));
         appendByteDigits(frame, byteOrZero(var->data, 0));
     }

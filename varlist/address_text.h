@@ -4,17 +4,20 @@
 
 #include "driver/entry_points.h"
 
-#include <QtCore/QStringList>
+/// The parts a, b, c and d of an address text as decimal integers; a bad or missing part is 0.
+struct AddressParts {
+    int a;
+    int b;
+    int c;
+    int d;
+};
 
 /// Returns the numeric address of `addressText` in area `areaType`; see PLCAddressChangeIntef,
 /// which gives the host the same number. Any thread; no lock.
 Q_DECL_EXPORT int StringAddressToInt(int areaType, QString addressText);
 
-/// Returns the parts of an address text, empty ones kept.
-QStringList addressParts(const QString &addressText);
-
-/// Returns part `index` (from 0) as a decimal integer; 0 when it is bad or missing.
-int addressPart(const QStringList &parts, int index);
+/// Returns the parts of an address text; parts beyond the fourth are ignored.
+AddressParts addressParts(const QString &addressText);
 
 /// Returns the numeric address of the first element of the area-C block that `addressText` lies
 /// in: b*160 + c*80 for "a.b.c.d".
