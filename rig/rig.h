@@ -1,0 +1,61 @@
+// One run of the rig: driver, host session, simulated PLC and the virtual line between them.
+#ifndef KVT_RIG_RIG_H
+#define KVT_RIG_RIG_H
+
+#include "host/host_session.h"
+#include "rig/virtual_line.h"
+
+#include <memory>
+
+namespace kvt
+{
+
+/// What a run is made of.
+struct RigSettings {
+    QString driverPath; ///< of libKVT.so.1
+    QVector<Tag> tags;
+    int baud = 38400; ///< at 10 bits a character
+    SessionSettings session;
+    PlcConfig plc;
+    quint64 seed = 1;
+};
+
+/// Loads the driver for itself alone; there can be one rig at a time. One thread.
+class Rig
+{
+public:
+    /// Puts the parts together; character times in `settings` follow from `baud`. Returns null and
+    /// sets `*error` when the driver cannot be loaded or the tags cannot be polled together.
+    /// `events` is not null and outlives the rig.
+    static std::unique_ptr<Rig> make(const RigSettings &settings, HostEvents *events,
+                                     QString *error);
+
+    HostSession &session() { return *session_; }
+    SimulatedPlc &plc() { return *plc_; }
+    VirtualLine &line() { return *line_; }
+    qint64 characterTime_ns() const { return characterTime_ns_; }
+
+private:
+    Rig() = default;
+
+    qint64 characterTime_ns_ = 0;
+    DriverLibrary library_;
+    std::unique_ptr<HostSession> session_;
+    std::unique_ptr<SimulatedPlc> plc_;
+    std::unique_ptr<VirtualLine> line_;
+};
+
+/// Ignores every event; the base of receivers that want but a few.
+class NoEvents : public HostEvents
+{
+public:
+    void stationSwitched(int, bool) override {}
+    void writeChanged(const WriteReport &) override {}
+    void onceReadEnded(int, int, bool) override {}
+    void lineChanged(bool, const QString &) override {}
+    void tagRead(int, quint16, qint64) override {}
+};
+
+} // namespace kvt
+
+#endif

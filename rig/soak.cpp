@@ -1,0 +1,93 @@
+// Long runs of the rig: each proof prints a line of figures; the exit status is 0 only if all hold.
+#include "rig/proofs.h"
+
+#include <QCommandLineParser>
+#include <QCoreApplication>
+#include <QTextStream>
+
+namespace
+{
+
+using Proof = kvt::ProofResult (*)(const kvt::ProofRun &);
+
+struct Step {
+    Proof proof;
+    qint64 count;
+    qint64 quickCount;
+};
+
+kvt::ProofResult misattribution(const kvt::ProofRun &run)
+{
+    return kvt::proveNoMisattribution(run);
+}
+
+const Step STEPS[] = {
+    {misattribution, 1000000, 50000},
+    {kvt::proveDeadStationCostsLittle, 3600, 600},
+    {kvt::proveWritesAreAccountedFor, 100000, 5000},
+    {kvt::proveLineIsUsed, 600, 60},
+};
+
+bool report(QTextStream &out, const kvt::ProofResult &result)
+{
+    out << (result.held ? "ok      " : "FAILED  ") << result.text << '\n';
+    out.flush();
+    return result.held;
+}
+
+bool runAll(kvt::ProofRun run, bool quick, QTextStream &out)
+{
+    bool held = true;
+    for (const Step &step : STEPS) {
+        run.count = quick ? step.quickCount : step.count;
+        held = report(out, step.proof(run)) && held;
+    }
+    return held;
+}
+
+// What the silence after a failed attempt is worth: shorter ones against replies that come late.
+void compareQuietTimes(kvt::ProofRun run, QTextStream &out)
+{
+    run.count = 100000;
+    for (const int latest : {150, 190, 300}) {
+        for (const int quiet : {0, 25, 50, 100, 200}) {
+            const kvt::QuietTrial trial = {quiet, latest};
+            out << "silence " << quiet << " % of the time-out, late replies up to " << latest
+                << " %: " << kvt::proveNoMisattribution(run, trial).text << '\n';
+            out.flush();
+        }
+    }
+}
+
+} // namespace
+
+int main(int argc, char *argv[])
+{
+    QCoreApplication app(argc, argv);
+    QCommandLineParser parser;
+    parser.setApplicationDescription(QStringLiteral(
+        "Long runs of host and driver against the simulated PLC on a virtual clock."));
+    parser.addHelpOption();
+    parser.addOption({QStringLiteral("quick"), QStringLiteral("Shorter runs, under a minute.")});
+    parser.addOption({QStringLiteral("seed"), QStringLiteral("Seed of the runs (default 1)."),
+                      QStringLiteral("number"), QStringLiteral("1")});
+    parser.addOption({QStringLiteral("quiet-times"),
+                      QStringLiteral("Compare silences after a failed attempt instead.")});
+    parser.process(app);
+
+    QTextStream out(stdout);
+    bool isNumber = false;
+    kvt::ProofRun run;
+    run.driverPath = QStringLiteral(KVT_LIBRARY);
+    run.seed = parser.value(QStringLiteral("seed")).toULongLong(&isNumber);
+    if (!isNumber || !parser.positionalArguments().isEmpty()) {
+        QTextStream(stderr)
+            << "kvt_soak: --seed takes a whole number, and there are no arguments\n";
+        return 2;
+    }
+    if (parser.isSet(QStringLiteral("quiet-times"))) {
+        compareQuietTimes(run, out);
+        return 0;
+    }
+    return runAll(run, parser.isSet(QStringLiteral("quick")), out) ? 0 : 1;
+}
