@@ -1,0 +1,62 @@
+// kvt: the command line. Finds the sub-command and hands it the rest of the line.
+#include "apps/kvt/commands.h"
+#include "apps/kvt/console.h"
+#include "apps/kvt/exit_codes.h"
+
+#include <QCoreApplication>
+
+#include <algorithm>
+#include <iterator>
+
+namespace
+{
+
+struct Command {
+    const char *name;
+    int (*run)(const QStringList &arguments);
+    const char *summary;
+};
+
+const Command COMMANDS[] = {
+    {"demo", kvt::runDemo, "poll a simulated PLC on a pseudo-terminal"},
+};
+
+QString usage()
+{
+    QString text = QStringLiteral("Usage: kvt COMMAND [OPTION]...\n\nCommands:\n");
+    for (const Command &command : COMMANDS)
+        text += QStringLiteral("  %1 %2\n")
+                    .arg(QLatin1String(command.name), -8)
+                    .arg(QLatin1String(command.summary));
+    text += QStringLiteral("\n\"kvt COMMAND --help\" tells the options of a command.\n");
+    return text;
+}
+
+} // namespace
+
+int main(int argc, char *argv[])
+{
+    QCoreApplication app(argc, argv);
+    QCoreApplication::setApplicationName(QStringLiteral("kvt"));
+    QCoreApplication::setApplicationVersion(QStringLiteral(KVT_VERSION));
+
+    const QString name = QCoreApplication::arguments().value(1);
+    if (name == QLatin1String("--help") || name == QLatin1String("-h")) {
+        kvt::printOut(usage());
+        return kvt::EXIT_GOOD;
+    }
+    if (name == QLatin1String("--version")) {
+        kvt::printOut(QStringLiteral("kvt %1\n").arg(QLatin1String(KVT_VERSION)));
+        return kvt::EXIT_GOOD;
+    }
+    const auto command =
+        std::find_if(std::begin(COMMANDS), std::end(COMMANDS),
+                     [&](const Command &c) { return name == QLatin1String(c.name); });
+    if (command == std::end(COMMANDS)) {
+        kvt::printError(name.isEmpty()
+                            ? QStringLiteral("no command given, see kvt --help")
+                            : QStringLiteral("no command \"%1\", see kvt --help").arg(name));
+        return kvt::EXIT_USAGE;
+    }
+    return command->run(QCoreApplication::arguments().mid(2));
+}

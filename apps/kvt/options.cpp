@@ -1,0 +1,72 @@
+#include "apps/kvt/options.h"
+
+#include "apps/kvt/console.h"
+#include "apps/kvt/exit_codes.h"
+#include "tags/tag_list.h"
+
+#include <QCoreApplication>
+#include <QFileInfo>
+
+namespace kvt
+{
+
+bool parseOptions(QCommandLineParser *parser, const QString &command, const QStringList &arguments,
+                  int *exitCode)
+{
+    const QCommandLineOption help = parser->addHelpOption();
+    const QString program = QStringLiteral("kvt %1").arg(command);
+    if (!parser->parse(QStringList(program) + arguments)) {
+        printError(QStringLiteral("%1: %2").arg(command, parser->errorText()));
+        *exitCode = EXIT_USAGE;
+        return true;
+    }
+    if (parser->isSet(help)) {
+        printOut(parser->helpText().replace(QCoreApplication::arguments().value(0), program));
+        *exitCode = EXIT_GOOD;
+        return true;
+    }
+    return false;
+}
+
+QCommandLineOption driverOption()
+{
+    return {QStringLiteral("driver"), QStringLiteral("The driver to load."),
+            QStringLiteral("path")};
+}
+
+QString driverPath(const QCommandLineParser &parser)
+{
+    if (parser.isSet(QStringLiteral("driver")))
+        return parser.value(QStringLiteral("driver"));
+    const QString name = QStringLiteral("libKVT.so.1");
+    const QString beside =
+        QCoreApplication::applicationDirPath() + QStringLiteral("/../lib/") + name;
+    return QFileInfo::exists(beside) ? beside : name;
+}
+
+bool readNumber(const QCommandLineParser &parser, const QString &option, int least, int most,
+                int *number)
+{
+    bool isNumber = false;
+    const int value = parser.value(option).toInt(&isNumber);
+    if (!isNumber || value < least || value > most) {
+        printError(QStringLiteral("--%1: \"%2\" is no whole number from %3 to %4")
+                       .arg(option, parser.value(option))
+                       .arg(least)
+                       .arg(most));
+        return false;
+    }
+    *number = value;
+    return true;
+}
+
+bool readTags(const QString &path, QVector<Tag> *tags)
+{
+    const TagListResult list = loadTagList(path);
+    for (const TagError &error : list.errors)
+        printError(formatTagError(path, error));
+    *tags = list.tags;
+    return list.errors.isEmpty();
+}
+
+} // namespace kvt

@@ -1,0 +1,32 @@
+// Command line options that the sub-commands share.
+#ifndef KVT_APPS_KVT_OPTIONS_H
+#define KVT_APPS_KVT_OPTIONS_H
+
+#include "tags/tag.h"
+
+#include <QCommandLineParser>
+#include <QVector>
+
+namespace kvt
+{
+
+/// Parses the words behind a sub-command's name. When it returns true, the command is over with
+/// `*exitCode`: help was asked for and printed, or a word was wrong and was named.
+bool parseOptions(QCommandLineParser *parser, const QString &command, const QStringList &arguments,
+                  int *exitCode);
+
+/// The option --driver, and the path that it or the place of this program gives.
+QCommandLineOption driverOption();
+QString driverPath(const QCommandLineParser &parser);
+
+/// Reads a whole number from `least` to `most`. False, with a message that names the option, when
+/// its value is none.
+bool readNumber(const QCommandLineParser &parser, const QString &option, int least, int most,
+                int *number);
+
+/// Reads a tag list. False, with one message for each error, when it has any.
+bool readTags(const QString &path, QVector<Tag> *tags);
+
+} // namespace kvt
+
+#endif

@@ -1,0 +1,67 @@
+// What an exchange engine reports to its owner.
+#ifndef KVT_HOST_EXCHANGE_OBSERVER_H
+#define KVT_HOST_EXCHANGE_OBSERVER_H
+
+#include "host/request.h"
+
+namespace kvt
+{
+
+/// How one attempt ended on the line.
+enum class AttemptEnd {
+    Replied,   ///< a reply was complete; whether it is good is the driver's to say
+    Refused,   ///< the reply was a refusal
+    NoReply,   ///< nothing came in time
+    BrokenOff, ///< a reply began and did not end
+    Foreign,   ///< a reply that does not look like one to the request was refused
+    Disturbed  ///< bytes came before the request was out, so that no reply could be trusted
+};
+
+/// One attempt at a request. Times in nanoseconds.
+struct Attempt {
+    const Request *request = nullptr; ///< valid during the call that reports it
+    AttemptEnd end = AttemptEnd::NoReply;
+    int number = 1;        ///< 1 for the first attempt at the request
+    int resultCode = 0;    ///< of the driver; 0: it will be repeated
+    int receivedBytes = 0; ///< bytes of the reply
+    bool doubtful = false; ///< the reply does not look like one to the request
+    qint64 sentAt_ns = 0;  ///< the request's last byte
+    qint64 endedAt_ns = 0; ///< the reply's last byte, or when it was given up
+
+    bool isSuccess() const { return resultCode == 1 || resultCode == 100; }
+    bool isFinal() const { return resultCode != 0; }
+};
+
+enum class DroppedBytes {
+    Stale, ///< before a request was out, or behind a reply
+    Late,  ///< in the silence after a failed attempt
+    Echo   ///< the request itself
+};
+
+/// Called by an exchange engine, on its thread, from within its own calls.
+class ExchangeObserver
+{
+public:
+    virtual ~ExchangeObserver() = default;
+
+    /// The driver is about to be asked for a request: the moment to queue requests and to switch
+    /// stations.
+    virtual void beforeRequest(qint64 now_ns) = 0;
+
+    /// A request's first attempt is about to leave; its retry limit can still be set.
+    virtual void requestChosen(const Request &request, qint64 now_ns) = 0;
+
+    /// An attempt has ended; `reply` is the record that the driver returned. The driver has not
+    /// yet been asked for the next request.
+    virtual void attemptEnded(const Attempt &attempt, const RW_VAR &reply) = 0;
+
+    /// Bytes were thrown away; `station` is that of the latest request, -1 before the first.
+    virtual void bytesDropped(DroppedBytes kind, int station, int count) = 0;
+
+    /// The line can be used, or no longer.
+    virtual void lineChanged(bool up, qint64 now_ns) = 0;
+};
+
+} // namespace kvt
+
+#endif

@@ -1,0 +1,37 @@
+// What a host tells its application.
+#ifndef KVT_HOST_HOST_EVENTS_H
+#define KVT_HOST_HOST_EVENTS_H
+
+#include "host/station_supervisor.h"
+#include "host/write_tracker.h"
+
+namespace kvt
+{
+
+/// Receives a host's events on its polling thread, without any lock held. A receiver must be
+/// quick, for the line waits for it, and must not stop the host from here; the host's other calls
+/// are allowed. Each change is reported once, never once per poll.
+class HostEvents
+{
+public:
+    virtual ~HostEvents() = default;
+
+    /// A station was switched off, or on again after a probe succeeded.
+    virtual void stationSwitched(int station, bool on) = 0;
+
+    /// A write has come to another state of its life.
+    virtual void writeChanged(const WriteReport &report) = 0;
+
+    /// The one-time read `id` of a tag has ended.
+    virtual void onceReadEnded(int id, int tag, bool good) = 0;
+
+    /// The line can be used, or no longer; `reason` says why it cannot.
+    virtual void lineChanged(bool up, const QString &reason) = 0;
+
+    /// A tag has a new reading.
+    virtual void tagRead(int tag, quint16 raw, qint64 readAt_ns) = 0;
+};
+
+} // namespace kvt
+
+#endif

@@ -1,0 +1,135 @@
+// The host without its line: driver, engine, stations, writes, values and statistics together.
+#ifndef KVT_HOST_HOST_SESSION_H
+#define KVT_HOST_HOST_SESSION_H
+
+#include "host/exchange_engine.h"
+#include "host/host_events.h"
+#include "host/statistics.h"
+#include "host/tag_index.h"
+#include "host/value_table.h"
+
+#include <QStringList>
+
+#include <mutex>
+#include <vector>
+
+namespace kvt
+{
+
+/// Settings of a host session; times in nanoseconds.
+struct SessionSettings {
+    EngineSettings engine;
+    SupervisorSettings supervisor;
+    int retryLimit = 2;                     ///< extra attempts for each request, not negative
+    qint64 staleAfter_ns = seconds(5);      ///< age at which a reading is no longer good
+    QHash<QString, qint64> staleAfterOf_ns; ///< the same for single tags, by name
+};
+
+/// A host's whole work but input and output. Whoever runs the line drives `engine()`; everything
+/// else follows from that. The engine's calls belong to one polling thread; the calls marked so
+/// may come from any thread.
+class HostSession final : private ExchangeObserver
+{
+public:
+    /// Sets the driver up and hands it the tags, which must be those of a tag list without errors
+    /// and pass `obstacles`. The driver is freshly loaded and stays loaded while the session
+    /// lives; `events`, not null, lives as long. Polling thread, or before it runs.
+    HostSession(const DriverApi &api, const SessionSettings &settings, const QVector<Tag> &tags,
+                HostEvents *events);
+    ~HostSession() override;
+    HostSession(const HostSession &) = delete;
+    HostSession &operator=(const HostSession &) = delete;
+
+    /// What keeps these tags from being polled together, one text each; empty when nothing does.
+    static QStringList obstacles(const QVector<Tag> &tags);
+
+    /// The engine to be driven. Polling thread.
+    ExchangeEngine &engine() { return engine_; }
+
+    /// Why the line is down, for the event of the engine's next `lineDown`. Polling thread.
+    void setLineReason(const QString &reason) { lineReason_ = reason; }
+
+    /// Gives every write that has not ended its final state. Polling thread, at the end.
+    void stop();
+
+    /// Requests a write of `bytes`, least significant first, to a tag. Returns its id, above 0; its
+    /// life is reported as events. It reaches the driver before the next request is chosen, which
+    /// the engine does as soon as it is woken up. Any thread.
+    int write(int tag, const QByteArray &bytes);
+
+    /// Requests a reading of a tag ahead of its turn. Returns its id, above 0; its end is reported
+    /// as an event. Any thread.
+    int readOnce(int tag);
+
+    /// Every tag's value at `now_ns`, in the order of the tags. Any thread.
+    QVector<CellValue> values(qint64 now_ns) const;
+
+    /// A copy of the statistics. Any thread.
+    Statistics statistics() const;
+
+    const QVector<Tag> &tags() const { return tags_; }
+
+private:
+    struct Command {
+        int id = 0;
+        int tag = 0;
+        bool isWrite = false;
+        QByteArray bytes;
+    };
+    struct OnceRead {
+        int id = 0;
+        int tag = 0;
+        int station = 0;
+    };
+
+    void setUpDriver();
+    int post(Command command);
+    bool isWritable(int tag, const QByteArray &bytes) const;
+    bool isTag(int tag) const { return tag >= 0 && tag < tags_.size(); }
+
+    void beforeRequest(qint64 now_ns) override;
+    void requestChosen(const Request &request, qint64 now_ns) override;
+    void attemptEnded(const Attempt &attempt, const RW_VAR &reply) override;
+    void bytesDropped(DroppedBytes kind, int station, int count) override;
+    void lineChanged(bool up, qint64 now_ns) override;
+
+    void run(const Command &command);
+    void queueWrite(const Command &command);
+    void queueOnceRead(const Command &command);
+    void refuse(const Command &command, WriteReason reason);
+    void onWriteChanged(const WriteReport &report);
+
+    void requestEnded(const Attempt &attempt);
+    void requestFailed(const Attempt &attempt);
+    void storeReadings(const ReadKey &key, qint64 now_ns);
+    void storeReading(int cell, qint64 now_ns);
+    void readingsFailed(const QVector<int> &cells);
+    void endWrite(const Attempt &attempt);
+    void endOnceRead(int id, bool good);
+    void failOnceReads(int station);
+    void countStationSwitch(int station, bool on);
+
+    DriverApi api_;
+    SessionSettings settings_;
+    QVector<Tag> tags_;
+    HostEvents *events_;
+    TagIndex index_;
+    ComInfo comInfo_ = ComInfo();
+    std::vector<quint16> localWords_;
+    StationSupervisor supervisor_;
+    WriteTracker writes_;
+    QList<OnceRead> onceReads_;
+    ExchangeEngine engine_;
+    QString lineReason_;
+    int readListLength_ = 0;
+
+    mutable std::mutex mutex_; // the members below; never held while calling out
+    ValueTable values_;
+    Statistics statistics_;
+    QVector<Command> commands_;
+    int lastId_ = 0;
+};
+
+} // namespace kvt
+
+#endif

@@ -1,0 +1,221 @@
+#include "host/poller.h"
+
+#include <algorithm>
+#include <chrono>
+#include <poll.h>
+#include <utility>
+
+namespace kvt
+{
+
+namespace
+{
+
+SessionSettings settingsFor(SessionSettings settings, const Line &line)
+{
+    settings.engine.characterTime_ns = line.characterTime_ns();
+    return settings;
+}
+
+// Waits until a descriptor is ready or the time has come; NEVER waits for descriptors alone.
+void waitUntil(qint64 deadline_ns, pollfd *descriptors, nfds_t count)
+{
+    if (deadline_ns == NEVER) {
+        ppoll(descriptors, count, nullptr, nullptr);
+        return;
+    }
+    const qint64 left_ns = std::max<qint64>(deadline_ns - monotonicNow_ns(), 0);
+    timespec left = {};
+    left.tv_sec = left_ns / seconds(1);
+    left.tv_nsec = left_ns % seconds(1);
+    ppoll(descriptors, count, &left, nullptr);
+}
+
+} // namespace
+
+qint64 monotonicNow_ns()
+{
+    using namespace std::chrono;
+    return duration_cast<nanoseconds>(steady_clock::now().time_since_epoch()).count();
+}
+
+Poller::Poller(const DriverApi &api, const PollerSettings &settings, const QVector<Tag> &tags,
+               std::unique_ptr<Line> line, HostEvents *events)
+    : settings_(settings), line_(std::move(line)),
+      session_(api, settingsFor(settings.session, *line_), tags, events),
+      reopenPause_ns_(settings.firstReopen_ns)
+{
+}
+
+Poller::~Poller()
+{
+    stop();
+}
+
+void Poller::start()
+{
+    thread_ = std::thread([this] { run(); });
+}
+
+void Poller::stop()
+{
+    if (!thread_.joinable())
+        return;
+    stopping_ = true;
+    wakeUp_.ring();
+    thread_.join();
+}
+
+int Poller::write(int tag, const QByteArray &bytes)
+{
+    const int id = session_.write(tag, bytes);
+    wakeUp_.ring();
+    return id;
+}
+
+int Poller::readOnce(int tag)
+{
+    const int id = session_.readOnce(tag);
+    wakeUp_.ring();
+    return id;
+}
+
+QVector<CellValue> Poller::values() const
+{
+    return session_.values(monotonicNow_ns());
+}
+
+void Poller::run()
+{
+    while (!stopping_)
+        serve(waitForLine());
+    session_.stop();
+    line_->close();
+}
+
+// Returns whether something has happened on the line.
+bool Poller::waitForLine()
+{
+    pollfd descriptors[2] = {};
+    descriptors[0].fd = wakeUp_.descriptor();
+    descriptors[0].events = POLLIN;
+    descriptors[1].fd = line_->descriptor();
+    descriptors[1].events = lineState_ == LineState::Opening ? POLLOUT : POLLIN;
+    waitUntil(nextDeadline_ns(), descriptors, lineState_ == LineState::Closed ? 1 : 2);
+    if (descriptors[0].revents != 0)
+        wakeUp_.clear();
+    return descriptors[1].revents != 0;
+}
+
+qint64 Poller::nextDeadline_ns()
+{
+    return lineState_ == LineState::Open ? session_.engine().deadline_ns() : lineDeadline_ns_;
+}
+
+void Poller::serve(bool lineReady)
+{
+    switch (lineState_) {
+    case LineState::Closed:
+        if (monotonicNow_ns() >= lineDeadline_ns_)
+            open();
+        break;
+    case LineState::Opening:
+        serveOpening(lineReady);
+        break;
+    case LineState::Open:
+        serveOpenLine(lineReady);
+        break;
+    }
+}
+
+void Poller::serveOpening(bool lineReady)
+{
+    QString error = QStringLiteral("no connection in time");
+    if (lineReady && line_->finishOpening(&error) == Opening::Done)
+        opened();
+    else if (lineReady || monotonicNow_ns() >= lineDeadline_ns_)
+        closeLine(error);
+}
+
+void Poller::serveOpenLine(bool lineReady)
+{
+    if (lineReady && !readLine()) {
+        closeLine(QStringLiteral("the other end is gone"));
+        return;
+    }
+    // A request that is due leaves before anything else is looked at.
+    if (!sendRequests())
+        return;
+    session_.engine().deadlineReached(monotonicNow_ns());
+    sendRequests();
+}
+
+bool Poller::readLine()
+{
+    char bytes[4096];
+    const int count = line_->read(bytes, sizeof bytes);
+    if (count > 0) {
+        session_.engine().received(monotonicNow_ns(), bytes, count);
+        reopenPause_ns_ = settings_.firstReopen_ns;
+    }
+    return count >= 0;
+}
+
+// Returns false when the line broke.
+bool Poller::sendRequests()
+{
+    QByteArray request;
+    while (session_.engine().takeRequest(&request)) {
+        const qint64 start_ns = monotonicNow_ns();
+        if (!line_->write(request)) {
+            closeLine(systemError());
+            return false;
+        }
+        const EngineSettings &engine = session_.engine().settings();
+        const qint64 duration_ns = engine.paced ? request.size() * engine.characterTime_ns : 0;
+        session_.engine().sent(start_ns + duration_ns);
+    }
+    return true;
+}
+
+void Poller::open()
+{
+    QString error;
+    switch (line_->open(&error)) {
+    case Opening::Done:
+        opened();
+        break;
+    case Opening::Pending:
+        lineState_ = LineState::Opening;
+        lineDeadline_ns_ = monotonicNow_ns() + settings_.connectTimeout_ns;
+        break;
+    case Opening::Failed:
+        closeLine(error);
+        break;
+    }
+}
+
+void Poller::opened()
+{
+    lineState_ = LineState::Open;
+    downReported_ = false;
+    session_.engine().setPaced(line_->isPaced());
+    session_.engine().lineUp(monotonicNow_ns());
+}
+
+void Poller::closeLine(const QString &reason)
+{
+    line_->close();
+    lineState_ = LineState::Closed;
+    const qint64 now_ns = monotonicNow_ns();
+    // Only bytes make the pause short again: a peer that accepts and hangs up at once is no use.
+    lineDeadline_ns_ = now_ns + reopenPause_ns_;
+    reopenPause_ns_ = std::min(2 * reopenPause_ns_, settings_.longestReopen_ns);
+    if (downReported_)
+        return;
+    downReported_ = true;
+    session_.setLineReason(reason);
+    session_.engine().lineDown(now_ns);
+}
+
+} // namespace kvt

@@ -1,0 +1,49 @@
+#include "host/reply_collector.h"
+
+#include "host/reply_check.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace kvt
+{
+
+void ReplyCollector::start(const Request &request, bool remoteMode)
+{
+    request_ = request.frame;
+    bytes_.clear();
+    echoed_ = 0;
+    lengthLimit_ = request.expectedLength < 0 ? LONGEST_REPLY : request.expectedLength;
+    remoteMode_ = remoteMode;
+    complete_ = false;
+}
+
+int ReplyCollector::skipEcho(const char *bytes, int count)
+{
+    int taken = 0;
+    while (taken < count && echoed_ < request_.size() && bytes[taken] == request_.at(echoed_)) {
+        ++taken;
+        ++echoed_;
+    }
+    if (taken < count)
+        echoed_ = request_.size();
+    return taken;
+}
+
+int ReplyCollector::add(const char *bytes, int count)
+{
+    int take = std::min(count, lengthLimit_ - bytes_.size());
+    if (!remoteMode_ && take > 0) {
+        const void *end = std::memchr(bytes, CARRIAGE_RETURN, static_cast<size_t>(take));
+        if (end != nullptr) {
+            take = static_cast<int>(static_cast<const char *>(end) - bytes) + 1;
+            complete_ = true;
+        }
+    }
+    bytes_.append(bytes, take);
+    if (bytes_.size() >= lengthLimit_)
+        complete_ = true;
+    return take;
+}
+
+} // namespace kvt

@@ -1,0 +1,34 @@
+// One request to the PLC, as the host needs to know it.
+#ifndef KVT_HOST_REQUEST_H
+#define KVT_HOST_REQUEST_H
+
+#include "driver/records.h"
+
+namespace kvt
+{
+
+enum class RequestKind { CyclicRead, OnceRead, Write };
+
+/// `ownerSubId` of the requests that the driver makes itself, for its cyclic reads. Requests of
+/// the host carry their id there, which is above 0.
+constexpr int CYCLIC_REQUEST_ID = -1;
+
+/// What the frame on the line asks for and which reply it expects.
+struct Request {
+    RequestKind kind = RequestKind::CyclicRead;
+    int id = CYCLIC_REQUEST_ID; ///< the id under which the host queued it
+    int station = -1;
+    int area = -1;          ///< an AreaCode
+    int address = 0;        ///< the driver's numeric address
+    QByteArray frame;       ///< the bytes on the line
+    int expectedLength = 0; ///< bytes; -1 any, 0 none
+    int dataStart = 0;      ///< index of the reply's first data digit
+    int dataLength = 0;     ///< number of data digits
+};
+
+/// Returns what `frame` of the driver says about its request.
+Request requestOf(const Protocol &frame);
+
+} // namespace kvt
+
+#endif

@@ -1,0 +1,123 @@
+#include "host/statistics.h"
+
+namespace kvt
+{
+
+namespace
+{
+
+template <typename Enum>
+size_t indexOf(Enum value)
+{
+    return static_cast<size_t>(value);
+}
+
+} // namespace
+
+Outcome outcomeOf(int resultCode)
+{
+    struct Class {
+        int first;
+        Outcome outcome;
+    };
+    // Twelve codes a class, one for each requester.
+    static constexpr Class CLASSES[] = {
+        {11, Outcome::LocalBadReply},    {41, Outcome::LocalNoReply},
+        {71, Outcome::LocalWrongLength}, {111, Outcome::RemoteBadReply},
+        {141, Outcome::RemoteNoReply},   {171, Outcome::RemoteWrongLength},
+    };
+    if (resultCode == 1)
+        return Outcome::Success;
+    if (resultCode == 100)
+        return Outcome::SuccessNotStored;
+    for (const Class &entry : CLASSES)
+        if (resultCode >= entry.first && resultCode < entry.first + 12)
+            return entry.outcome;
+    return Outcome::Unknown;
+}
+
+void StationStatistics::add(const Attempt &attempt)
+{
+    ++attempts;
+    ++attemptEnds.at(indexOf(attempt.end));
+    if (attempt.number > 1)
+        ++retries;
+    if (attempt.doubtful)
+        ++doubtfulReplies;
+    if (attempt.isSuccess())
+        replyTime.add(attempt.endedAt_ns - attempt.sentAt_ns);
+    if (!attempt.isFinal())
+        return;
+    ++exchanges;
+    ++outcomes.at(indexOf(outcomeOf(attempt.resultCode)));
+    if (attempt.isSuccess() && attempt.number > 1)
+        ++recoveries;
+}
+
+void StationStatistics::addDropped(DroppedBytes kind, int count)
+{
+    const auto bytes = static_cast<quint64>(count);
+    switch (kind) {
+    case DroppedBytes::Stale:
+        staleBytes += bytes;
+        break;
+    case DroppedBytes::Late:
+        lateBytes += bytes;
+        break;
+    case DroppedBytes::Echo:
+        echoBytes += bytes;
+        break;
+    }
+}
+
+void Statistics::attemptEnded(const Attempt &attempt)
+{
+    total.add(attempt);
+    stations[attempt.request->station].add(attempt);
+    wireBytes += static_cast<quint64>(attempt.request->frame.size() + attempt.receivedBytes);
+}
+
+void Statistics::bytesDropped(DroppedBytes kind, int station, int count)
+{
+    total.addDropped(kind, count);
+    if (station >= 0)
+        stations[station].addDropped(kind, count);
+    // An echo is on the line at the same time as the request.
+    if (kind != DroppedBytes::Echo)
+        wireBytes += static_cast<quint64>(count);
+}
+
+void Statistics::stationSwitched(int station)
+{
+    ++total.stateChanges;
+    ++stations[station].stateChanges;
+}
+
+void Statistics::writeChanged(const WriteReport &report)
+{
+    ++writes.at(indexOf(report.state));
+}
+
+void Statistics::lineChanged(bool up, qint64 now_ns)
+{
+    if (up && !started) {
+        started = true;
+        startedAt_ns = now_ns;
+    }
+    if (!up && lineIsUp) {
+        ++lineFailures;
+        scan.interrupted();
+    }
+    lineIsUp = up;
+}
+
+double Statistics::utilisation(qint64 now_ns, qint64 characterTime_ns) const
+{
+    const qint64 elapsed_ns = now_ns - startedAt_ns;
+    if (!started || elapsed_ns <= 0)
+        return 0;
+    const double busy_ns = static_cast<double>(wireBytes) * static_cast<double>(characterTime_ns);
+    return busy_ns / static_cast<double>(elapsed_ns);
+}
+
+} // namespace kvt

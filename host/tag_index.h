@@ -1,0 +1,67 @@
+// Which tags a reply concerns: tags share cells, and cells share requests.
+#ifndef KVT_HOST_TAG_INDEX_H
+#define KVT_HOST_TAG_INDEX_H
+
+#include "tags/tag.h"
+
+#include <QHash>
+#include <QVector>
+
+namespace kvt
+{
+
+/// What the driver's read list keeps one entry for.
+struct ReadKey {
+    int station = 0;
+    int area = 0;    ///< an area code
+    int address = 0; ///< numeric; in area C that of the block
+};
+
+bool operator==(const ReadKey &a, const ReadKey &b);
+uint qHash(const ReadKey &key, uint seed = 0);
+
+/// A cell of the PLC that tags name.
+struct TagCell {
+    int station = 0;
+    int area = 0;
+    int address = 0;     ///< numeric
+    QString addressText; ///< as one of its tags has it
+    QVector<int> tags;   ///< indices of the tags that name it
+};
+
+/// The tags of a host, by the cells they name and by the requests that read those.
+class TagIndex
+{
+public:
+    /// The tags must be those of a tag list without errors.
+    explicit TagIndex(const QVector<Tag> &tags);
+
+    const QVector<TagCell> &cells() const { return cells_; }
+    int cellOf(int tag) const { return cellOfTag_.at(tag); }
+
+    /// The request that reads the cell.
+    ReadKey readKeyOf(int cell) const { return keyOfCell_.at(cell); }
+
+    /// The cells that one request reads; empty when it is none of these tags'.
+    QVector<int> cellsRead(const ReadKey &key) const { return byKey_.value(key); }
+
+    /// The cells of one station.
+    QVector<int> cellsOfStation(int station) const { return byStation_.value(station); }
+
+    /// The stations, rising.
+    QVector<int> stations() const;
+
+private:
+    void add(int tag, const Tag &description);
+
+    QVector<TagCell> cells_;
+    QVector<int> cellOfTag_;
+    QVector<ReadKey> keyOfCell_;
+    QHash<ReadKey, int> cellByAddress_;
+    QHash<ReadKey, QVector<int>> byKey_;
+    QHash<int, QVector<int>> byStation_;
+};
+
+} // namespace kvt
+
+#endif

@@ -1,0 +1,62 @@
+// The latest reading of every cell of the PLC, and how far it can be trusted.
+#ifndef KVT_HOST_VALUE_TABLE_H
+#define KVT_HOST_VALUE_TABLE_H
+
+#include "host/host_time.h"
+
+#include <QVector>
+
+namespace kvt
+{
+
+enum class Quality {
+    NeverRead, ///< there is no reading
+    Good,      ///< the latest reading, younger than its limit
+    Stale,     ///< a good reading that has grown old
+    Failed     ///< the latest attempt to read it has failed; the value is the one before
+};
+
+/// A reading of one cell.
+struct CellValue {
+    quint16 raw = 0; ///< the value's bits
+    Quality quality = Quality::NeverRead;
+    qint64 readAt_ns = 0;      ///< when the reply with it was complete
+    bool writePending = false; ///< a write to the cell has not ended
+};
+
+/// The cells by number. Does no locking of its own.
+class ValueTable
+{
+public:
+    explicit ValueTable(int cells);
+
+    int count() const { return cells_.size(); }
+
+    /// A good reply brought this value. Returns false, and changes nothing, while a write to the
+    /// cell is pending: the request may have gone out before the write took effect.
+    bool read(int cell, quint16 raw, qint64 now_ns);
+
+    /// An attempt to read the cell has failed for good. Its value stays.
+    void readFailed(int cell);
+
+    /// A write to the cell has been requested, or has ended. Several may be pending.
+    void writeRequested(int cell);
+    void writeEnded(int cell);
+
+    /// The cell's value at `now_ns`; good readings older than `staleAfter_ns` are Stale.
+    CellValue value(int cell, qint64 now_ns, qint64 staleAfter_ns) const;
+
+private:
+    struct Cell {
+        quint16 raw = 0;
+        Quality quality = Quality::NeverRead;
+        qint64 readAt_ns = 0;
+        int pendingWrites = 0;
+    };
+
+    QVector<Cell> cells_;
+};
+
+} // namespace kvt
+
+#endif

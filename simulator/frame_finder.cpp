@@ -1,0 +1,61 @@
+#include "simulator/frame_finder.h"
+
+#include "simulator/plc_request.h"
+
+namespace kvt
+{
+namespace
+{
+
+const char ENQ = 0x05;
+const char CR = 0x0D;
+const int LONGEST_TEXT = 32; ///< far beyond any request
+
+} // namespace
+
+std::optional<QByteArray> FrameFinder::take(char byte, qint64 timeNs)
+{
+    return mode_ == Mode::Text ? takeText(byte) : takeEnvelope(byte, timeNs);
+}
+
+void FrameFinder::clear()
+{
+    dropped_ += buffer_.size();
+    buffer_.clear();
+}
+
+QByteArray FrameFinder::takeAll()
+{
+    QByteArray frame = buffer_;
+    buffer_.clear();
+    return frame;
+}
+
+std::optional<QByteArray> FrameFinder::takeText(char byte)
+{
+    if (byte == ENQ || buffer_.size() >= LONGEST_TEXT)
+        clear();
+    if (byte != ENQ && buffer_.isEmpty()) {
+        ++dropped_;
+        return std::nullopt;
+    }
+    buffer_.append(byte);
+    if (byte != CR)
+        return std::nullopt;
+    return takeAll();
+}
+
+std::optional<QByteArray> FrameFinder::takeEnvelope(char byte, qint64 timeNs)
+{
+    if (!buffer_.isEmpty() && timeNs - lastByteNs_ > gapNs_)
+        clear();
+    lastByteNs_ = timeNs;
+    buffer_.append(byte);
+    if (envelopeIsComplete(buffer_))
+        return takeAll();
+    if (envelopeIsBroken(buffer_))
+        clear();
+    return std::nullopt;
+}
+
+} // namespace kvt

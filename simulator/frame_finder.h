@@ -1,0 +1,46 @@
+// Finds request frames in the bytes that arrive.
+#ifndef KVT_SIMULATOR_FRAME_FINDER_H
+#define KVT_SIMULATOR_FRAME_FINDER_H
+
+#include <QByteArray>
+
+#include <optional>
+
+namespace kvt
+{
+
+/// Collects bytes until they make a frame. Text frames run from ENQ to CR: what stands before an
+/// ENQ is dropped, and a second ENQ begins anew. Envelopes begin with their own length modulo 256
+/// and end with the sum of what is before; a pause begins a new one. Not thread-safe.
+class FrameFinder
+{
+public:
+    enum class Mode { Text, Envelope };
+
+    /// `gapNs` is the pause that ends an unfinished envelope.
+    FrameFinder(Mode mode, qint64 gapNs) : mode_(mode), gapNs_(gapNs) {}
+
+    /// Takes the byte that arrived at `timeNs`. Returns the frame that it completes, if it does.
+    std::optional<QByteArray> take(char byte, qint64 timeNs);
+
+    /// Drops an unfinished frame.
+    void clear();
+
+    /// Returns the number of bytes that were part of no frame.
+    qint64 droppedBytes() const { return dropped_; }
+
+private:
+    std::optional<QByteArray> takeText(char byte);
+    std::optional<QByteArray> takeEnvelope(char byte, qint64 timeNs);
+    QByteArray takeAll();
+
+    Mode mode_;
+    qint64 gapNs_;
+    QByteArray buffer_;
+    qint64 lastByteNs_ = 0;
+    qint64 dropped_ = 0;
+};
+
+} // namespace kvt
+
+#endif

@@ -1,0 +1,75 @@
+#include "simulator/pty_port.h"
+
+#include <QFile>
+#include <QFileInfo>
+
+#include <array>
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
+#include <fcntl.h>
+#include <termios.h>
+
+namespace kvt
+{
+namespace
+{
+
+bool makeRaw(int fd)
+{
+    termios settings = {};
+    if (tcgetattr(fd, &settings) != 0)
+        return false;
+    cfmakeraw(&settings);
+    return tcsetattr(fd, TCSANOW, &settings) == 0;
+}
+
+} // namespace
+
+bool PtyPort::openTerminal()
+{
+    master_.reset(posix_openpt(O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC));
+    std::array<char, 128> name = {};
+    if (!master_.isOpen() || grantpt(master_.get()) != 0 || unlockpt(master_.get()) != 0 ||
+        ptsname_r(master_.get(), name.data(), name.size()) != 0)
+        return false;
+    slave_.reset(::open(name.data(), O_RDWR | O_NOCTTY | O_CLOEXEC));
+    device_ = QFile::decodeName(name.data());
+    return slave_.isOpen() && makeRaw(slave_.get());
+}
+
+bool PtyPort::open(QString *error)
+{
+    close();
+    if (!openTerminal()) {
+        *error = QStringLiteral("no pseudo-terminal: %1").arg(qt_error_string(errno));
+        close();
+        return false;
+    }
+    if (link_.isEmpty() || makeLink(error))
+        return true;
+    close();
+    return false;
+}
+
+bool PtyPort::makeLink(QString *error)
+{
+    const QFileInfo present(link_);
+    if (present.isSymLink())
+        QFile::remove(link_);
+    if (QFile::link(device_, link_))
+        return true;
+    *error = QStringLiteral("link %1 cannot be made: %2").arg(link_, qt_error_string(errno));
+    return false;
+}
+
+void PtyPort::close()
+{
+    if (!link_.isEmpty() && !device_.isEmpty() && QFile::symLinkTarget(link_) == device_)
+        QFile::remove(link_);
+    device_.clear();
+    slave_.reset();
+    master_.reset();
+}
+
+} // namespace kvt

@@ -1,0 +1,83 @@
+#include "simulator/serial_port.h"
+
+#include <QFile>
+
+#include <cerrno>
+#include <fcntl.h>
+#include <termios.h>
+
+namespace kvt
+{
+namespace
+{
+
+struct Rate {
+    int baud;
+    speed_t code;
+};
+
+const Rate RATES[] = {{1200, B1200},     {2400, B2400},     {4800, B4800},    {9600, B9600},
+                      {19200, B19200},   {38400, B38400},   {57600, B57600},  {115200, B115200},
+                      {230400, B230400}, {460800, B460800}, {921600, B921600}};
+
+/// Sets both speeds; false when `baud` is no standard rate.
+bool setSpeed(termios *settings, int baud)
+{
+    for (const Rate &rate : RATES) {
+        if (rate.baud == baud)
+            return cfsetispeed(settings, rate.code) == 0 && cfsetospeed(settings, rate.code) == 0;
+    }
+    return false;
+}
+
+void setFrame(termios *settings, const SerialSettings &wanted)
+{
+    const auto clear = static_cast<tcflag_t>(CSIZE | PARENB | PARODD | CSTOPB | CRTSCTS);
+    settings->c_cflag &= ~clear;
+    settings->c_cflag |= static_cast<tcflag_t>(CREAD | CLOCAL);
+    settings->c_cflag |= static_cast<tcflag_t>(wanted.dataBits == 7 ? CS7 : CS8);
+    if (wanted.parity != SerialSettings::Parity::None)
+        settings->c_cflag |= static_cast<tcflag_t>(PARENB);
+    if (wanted.parity == SerialSettings::Parity::Odd)
+        settings->c_cflag |= static_cast<tcflag_t>(PARODD);
+    if (wanted.stopBits == 2)
+        settings->c_cflag |= static_cast<tcflag_t>(CSTOPB);
+}
+
+} // namespace
+
+bool SerialPort::open(QString *error)
+{
+    close();
+    fd_.reset(
+        ::open(QFile::encodeName(device_).constData(), O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC));
+    if (!fd_.isOpen()) {
+        *error = QStringLiteral("%1: %2").arg(device_, qt_error_string(errno));
+        return false;
+    }
+    if (configure(error))
+        return true;
+    close();
+    return false;
+}
+
+bool SerialPort::configure(QString *error)
+{
+    termios settings = {};
+    if (tcgetattr(fd_.get(), &settings) != 0) {
+        *error = QStringLiteral("%1 is no serial port").arg(device_);
+        return false;
+    }
+    cfmakeraw(&settings);
+    if (!setSpeed(&settings, settings_.baud)) {
+        *error = QStringLiteral("%1 baud is no standard rate").arg(settings_.baud);
+        return false;
+    }
+    setFrame(&settings, settings_);
+    if (tcsetattr(fd_.get(), TCSANOW, &settings) == 0)
+        return tcflush(fd_.get(), TCIOFLUSH) == 0;
+    *error = QStringLiteral("%1: %2").arg(device_, qt_error_string(errno));
+    return false;
+}
+
+} // namespace kvt

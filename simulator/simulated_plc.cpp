@@ -1,0 +1,203 @@
+#include "simulator/simulated_plc.h"
+
+namespace kvt
+{
+namespace
+{
+
+// One seed feeds three independent generators.
+const quint64 MEMORY_STREAM = 1;
+const quint64 FAULT_STREAM = 2;
+const quint64 DAMAGE_STREAM = 3;
+
+const int NO_VALUE_COMMAND = 0x12;
+const int LINE_STATIONS = 256;
+
+quint64 streamSeed(quint64 seed, quint64 stream)
+{
+    Random random(seed + stream * Q_UINT64_C(0xD1B54A32D192ED03));
+    return random.next();
+}
+
+bool isNoValueCommand(const PlcRequest &request)
+{
+    return request.command == NO_VALUE_COMMAND &&
+           (request.addressByte == 0x11 || request.addressByte == 0x19);
+}
+
+} // namespace
+
+SimulatedPlc::SimulatedPlc(const QVector<Tag> &tags, const PlcConfig &config, quint64 seed)
+    : config_(config), finder_(config.mode, config.frameGapNs),
+      memory_(tags, config.signalPlan, streamSeed(seed, MEMORY_STREAM)),
+      plan_(config.faults, streamSeed(seed, FAULT_STREAM)), damage_(streamSeed(seed, DAMAGE_STREAM))
+{
+}
+
+PlcReaction SimulatedPlc::receive(const QByteArray &bytes, qint64 lastByteNs)
+{
+    PlcReaction reaction;
+    for (int i = 0; i < bytes.size(); ++i) {
+        const qint64 timeNs = lastByteNs - (bytes.size() - 1 - i) * config_.byteTimeNs;
+        const auto frame = finder_.take(bytes[i], timeNs);
+        if (frame)
+            answer(*frame, timeNs, &reaction);
+    }
+    counters_.droppedBytes = finder_.droppedBytes();
+    return reaction;
+}
+
+void SimulatedPlc::lineOpened()
+{
+    finder_.clear();
+    counters_.droppedBytes = finder_.droppedBytes();
+    lineFreeNs_ = 0;
+}
+
+void SimulatedPlc::setStationOff(int station, bool off)
+{
+    if (off)
+        stationsOff_.insert(station);
+    else
+        stationsOff_.remove(station);
+}
+
+bool SimulatedPlc::isSilent(int station, qint64 timeNs) const
+{
+    return stationsOff_.contains(station) ||
+           (silentUntilNs_.contains(station) && timeNs < silentUntilNs_.value(station));
+}
+
+void SimulatedPlc::answer(const QByteArray &frame, qint64 endNs, PlcReaction *reaction)
+{
+    const PlcRequest request =
+        config_.mode == FrameFinder::Mode::Text ? parseTextFrame(frame) : parseEnvelope(frame);
+    lastExchange_ = {++counters_.exchanges, request.station, request.kind, {}};
+    if (!memory_.hasStation(request.station)) {
+        ++counters_.notAddressed;
+        return;
+    }
+    const FaultDecision decision = decideFaults(request.station, endNs);
+    if (decision.hasContentFault(FaultKind::LineBreak)) {
+        reaction->lineBreakNs = decision.durationNs;
+        return;
+    }
+    if (isSilent(request.station, endNs)) {
+        ++counters_.unanswered;
+        return;
+    }
+    const qint64 replyNs = endNs + config_.turnaroundNs + decision.delayNs;
+    QByteArray reply = decision.hasContentFault(FaultKind::Refusal)
+                           ? refusal(request.station, RefusalCode::Injected)
+                           : carryOut(request, replyNs);
+    if (decision.hasContentFault(FaultKind::NoReply))
+        return;
+    if (decision.hasContentFault(FaultKind::ForeignStation))
+        reply = foreignReply(request, reply, replyNs);
+    if (decision.hasContentFault(FaultKind::Echo))
+        transmit(endNs, frame, reaction);
+    if (!decision.kinds.isEmpty())
+        reply = damaged(reply, decision.kinds.last(), &damage_);
+    transmit(replyNs, reply, reaction);
+}
+
+// A silent station commits no fault, and a reply that never leaves cannot be late.
+FaultDecision SimulatedPlc::decideFaults(int station, qint64 endNs)
+{
+    const bool silent = isSilent(station, endNs);
+    FaultDecision decision = plan_.decide(counters_.exchanges, station);
+    const bool breaks = decision.hasContentFault(FaultKind::LineBreak);
+    const bool noReply = breaks || decision.hasContentFault(FaultKind::NoReply) ||
+                         decision.hasContentFault(FaultKind::Silence);
+    if (silent && !breaks)
+        decision = FaultDecision();
+    else if (noReply)
+        decision.kinds = {decision.kinds.last()};
+    if (decision.hasContentFault(FaultKind::Silence))
+        silentUntilNs_.insert(station, endNs + decision.durationNs);
+    lastExchange_.faults = decision.kinds;
+    for (const FaultKind kind : decision.kinds)
+        ++counters_.faults[static_cast<size_t>(kind)];
+    return decision;
+}
+
+QByteArray SimulatedPlc::refuse(int station, RefusalCode code)
+{
+    ++counters_.refusals;
+    return refusal(station, code);
+}
+
+std::optional<PlcTarget> SimulatedPlc::targetOf(const PlcRequest &request, int offset) const
+{
+    const auto area = static_cast<Area>(request.area);
+    if (config_.mode == FrameFinder::Mode::Envelope)
+        return memory_.findNumber(area, request.station, request.number + offset);
+    if (request.kind == PlcRequest::Kind::Write)
+        return memory_.findWrite(area, request.station, request.command, request.addressByte);
+    return memory_.findRead(request.station, request.command, request.addressByte);
+}
+
+QByteArray SimulatedPlc::carryOut(const PlcRequest &request, qint64 timeNs)
+{
+    switch (request.kind) {
+    case PlcRequest::Kind::Read:
+        return carryOutRead(request, timeNs);
+    case PlcRequest::Kind::Write:
+        return carryOutWrite(request);
+    case PlcRequest::Kind::Bad:
+        break;
+    }
+    return refuse(request.station, RefusalCode::BadFrame);
+}
+
+QByteArray SimulatedPlc::carryOutRead(const PlcRequest &request, qint64 timeNs)
+{
+    const auto target = targetOf(request, 0);
+    if (target) {
+        ++counters_.reads;
+        return dataReply(request.station, memory_.read(*target, timeNs));
+    }
+    if (!isNoValueCommand(request))
+        return refuse(request.station, RefusalCode::UnknownCell);
+    ++counters_.commands;
+    return acknowledgement(request.station, request.mark);
+}
+
+// All or nothing: an unknown cell among several refuses the whole write.
+QByteArray SimulatedPlc::carryOutWrite(const PlcRequest &request)
+{
+    QVector<PlcTarget> targets;
+    for (int i = 0; i < request.values.size(); ++i) {
+        const auto target = targetOf(request, i);
+        if (!target || target->area == Area::C)
+            return refuse(request.station, RefusalCode::UnknownCell);
+        targets.append(*target);
+    }
+    for (int i = 0; i < targets.size(); ++i)
+        memory_.write(targets[i], request.values[i]);
+    ++counters_.writes;
+    return acknowledgement(request.station, request.mark);
+}
+
+QByteArray SimulatedPlc::foreignReply(const PlcRequest &request, const QByteArray &own,
+                                      qint64 timeNs)
+{
+    const auto target = targetOf(request, 0);
+    if (request.kind == PlcRequest::Kind::Read && target) {
+        const auto other = memory_.elsewhere(*target, damage_.below(0xFFFFFFFF));
+        if (other)
+            return dataReply(memory_.stationOf(*other), memory_.read(*other, timeNs));
+    }
+    const int step = 1 + static_cast<int>(damage_.below(LINE_STATIONS - 1));
+    return withStation(own, (request.station + step) % LINE_STATIONS);
+}
+
+// A station speaks when the one before it has finished: the line carries one thing at a time.
+void SimulatedPlc::transmit(qint64 earliestNs, const QByteArray &bytes, PlcReaction *reaction)
+{
+    const qint64 startNs = qMax(earliestNs, lineFreeNs_);
+    lineFreeNs_ = startNs + bytes.size() * config_.byteTimeNs;
+    reaction->transmissions.append({startNs, bytes});
+}
+
+} // namespace kvt

@@ -1,0 +1,89 @@
+#include "tags/tag_conflicts.h"
+
+namespace kvt
+{
+namespace
+{
+
+const int NOT_WRITTEN = -1;
+
+// The driver sorts its read list into groups of area * 255 + station and keeps one entry for each
+// address of a group. Station 255 of one area therefore shares its group with station 0 of the
+// next.
+int entryKey(const Tag &tag, const TagAddress &address)
+{
+    const int group = static_cast<int>(tag.area) * 255 + tag.station;
+    return group * 16384 + readListAddress(tag.area, address);
+}
+
+int frameKey(int length, int station, int command, int addressByte)
+{
+    return ((length * 256 + station) * 256 + command) * 256 + addressByte;
+}
+
+/// Only the length tells the write of a byte from that of a word. The command without a value is
+/// as long as a read.
+int writeKey(const Tag &tag, const TagAddress &address)
+{
+    if (tag.area == Area::C)
+        return NOT_WRITTEN;
+    const bool noValue = tag.area == Area::D && tag.address.startsWith(QLatin1String("18.1."));
+    const int length = noValue ? 8 : tag.area == Area::X ? 10 : 12;
+    return frameKey(length, tag.station, address.a, writeAddressByte(address));
+}
+
+int readKey(const Tag &tag, const TagAddress &address)
+{
+    return frameKey(8, tag.station, address.a, readAddressByte(address));
+}
+
+} // namespace
+
+bool TagConflicts::sameCell(const Request &one, const Request &other)
+{
+    return one.area == other.area && one.station == other.station && one.command == other.command &&
+           one.readByte == other.readByte;
+}
+
+QString TagConflicts::conflictOf(const Request &request, int entry, int written) const
+{
+    const int read = frameKey(8, request.station, request.command, request.readByte);
+    const auto sameEntry = byEntry_.constFind(entry);
+    if (sameEntry != byEntry_.constEnd() && !sameCell(*sameEntry, request))
+        return QStringLiteral(
+                   "would replace tag \"%1\" in the read list: both have the same number")
+            .arg(sameEntry->name);
+    const auto sameRead = byRead_.constFind(read);
+    if (sameRead != byRead_.constEnd() && sameRead->area != request.area)
+        return QStringLiteral("is read with the same frame as tag \"%1\" of area %2")
+            .arg(sameRead->name, areaName(sameRead->area));
+    const auto sameWrite = byWrite_.constFind(written);
+    if (sameWrite != byWrite_.constEnd() && !sameCell(*sameWrite, request))
+        return QStringLiteral("is written with the same frame as tag \"%1\"").arg(sameWrite->name);
+    const auto readAsWritten = byRead_.constFind(written);
+    if (readAsWritten != byRead_.constEnd())
+        return QStringLiteral("sends as its command the frame that reads tag \"%1\"")
+            .arg(readAsWritten->name);
+    const auto writtenAsRead = byWrite_.constFind(read);
+    if (writtenAsRead != byWrite_.constEnd())
+        return QStringLiteral("is read with the frame that tag \"%1\" sends as its command")
+            .arg(writtenAsRead->name);
+    return QString();
+}
+
+QString TagConflicts::add(const Tag &tag, const TagAddress &address)
+{
+    const Request request{tag.name, tag.area, tag.station, address.a, readAddressByte(address)};
+    const int entry = entryKey(tag, address);
+    const int written = writeKey(tag, address);
+    QString conflict = conflictOf(request, entry, written);
+    if (!conflict.isEmpty())
+        return conflict;
+    byEntry_.insert(entry, request);
+    byRead_.insert(readKey(tag, address), request);
+    if (written != NOT_WRITTEN)
+        byWrite_.insert(written, request);
+    return QString();
+}
+
+} // namespace kvt

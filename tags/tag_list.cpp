@@ -1,0 +1,299 @@
+#include "tags/tag_list.h"
+
+#include "tags/csv_rows.h"
+#include "tags/tag_conflicts.h"
+
+#include <QFile>
+#include <QSaveFile>
+#include <QTextCodec>
+
+#include <algorithm>
+
+namespace kvt
+{
+namespace
+{
+
+const char BYTE_ORDER_MARK[] = "\xEF\xBB\xBF";
+
+enum Column { NAME, AREA, ADDRESS, STATION, TYPE, DESCRIPTION, COLUMN_COUNT };
+
+QString columnName(int column)
+{
+    static const char *const names[] = {"name",    "area", "address",
+                                        "station", "type", "description"};
+    return QLatin1String(names[column]);
+}
+
+/// Returns the text of UTF-8 bytes; false in `*good` when they are none.
+QString decoded(const QByteArray &bytes, bool *good)
+{
+    QTextCodec::ConverterState state;
+    QString text =
+        QTextCodec::codecForName("UTF-8")->toUnicode(bytes.constData(), bytes.size(), &state);
+    *good = state.invalidChars == 0 && state.remainingChars == 0;
+    return text;
+}
+
+bool typeFits(Area area, ValueType type)
+{
+    switch (type) {
+    case ValueType::U8:
+        return area != Area::D;
+    case ValueType::S16:
+    case ValueType::U16:
+        return area == Area::D;
+    case ValueType::Bool:
+    case ValueType::Hex:
+        break;
+    }
+    return true;
+}
+
+/// Reads the rows of one file; the tags and errors collect in its result.
+class ListReader
+{
+public:
+    TagListResult read(const QByteArray &csv);
+
+private:
+    bool readHeader(const CsvRow &row);
+    void readRow(const CsvRow &row);
+    QString field(int column);
+    bool readArea(Tag *tag);
+    bool readAddress(Tag *tag, TagAddress *address);
+    bool readStation(Tag *tag);
+    bool readType(Tag *tag);
+    void checkName(const QString &name);
+    void checkLength();
+    void fail(int column, const QString &text);
+
+    TagListResult result_;
+    int fieldOf_[COLUMN_COUNT] = {-1, -1, -1, -1, -1, -1}; ///< index in a row; -1: no such column
+    int headerFields_ = 0;
+    CsvRow row_; ///< the row being read
+    QHash<QString, int> lineOfName_;
+    TagConflicts conflicts_;
+};
+
+void ListReader::fail(int column, const QString &text)
+{
+    result_.errors.append({row_.line, fieldOf_[column] + 1, columnName(column), text});
+}
+
+bool ListReader::readHeader(const CsvRow &row)
+{
+    row_ = row;
+    headerFields_ = row.fields.size();
+    for (int i = 0; i < row.fields.size(); ++i) {
+        const QString title = QString::fromUtf8(row.fields[i]).trimmed();
+        for (int column = 0; column < COLUMN_COUNT; ++column) {
+            if (title.compare(columnName(column), Qt::CaseInsensitive) != 0)
+                continue;
+            if (fieldOf_[column] >= 0)
+                result_.errors.append(
+                    {row.line, i + 1, title, QStringLiteral("this column is there twice")});
+            fieldOf_[column] = i;
+        }
+    }
+    for (int column = 0; column < DESCRIPTION; ++column) {
+        if (fieldOf_[column] < 0)
+            result_.errors.append({row.line, 0, QString(),
+                                   QStringLiteral("column \"%1\" is missing from the header")
+                                       .arg(columnName(column))});
+    }
+    return result_.errors.isEmpty();
+}
+
+QString ListReader::field(int column)
+{
+    const int index = fieldOf_[column];
+    if (index < 0 || index >= row_.fields.size())
+        return QString();
+    bool good = false;
+    QString text = decoded(row_.fields[index], &good);
+    if (!good)
+        fail(column, QStringLiteral("is not UTF-8 text"));
+    return text;
+}
+
+bool ListReader::readArea(Tag *tag)
+{
+    const QString text = field(AREA);
+    for (const Area area : {Area::X, Area::D, Area::C}) {
+        if (text == areaName(area)) {
+            tag->area = area;
+            return true;
+        }
+    }
+    fail(AREA, QStringLiteral("\"%1\" is no area (X, D or C)").arg(text));
+    return false;
+}
+
+bool ListReader::readStation(Tag *tag)
+{
+    const QString text = field(STATION);
+    const bool digits = std::all_of(text.cbegin(), text.cend(), [](QChar character) {
+        return character >= QLatin1Char('0') && character <= QLatin1Char('9');
+    });
+    bool good = false;
+    tag->station = text.toInt(&good);
+    if (digits && good && tag->station <= 255)
+        return true;
+    fail(STATION, QStringLiteral("\"%1\" is no station (0 to 255)").arg(text));
+    return false;
+}
+
+bool ListReader::readType(Tag *tag)
+{
+    const QString text = field(TYPE);
+    for (const ValueType type :
+         {ValueType::Bool, ValueType::U8, ValueType::S16, ValueType::U16, ValueType::Hex}) {
+        if (text == typeName(type)) {
+            tag->type = type;
+            return true;
+        }
+    }
+    fail(TYPE, QStringLiteral("\"%1\" is no type (bool, u8, s16, u16 or hex)").arg(text));
+    return false;
+}
+
+void ListReader::checkName(const QString &name)
+{
+    if (name.trimmed().isEmpty()) {
+        fail(NAME, QStringLiteral("a name is missing"));
+        return;
+    }
+    const auto known = lineOfName_.constFind(name);
+    if (known != lineOfName_.constEnd())
+        fail(NAME, QStringLiteral("\"%1\" is the name of line %2 already")
+                       .arg(name, QString::number(*known)));
+    else
+        lineOfName_.insert(name, row_.line);
+}
+
+bool ListReader::readAddress(Tag *tag, TagAddress *address)
+{
+    tag->address = field(ADDRESS);
+    const QString error = parseTagAddress(tag->area, tag->address, address);
+    if (!error.isEmpty())
+        fail(ADDRESS, error);
+    return error.isEmpty();
+}
+
+void ListReader::checkLength()
+{
+    for (int i = headerFields_; i < row_.fields.size(); ++i) {
+        if (row_.fields[i].isEmpty())
+            continue;
+        result_.errors.append({row_.line, i + 1, QString(),
+                               QStringLiteral("the header has no such column; a text with a "
+                                              "comma must be quoted")});
+        return;
+    }
+}
+
+void ListReader::readRow(const CsvRow &row)
+{
+    row_ = row;
+    const int errorsBefore = result_.errors.size();
+    Tag tag;
+    TagAddress address;
+    tag.name = field(NAME);
+    checkName(tag.name);
+    const bool areaKnown = readArea(&tag);
+    const bool addressGood = areaKnown && readAddress(&tag, &address);
+    const bool stationGood = readStation(&tag);
+    if (readType(&tag) && areaKnown && !typeFits(tag.area, tag.type))
+        fail(TYPE, QStringLiteral("type %1 does not fit area %2")
+                       .arg(typeName(tag.type), areaName(tag.area)));
+    tag.description = field(DESCRIPTION);
+    checkLength();
+    if (addressGood && stationGood) {
+        const QString conflict = conflicts_.add(tag, address);
+        if (!conflict.isEmpty())
+            fail(ADDRESS, conflict);
+    }
+    if (result_.errors.size() == errorsBefore)
+        result_.tags.append(tag);
+}
+
+TagListResult ListReader::read(const QByteArray &csv)
+{
+    const bool marked = csv.startsWith(BYTE_ORDER_MARK);
+    const CsvRows rows = splitCsv(marked ? csv.mid(3) : csv);
+    if (rows.rows.isEmpty() && rows.errorLine == 0)
+        result_.errors.append({0, 0, QString(), QStringLiteral("there is no header line")});
+    if (!rows.rows.isEmpty() && readHeader(rows.rows.first())) {
+        for (int i = 1; i < rows.rows.size(); ++i)
+            readRow(rows.rows[i]);
+    }
+    if (rows.errorLine != 0)
+        result_.errors.append({rows.errorLine, rows.errorColumn, QString(), rows.errorText});
+    return result_;
+}
+
+} // namespace
+
+TagListResult parseTagList(const QByteArray &csv)
+{
+    ListReader reader;
+    return reader.read(csv);
+}
+
+TagListResult loadTagList(const QString &path)
+{
+    QFile file(path);
+    if (file.open(QIODevice::ReadOnly)) {
+        const QByteArray csv = file.readAll();
+        if (file.error() == QFileDevice::NoError)
+            return parseTagList(csv);
+    }
+    TagListResult result;
+    result.errors.append(
+        {0, 0, QString(), QStringLiteral("cannot be read: %1").arg(file.errorString())});
+    return result;
+}
+
+QByteArray formatTagList(const QVector<Tag> &tags)
+{
+    QByteArray csv("name,area,address,station,type,description\n");
+    for (const Tag &tag : tags) {
+        const QString fields[COLUMN_COUNT] = {tag.name,           areaName(tag.area),
+                                              tag.address,        QString::number(tag.station),
+                                              typeName(tag.type), tag.description};
+        for (int column = 0; column < COLUMN_COUNT; ++column) {
+            if (column > 0)
+                csv.append(',');
+            appendCsvField(&csv, fields[column].toUtf8());
+        }
+        csv.append('\n');
+    }
+    return csv;
+}
+
+bool saveTagList(const QString &path, const QVector<Tag> &tags, QString *error)
+{
+    const QByteArray csv = formatTagList(tags);
+    QSaveFile file(path);
+    const bool saved = file.open(QIODevice::WriteOnly) && file.write(csv) == csv.size();
+    if (saved && file.commit())
+        return true;
+    if (error != nullptr)
+        *error = file.errorString();
+    return false;
+}
+
+QString formatTagError(const QString &file, const TagError &error)
+{
+    QString text = file;
+    if (error.line > 0)
+        text += QLatin1Char(':') + QString::number(error.line);
+    if (error.column > 0)
+        text += QLatin1String(": ") + QString::number(error.column);
+    if (!error.columnName.isEmpty())
+        text += QLatin1String(" \"") + error.columnName + QLatin1Char('"');
+    return text + QLatin1String(": ") + error.text;
+}
+
+} // namespace kvt

@@ -1,0 +1,51 @@
+// Tag lists: CSV files as engineers keep them in a spreadsheet.
+//
+// The header line names the columns name, area, address, station, type and description, in any
+// order and any case; description may be left out, other columns are passed over. Text is UTF-8
+// with or without a byte order mark, lines end in LF or CRLF, fields may be quoted, and lines
+// without any text are skipped.
+#ifndef KVT_TAGS_TAG_LIST_H
+#define KVT_TAGS_TAG_LIST_H
+
+#include "tags/tag.h"
+
+#include <QByteArray>
+#include <QVector>
+
+namespace kvt
+{
+
+/// What is wrong with a tag list, and where.
+struct TagError {
+    int line = 0;       ///< line of the file, from 1; 0 when the file as a whole is meant
+    int column = 0;     ///< number of the field in its line, from 1; 0 when the line is meant
+    QString columnName; ///< header name of that field; may be empty
+    QString text;       ///< what is wrong
+};
+
+/// A tag list as read: the good tags in the order of the file, and everything wrong with the rest.
+/// A list with errors must not be used.
+struct TagListResult {
+    QVector<Tag> tags;
+    QVector<TagError> errors; ///< in the order of the file; empty when all is well
+};
+
+/// Reads the tag list in the file `path`. A file that cannot be read is an error of its own.
+TagListResult loadTagList(const QString &path);
+
+/// Reads a tag list from the bytes of a file.
+TagListResult parseTagList(const QByteArray &csv);
+
+/// Returns the bytes of a tag list file, lines ended by LF. Reading them gives equal tags back.
+QByteArray formatTagList(const QVector<Tag> &tags);
+
+/// Writes a tag list to the file `path`, which is replaced whole or not at all. Returns false and
+/// sets `*error` (if not null) when it cannot be written.
+bool saveTagList(const QString &path, const QVector<Tag> &tags, QString *error);
+
+/// Returns `file:line: column "address": text`, without the parts that the error does not have.
+QString formatTagError(const QString &file, const TagError &error);
+
+} // namespace kvt
+
+#endif
