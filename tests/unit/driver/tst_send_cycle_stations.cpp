@@ -1,0 +1,219 @@
+// The send cycle with stations switched off.
+#include "driver/receive_cycle.h"
+#include "driver/send_cycle.h"
+#include "tests/support/callback_log.h"
+#include "tests/support/driver_requests.h"
+#include "tests/support/lock_watch.h"
+
+#include <QtTest>
+
+#include <climits>
+
+namespace
+{
+
+QString nextName()
+{
+    const Protocol *frame = ComCommunication();
+    return frame ? frame->var.name : QStringLiteral("-");
+}
+
+} // namespace
+
+class SendCycleStationsTest : public QObject
+{
+    Q_OBJECT
+
+    ComInfo info = ComInfo();
+
+private Q_SLOTS:
+    void init()
+    {
+        resetDriver(info);
+        callbackLog() = CallbackLog();
+        PLC_driver.onceReadDone = logOnceReadDone;
+        PLC_driver.ownerNotify = logOwnerNotify;
+    }
+
+    void stationIsKnownAsDisabled()
+    {
+        EnCommStation(3, 0);
+        EnCommStation(0, 0);
+        QVERIFY(Ethernetcontains(3));
+        QVERIFY(Ethernetcontains(0));
+        for (const int station : {2, 4, -1, INT_MIN, INT_MAX, 3 + 256})
+            QVERIFY(!Ethernetcontains(station));
+        QCOMPARE(PLC_driver.disabledStations.size(), 2);
+        EnCommStation(3, 1);
+        QVERIFY(!Ethernetcontains(3));
+    }
+
+    void stationTestWaitsForTheStationMutexAlone()
+    {
+        QVERIFY(waitsFor(PLC_driver.stationMutex, [] { Ethernetcontains(1); }));
+        PLC_driver.listMutex.lock();
+        PLC_driver.areaMutex.lock();
+        QVERIFY(!Ethernetcontains(1));
+        PLC_driver.areaMutex.unlock();
+        PLC_driver.listMutex.unlock();
+    }
+
+    void sendCycleTestsTheStationUnderTheListMutex_data()
+    {
+        QTest::addColumn<int>("kind");
+        QTest::newRow("cyclic read") << int(KIND_CYCLIC_READ);
+        QTest::newRow("write") << int(KIND_WRITE);
+        QTest::newRow("once-read") << int(KIND_ONCE_READ);
+    }
+
+    void sendCycleTestsTheStationUnderTheListMutex()
+    {
+        QFETCH(int, kind);
+        QList<RW_VAR> *lists[] = {&PLC_driver.readList, &PLC_driver.writeList,
+                                  &PLC_driver.onceReadList};
+        lists[kind]->append(wordRead(QStringLiteral("e")));
+        bool listMutexFree = true;
+        bool areaMutexFree = false;
+        QVERIFY(waitsFor(
+            PLC_driver.stationMutex, [] { ComCommunication(); },
+            [&] {
+                listMutexFree = isFree(PLC_driver.listMutex);
+                areaMutexFree = isFree(PLC_driver.areaMutex);
+            }));
+        QVERIFY(!listMutexFree);
+        QVERIFY(areaMutexFree);
+    }
+
+    void writeOfDisabledStationIsDroppedUnreported()
+    {
+        EnCommStation(2, 0);
+        PLC_driver.writeList << wordWrite(QStringLiteral("w1"), 2)
+                             << wordWrite(QStringLiteral("w2"), 2)
+                             << wordWrite(QStringLiteral("w3"), 1)
+                             << wordWrite(QStringLiteral("w4"), 2);
+        callbackLog().inside = [] {
+            QCOMPARE(names(PLC_driver.writeList), QStringLiteral("w3 w4"));
+        };
+        QCOMPARE(nextName(), QStringLiteral("w3"));
+        QCOMPARE(names(PLC_driver.writeList), QStringLiteral("w3 w4"));
+        QCOMPARE(callbackLog().calls, QStringList{QStringLiteral("notify 0 1 0")});
+        QCOMPARE(PLC_driver.writeBurst, 1);
+    }
+
+    void pollThatDropsEveryWriteYieldsNothing()
+    {
+        EnCommStation(2, 0);
+        PLC_driver.writeList << wordWrite(QStringLiteral("w1"), 2)
+                             << wordWrite(QStringLiteral("w2"), 2);
+        PLC_driver.onceReadList.append(wordRead(QStringLiteral("o")));
+        PLC_driver.readList.append(wordRead(QStringLiteral("r")));
+        PLC_driver.writeBurst = 2;
+        QVERIFY(ComCommunication() == nullptr);
+        QVERIFY(PLC_driver.writeList.isEmpty());
+        QVERIFY(PLC_driver.pendingFrames.isEmpty());
+        QVERIFY(callbackLog().calls.isEmpty());
+        QVERIFY(PLC_driver.extendVars.isEmpty());
+        QCOMPARE(PLC_driver.lastKind, 1);
+        QCOMPARE(PLC_driver.writeBurst, 2);
+        QCOMPARE(info.scanComplete, 0);
+        QVERIFY(isFree(PLC_driver.listMutex));
+        QVERIFY(isFree(PLC_driver.stationMutex));
+        QCOMPARE(nextName(), QStringLiteral("o"));
+    }
+
+    void onceReadOfDisabledStationIsDroppedUnreported()
+    {
+        EnCommStation(2, 0);
+        PLC_driver.onceReadList << ownedRead(QStringLiteral("o1"), 5, 5, 2)
+                                << ownedRead(QStringLiteral("o2"), 6, 6, 1)
+                                << ownedRead(QStringLiteral("o3"), 7, 7, 2);
+        QCOMPARE(nextName(), QStringLiteral("o2"));
+        QCOMPARE(names(PLC_driver.onceReadList), QStringLiteral("o2 o3"));
+        QVERIFY(callbackLog().calls.isEmpty());
+        QCOMPARE(PLC_driver.onceReadBurst, 1);
+        QCOMPARE(PLC_driver.lastKind, 2);
+    }
+
+    void pollThatDropsEveryOnceReadYieldsNothing()
+    {
+        EnCommStation(2, 0);
+        PLC_driver.onceReadList << wordRead(QStringLiteral("o1"), 2)
+                                << wordRead(QStringLiteral("o2"), 2);
+        PLC_driver.readList.append(wordRead(QStringLiteral("r")));
+        QVERIFY(ComCommunication() == nullptr);
+        QVERIFY(PLC_driver.onceReadList.isEmpty());
+        QVERIFY(callbackLog().calls.isEmpty());
+        QCOMPARE(PLC_driver.lastKind, 2);
+        QCOMPARE(PLC_driver.onceReadBurst, 0);
+        QVERIFY(isFree(PLC_driver.listMutex));
+        QCOMPARE(nextName(), QStringLiteral("r"));
+    }
+
+    void queuesOfDisabledStationsWaitBehindAClosedDoor()
+    {
+        EnCommStation(2, 0);
+        PLC_driver.writeList.append(wordWrite(QStringLiteral("w"), 2));
+        PLC_driver.onceReadList.append(wordRead(QStringLiteral("o"), 2));
+        PLC_driver.readList.append(wordRead(QStringLiteral("r"), 1));
+        PLC_driver.writeBurst = 5;
+        PLC_driver.onceReadBurst = 5;
+        QCOMPARE(nextName(), QStringLiteral("r"));
+        QCOMPARE(names(PLC_driver.writeList), QStringLiteral("w"));
+        QCOMPARE(names(PLC_driver.onceReadList), QStringLiteral("o"));
+    }
+
+    void cyclicReadsOfDisabledStationsAreSkippedAndKept()
+    {
+        EnCommStation(2, 0);
+        PLC_driver.readList << wordRead(QStringLiteral("a"), 2) << wordRead(QStringLiteral("b"), 2)
+                            << wordRead(QStringLiteral("c"), 1) << wordRead(QStringLiteral("d"), 2);
+        PLC_driver.writeBurst = 3;
+        QCOMPARE(nextName(), QStringLiteral("c"));
+        QCOMPARE(names(PLC_driver.readList), QStringLiteral("c d a b"));
+        QCOMPARE(PLC_driver.writeBurst, 0);
+        QByteArray reply = wordReply();
+        DataCom(&reply, reply.size());
+        QCOMPARE(names(PLC_driver.readList), QStringLiteral("d a b c"));
+        QCOMPARE(nextName(), QStringLiteral("c"));
+    }
+
+    void lastOfManyMayBeTheOnlyOneEnabled()
+    {
+        EnCommStation(2, 0);
+        PLC_driver.readList << wordRead(QStringLiteral("a"), 2) << wordRead(QStringLiteral("b"), 2)
+                            << wordRead(QStringLiteral("c"), 1);
+        QCOMPARE(nextName(), QStringLiteral("c"));
+        QCOMPARE(names(PLC_driver.readList), QStringLiteral("c a b"));
+    }
+
+    void cyclicListOfDisabledStationsTurnsOnceAndYieldsNothing()
+    {
+        EnCommStation(2, 0);
+        EnCommStation(3, 0);
+        PLC_driver.readList << wordRead(QStringLiteral("a"), 2) << wordRead(QStringLiteral("b"), 3)
+                            << wordRead(QStringLiteral("c"), 2);
+        PLC_driver.writeBurst = 3;
+        PLC_driver.onceReadBurst = 4;
+        for (int poll = 0; poll < 3; ++poll) {
+            QVERIFY(ComCommunication() == nullptr);
+            QCOMPARE(names(PLC_driver.readList), QStringLiteral("a b c"));
+        }
+        QCOMPARE(PLC_driver.lastKind, 0);
+        QCOMPARE(PLC_driver.writeBurst, 3);
+        QCOMPARE(PLC_driver.onceReadBurst, 4);
+        QCOMPARE(info.scanComplete, 0);
+        QVERIFY(isFree(PLC_driver.listMutex));
+    }
+
+    void stationSwitchedOnAgainIsPolledAgain()
+    {
+        EnCommStation(1, 0);
+        PLC_driver.readList.append(wordRead(QStringLiteral("a"), 1));
+        QCOMPARE(nextName(), QStringLiteral("-"));
+        EnCommStation(-1, 0);
+        QCOMPARE(nextName(), QStringLiteral("a"));
+    }
+};
+
+QTEST_APPLESS_MAIN(SendCycleStationsTest)
+#include "tst_send_cycle_stations.moc"
