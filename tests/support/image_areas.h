@@ -1,0 +1,44 @@
+// Image areas on the heap, exactly as long as the driver's, so that a sanitizer sees a step
+// outside.
+#ifndef KVT_TESTS_SUPPORT_IMAGE_AREAS_H
+#define KVT_TESTS_SUPPORT_IMAGE_AREAS_H
+
+#include "driver/driver_object.h"
+
+#include <QMap>
+
+#include <vector>
+
+typedef std::vector<quint8> ByteArea;
+typedef std::vector<quint16> WordArea;
+
+const int AREA_WORDS = IMAGE_AREA_BYTES / 2;
+const int AREA_BITS = IMAGE_AREA_BYTES * 8;
+
+/// A byte area that holds `fill` everywhere.
+inline ByteArea byteArea(quint8 fill = 0)
+{
+    return ByteArea(size_t(IMAGE_AREA_BYTES), fill);
+}
+
+/// A word area that holds `fill` everywhere.
+inline WordArea wordArea(quint16 fill = 0)
+{
+    return WordArea(size_t(AREA_WORDS), fill);
+}
+
+/// What differs from `fill`, by index. Comparing it shows what a call changed and nothing else.
+template <typename Area>
+QMap<int, int> changes(const Area &area, typename Area::value_type fill = 0)
+{
+    QMap<int, int> result;
+    for (size_t i = 0; i < area.size(); ++i) {
+        if (area[i] != fill)
+            result.insert(int(i), int(area[i]));
+    }
+    return result;
+}
+
+typedef QMap<int, int> Changes;
+
+#endif

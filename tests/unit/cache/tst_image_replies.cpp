@@ -1,0 +1,183 @@
+// Replies copied into an image area by the frame that they answer.
+#include "cache/image_accessors.h"
+
+#include "tests/support/driver_fixture.h"
+#include "tests/support/image_areas.h"
+#include "tests/support/lock_watch.h"
+
+#include <QtTest>
+
+#include <limits>
+
+namespace
+{
+
+const int LOWEST = std::numeric_limits<int>::min();
+const int HIGHEST = std::numeric_limits<int>::max();
+
+/// Puts a frame on the line whose reply has `count` data bytes from `first` on.
+void pending(int first, int count, int address)
+{
+    Protocol frame;
+    frame.builderParam1 = first;
+    frame.builderParam2 = count;
+    frame.var.address = address;
+    PLC_driver.pendingFrames.append(frame);
+}
+
+void addColumns()
+{
+    QTest::addColumn<int>("first");
+    QTest::addColumn<int>("count");
+    QTest::addColumn<int>("address");
+    QTest::addColumn<QByteArray>("reply");
+    QTest::addColumn<Changes>("changed");
+}
+
+} // namespace
+Q_DECLARE_METATYPE(Changes)
+
+class tst_image_replies : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init() { resetDriver(m_info); }
+
+    void bytesAreCopiedWhole_data()
+    {
+        addColumns();
+        const QByteArray reply = bytes("06 30 31 A5 00 FF 0D");
+        QTest::newRow("from bit 0") << 3 << 3 << 0 << reply << Changes{{0, 0xA5}, {2, 0xFF}};
+        QTest::newRow("from bit 16") << 3 << 1 << 16 << reply << Changes{{2, 0xA5}};
+        QTest::newRow("remainder ignored") << 3 << 1 << 23 << reply << Changes{{2, 0xA5}};
+        QTest::newRow("from the front") << 0 << 2 << 0 << reply << Changes{{0, 0x06}, {1, 0x30}};
+        QTest::newRow("no data") << 3 << 0 << 0 << reply << Changes();
+        QTest::newRow("negative count") << 3 << -1 << 0 << reply << Changes();
+        QTest::newRow("reply one byte short") << 3 << 3 << 0 << reply.left(5) << Changes{{0, 0xA5}};
+        QTest::newRow("reply ends before the data") << 3 << 3 << 0 << reply.left(3) << Changes();
+        QTest::newRow("empty reply") << 3 << 3 << 0 << QByteArray() << Changes();
+        QTest::newRow("last byte")
+            << 3 << 3 << AREA_BITS - 8 << reply << Changes{{IMAGE_AREA_BYTES - 1, 0xA5}};
+        QTest::newRow("past the end") << 3 << 3 << AREA_BITS << reply << Changes();
+        QTest::newRow("highest address") << 3 << 3 << HIGHEST << reply << Changes();
+        QTest::newRow("lowest address") << 3 << 3 << LOWEST << reply << Changes();
+        QTest::newRow("below zero, remainder ignored")
+            << 3 << 1 << -7 << reply << Changes{{0, 0xA5}};
+        QTest::newRow("first two bytes below") << 3 << 3 << -16 << reply << Changes{{0, 0xFF}};
+        QTest::newRow("first two data before the front")
+            << -2 << 4 << 0 << reply << Changes{{2, 0x06}, {3, 0x30}};
+        QTest::newRow("far below") << 3 << 3 << -24 << reply << Changes();
+        QTest::newRow("data after the end") << HIGHEST << 3 << 0 << reply << Changes();
+        QTest::newRow("data at the last byte") << 6 << 2 << 0 << reply << Changes{{0, 0x0D}};
+        QTest::newRow("data before the front") << LOWEST << 3 << 0 << reply << Changes();
+        QTest::newRow("absurd count")
+            << 5 << HIGHEST << 0 << reply << Changes{{0, 0xFF}, {1, 0x0D}};
+    }
+    void bytesAreCopiedWhole()
+    {
+        QFETCH(int, first);
+        QFETCH(int, count);
+        QFETCH(int, address);
+        QFETCH(QByteArray, reply);
+        QFETCH(Changes, changed);
+        pending(first, count, address);
+        const QByteArray before(reply.constData(), reply.size());
+        ByteArea area = byteArea();
+        SaveBitToUC(&reply, area.data());
+        QCOMPARE(changes(area), changed);
+        QCOMPARE(reply, before);
+        QCOMPARE(PLC_driver.pendingFrames.size(), 1);
+    }
+
+    void wordsAreCopiedHighByteFirst_data()
+    {
+        addColumns();
+        const QByteArray reply = bytes("00 00 00 12 34 56 78");
+        const Changes both = {{40, 0x1234}, {41, 0x5678}};
+        const Changes one = {{40, 0x1234}};
+        QTest::newRow("two words") << 3 << 4 << 40 << reply << both;
+        QTest::newRow("one byte short") << 3 << 4 << 40 << reply.left(6) << one;
+        QTest::newRow("two bytes short") << 3 << 4 << 40 << reply.left(5) << one;
+        QTest::newRow("three bytes short") << 3 << 4 << 40 << reply.left(4) << Changes();
+        QTest::newRow("empty reply") << 3 << 4 << 40 << QByteArray() << Changes();
+        QTest::newRow("odd count") << 3 << 3 << 40 << reply << one;
+        QTest::newRow("count 2") << 3 << 2 << 40 << reply << one;
+        QTest::newRow("count 1") << 3 << 1 << 40 << reply << Changes();
+        QTest::newRow("count 0") << 3 << 0 << 40 << reply << Changes();
+        QTest::newRow("count -4") << 3 << -4 << 40 << reply << Changes();
+        QTest::newRow("high bytes") << 0 << 2 << 40 << bytes("FF 80") << Changes{{40, 0xFF80}};
+        QTest::newRow("from the front") << 2 << 2 << 40 << reply << Changes{{40, 0x0012}};
+        QTest::newRow("last word")
+            << 3 << 4 << AREA_WORDS - 1 << reply << Changes{{AREA_WORDS - 1, 0x1234}};
+        QTest::newRow("past the end") << 3 << 4 << AREA_WORDS << reply << Changes();
+        QTest::newRow("highest address") << 3 << 4 << HIGHEST << reply << Changes();
+        QTest::newRow("lowest address") << 3 << 4 << LOWEST << reply << Changes();
+        QTest::newRow("address -1") << 3 << 4 << -1 << reply << Changes{{0, 0x5678}};
+        QTest::newRow("first word before the front")
+            << -2 << 6 << 40 << reply << Changes{{42, 0x0012}};
+        QTest::newRow("first word astride the front")
+            << -1 << 6 << 40 << bytes("11 22 33 44") << Changes{{41, 0x2233}};
+        QTest::newRow("data after the end") << HIGHEST << 4 << 0 << reply << Changes();
+        QTest::newRow("data before the front") << LOWEST << 4 << 0 << reply << Changes();
+        QTest::newRow("absurd count") << 3 << HIGHEST << 40 << reply << both;
+    }
+    void wordsAreCopiedHighByteFirst()
+    {
+        QFETCH(int, first);
+        QFETCH(int, count);
+        QFETCH(int, address);
+        QFETCH(QByteArray, reply);
+        QFETCH(Changes, changed);
+        pending(first, count, address);
+        const QByteArray before(reply.constData(), reply.size());
+        WordArea area = wordArea();
+        SaveWordToUS(&reply, area.data());
+        QCOMPARE(changes(area), changed);
+        QCOMPARE(reply, before);
+        QCOMPARE(PLC_driver.pendingFrames.size(), 1);
+    }
+
+    void theFrameOnTheLineDecides()
+    {
+        pending(1, 2, 8);
+        pending(0, 4, 0);
+        QByteArray reply = bytes("11 22 33 44");
+        ByteArea bits = byteArea();
+        SaveBitToUC(&reply, bits.data());
+        QCOMPARE(changes(bits), (Changes{{1, 0x22}, {2, 0x33}}));
+        WordArea words = wordArea();
+        SaveWordToUS(&reply, words.data());
+        QCOMPARE(changes(words), (Changes{{8, 0x2233}}));
+    }
+
+    void withoutAFrameNothingHappens()
+    {
+        QByteArray reply = bytes("11 22 33 44");
+        ByteArea bits = byteArea();
+        SaveBitToUC(&reply, bits.data());
+        QCOMPARE(changes(bits), Changes());
+        WordArea words = wordArea();
+        SaveWordToUS(&reply, words.data());
+        QCOMPARE(changes(words), Changes());
+    }
+
+    void copyingTakesNoLock()
+    {
+        pending(0, 2, 0);
+        QByteArray reply = bytes("11 22");
+        ByteArea bits = byteArea();
+        WordArea words = wordArea();
+        const AllLocksHeld held;
+        SaveBitToUC(&reply, bits.data());
+        SaveWordToUS(&reply, words.data());
+        QCOMPARE(changes(bits), (Changes{{0, 0x11}, {1, 0x22}}));
+        QCOMPARE(changes(words), (Changes{{0, 0x1122}}));
+    }
+
+private:
+    ComInfo m_info;
+};
+
+QTEST_APPLESS_MAIN(tst_image_replies)
+#include "tst_image_replies.moc"

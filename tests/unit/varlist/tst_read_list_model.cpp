@@ -1,0 +1,224 @@
+// The rebuild of the read list against a plain model of it, on thousands of small random lists.
+#include "varlist/read_list.h"
+
+#include "tests/support/driver_fixture.h"
+#include "tests/support/record_text.h"
+
+#include <QtTest>
+
+#include <random>
+#include <vector>
+
+namespace
+{
+
+/// One variable as the model sees it: the parts are numbers, the text is made from them.
+struct Variable {
+    int area;
+    int station;
+    int parts[4];
+    QString text;
+    QString name;
+};
+
+struct Group {
+    int key;
+    std::vector<RW_VAR> newestFirst;
+};
+
+/// A part and its text: mostly a small number, now and then one that counts as 0 or is negative.
+int randomPart(std::mt19937 &random, QString &text)
+{
+    const int draw = int(random() % 20);
+    if (draw == 0) {
+        text = QStringLiteral("x");
+        return 0;
+    }
+    if (draw == 1) {
+        text.clear();
+        return 0;
+    }
+    const int value = draw == 2 ? -1 : int(random() % 3);
+    text = QString::number(value);
+    return value;
+}
+
+/// Draws from so few areas, stations and addresses that groups and addresses often coincide.
+Variable randomVariable(std::mt19937 &random)
+{
+    static const int areas[] = {AREA_X, AREA_D, AREA_C, AREA_D, 3};
+    static const int stations[] = {0, 1, 255};
+    Variable variable = {};
+    variable.area = areas[random() % 5];
+    variable.station = stations[random() % 3];
+    const int present = 3 + int(random() % 2);
+    QStringList texts;
+    for (int i = 0; i < present; ++i) {
+        QString text;
+        variable.parts[i] = randomPart(random, text);
+        texts.append(text);
+    }
+    variable.text = texts.join(QLatin1Char('.'));
+    variable.name = QString::number(random() % 1000000);
+    return variable;
+}
+
+int addressOf(const Variable &variable)
+{
+    const int *part = variable.parts;
+    if (variable.area == AREA_C)
+        return part[1] * 160 + part[2] * 80 + part[3];
+    return variable.area < AREA_C ? part[0] * 32 + part[1] * 2 + part[2] : 0;
+}
+
+RW_VAR entryFor(const Variable &variable, const ComInfo &info)
+{
+    RW_VAR entry;
+    entry.ownerSubId = -1;
+    entry.reserved3 = info.remoteMode;
+    entry.plcNo = info.localPlcNo;
+    entry.name = variable.name;
+    entry.addressText = variable.text;
+    entry.areaType = variable.area;
+    entry.address = addressOf(variable);
+    entry.station = variable.station;
+    entry.count = 1;
+    if (variable.area == AREA_C) {
+        entry.address = variable.parts[1] * 160 + variable.parts[2] * 80;
+        entry.count = 70;
+    }
+    return entry;
+}
+
+std::vector<Group> groupsOf(const std::vector<Variable> &variables, const ComInfo &info)
+{
+    std::vector<Group> groups;
+    for (const Variable &variable : variables) {
+        if (addressOf(variable) < 0)
+            continue;
+        const int key = variable.area * 255 + variable.station;
+        auto group = groups.begin();
+        while (group != groups.end() && group->key != key)
+            ++group;
+        if (group == groups.end())
+            group = groups.insert(groups.end(), Group{key, {}});
+        group->newestFirst.insert(group->newestFirst.begin(), entryFor(variable, info));
+    }
+    return groups;
+}
+
+/// Exchanges neighbours until the addresses rise, smallest first.
+template <typename List>
+void exchangeSort(List &list)
+{
+    const int size = int(list.size());
+    for (int pass = 0; pass <= size - 2; ++pass) {
+        for (int j = size - 1; j > pass; --j) {
+            if (list[j].address < list[j - 1].address)
+                std::swap(list[j], list[j - 1]);
+        }
+    }
+}
+
+QStringList modelOfRebuild(const std::vector<Variable> &variables, const ComInfo &info)
+{
+    QStringList result;
+    for (const Group &group : groupsOf(variables, info)) {
+        QList<RW_VAR> entries;
+        for (const RW_VAR &entry : group.newestFirst)
+            entries.append(entry);
+        exchangeSort(entries);
+        int last = -1;
+        for (const RW_VAR &entry : entries) {
+            if (entry.address == last)
+                continue;
+            last = entry.address;
+            result.append(recordText(entry));
+        }
+    }
+    return result;
+}
+
+QList<HOST_VAR> hostList(const std::vector<Variable> &variables)
+{
+    QList<HOST_VAR> list;
+    for (const Variable &variable : variables) {
+        HOST_VAR var;
+        var.areaType = quint8(variable.area);
+        var.station = quint8(variable.station);
+        var.addressText = variable.text;
+        var.name = variable.name;
+        list.append(var);
+    }
+    return list;
+}
+
+} // namespace
+
+class tst_read_list_model : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init() { resetDriver(m_info); }
+
+    void theRebuildAgreesWithItsModel()
+    {
+        std::mt19937 random(77031);
+        int repeatsDropped = 0;
+        for (int round = 0; round < 6000; ++round) {
+            std::vector<Variable> variables(random() % 13);
+            for (Variable &variable : variables)
+                variable = randomVariable(random);
+            m_info.remoteMode = int(random() % 2);
+            m_info.localPlcNo = int(random() % 4);
+
+            const QStringList expected = modelOfRebuild(variables, m_info);
+            QList<HOST_VAR> vars = hostList(variables);
+            QCOMPARE(ReCreatReadVarList(&vars), expected.size());
+            QCOMPARE(recordTexts(PLC_driver.readList), expected);
+            if (expected.size() < vars.size())
+                ++repeatsDropped;
+        }
+        QVERIFY(repeatsDropped > 1000); // else the lists drawn prove little
+    }
+
+    void aLargeGroupAgreesWithTheModel()
+    {
+        std::mt19937 random(5);
+        std::vector<Variable> variables(400);
+        for (Variable &variable : variables) {
+            variable = randomVariable(random);
+            variable.area = AREA_D;
+            variable.station = 1;
+        }
+        QList<HOST_VAR> vars = hostList(variables);
+        const QStringList expected = modelOfRebuild(variables, m_info);
+        QCOMPARE(ReCreatReadVarList(&vars), expected.size());
+        QCOMPARE(recordTexts(PLC_driver.readList), expected);
+    }
+
+    void sortingAgreesWithTheExchangeSort()
+    {
+        std::mt19937 random(4711);
+        for (int round = 0; round < 3000; ++round) {
+            QList<RW_VAR> list;
+            for (int i = int(random() % 20); i > 0; --i) {
+                RW_VAR var;
+                var.address = int(random() % 9) - 4;
+                var.ownerId = i; // tells equal addresses apart
+                list.append(var);
+            }
+            QList<RW_VAR> expected = list;
+            exchangeSort(expected);
+            Bubble_Sort(&list);
+            QCOMPARE(recordTexts(list), recordTexts(expected));
+        }
+    }
+
+private:
+    ComInfo m_info;
+};
+
+QTEST_APPLESS_MAIN(tst_read_list_model)
+#include "tst_read_list_model.moc"
