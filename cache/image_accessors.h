@@ -6,9 +6,9 @@
 // first.
 //
 // Reading grows `out` as far as it writes and keeps what lies beyond; writing skips an element
-// whose bytes `in` does not hold. An element outside the area reads as 0 and is not written, and
-// no call moves more elements than an area has. A negative bit number names no bit, so it reads
-// as 0 and changes nothing. All take no lock: the caller owns area and buffers.
+// whose bytes `in` does not hold. An element outside the area reads as 0 and is not written (of a
+// double word, each half for itself), and no call moves more elements than an area has. A negative
+// bit number reads as 0 and changes nothing. All take no lock: the caller owns area and buffers.
 #ifndef KVT_CACHE_IMAGE_ACCESSORS_H
 #define KVT_CACHE_IMAGE_ACCESSORS_H
 
@@ -41,7 +41,8 @@ Q_DECL_EXPORT void SetWordToUS(int start, unsigned short *area, QByteArray *in, 
 Q_DECL_EXPORT void SetWordToUI(int start, unsigned short *area, QByteArray *in, int count);
 
 /// Copies the data bytes of `in`, the reply to the head of `pendingFrames`, into a byte area at the
-/// byte of that frame's bit address. Without a pending frame nothing happens. Polling thread.
+/// byte of that frame's bit address, which is its eighth, rounded toward zero. Without a pending
+/// frame nothing happens. Polling thread.
 Q_DECL_EXPORT void SaveBitToUC(QByteArray *in, unsigned char *area);
 
 /// Copies the data words of `in`, high byte first, the reply to the head of `pendingFrames`, into a
