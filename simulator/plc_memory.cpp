@@ -159,10 +159,10 @@ QByteArray PlcMemory::read(PlcTarget target, qint64 timeNs)
             bytes.append(static_cast<char>(readCell(cells[static_cast<size_t>(i)], timeNs)));
         return bytes.append(target.element, '\0');
     }
-    const int value = readCell(target.index, timeNs);
+    const int word = readCell(target.index, timeNs);
     if (target.area == Area::D)
-        bytes.append(static_cast<char>(value >> 8));
-    bytes.append(static_cast<char>(value));
+        bytes.append(static_cast<char>(word >> 8));
+    bytes.append(static_cast<char>(word));
     return bytes;
 }
 

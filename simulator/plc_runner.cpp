@@ -103,7 +103,7 @@ void PlcRunner::run()
         sendDue(nowNs);
         if (downUntilNs_ != 0 && downUntilNs_ <= nowNs)
             plugIn(nowNs);
-        wait(nowNs);
+        wait();
     }
 }
 
@@ -113,12 +113,12 @@ qint64 PlcRunner::nextWakeNs() const
     return outgoing_.empty() ? upNs : qMin(upNs, outgoing_.front().dueNs);
 }
 
-void PlcRunner::wait(qint64 nowNs)
+void PlcRunner::wait()
 {
     std::array<pollfd, 3> polled = {
         {{wakeUp_.get(), POLLIN, 0}, {port_->listenFd(), POLLIN, 0}, {port_->dataFd(), POLLIN, 0}}};
     const qint64 wakeNs = nextWakeNs();
-    const qint64 leftNs = qMax(Q_INT64_C(0), wakeNs - nowNs);
+    const qint64 leftNs = qMax(Q_INT64_C(0), wakeNs - monotonicNs());
     const timespec left = {leftNs / NS_PER_SECOND, leftNs % NS_PER_SECOND};
     if (ppoll(polled.data(), polled.size(), wakeNs == NEVER ? nullptr : &left, nullptr) <= 0)
         return;

@@ -61,7 +61,7 @@ private:
     bool give(Order order);
     void run();
     bool obey(qint64 nowNs);
-    void wait(qint64 nowNs);
+    void wait();
     qint64 nextWakeNs() const;
     void receive(qint64 nowNs);
     void sendDue(qint64 nowNs);

@@ -29,12 +29,12 @@ bool makeRaw(int fd)
 bool PtyPort::openTerminal()
 {
     master_.reset(posix_openpt(O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC));
-    std::array<char, 128> name = {};
+    std::array<char, 128> path = {};
     if (!master_.isOpen() || grantpt(master_.get()) != 0 || unlockpt(master_.get()) != 0 ||
-        ptsname_r(master_.get(), name.data(), name.size()) != 0)
+        ptsname_r(master_.get(), path.data(), path.size()) != 0)
         return false;
-    slave_.reset(::open(name.data(), O_RDWR | O_NOCTTY | O_CLOEXEC));
-    device_ = QFile::decodeName(name.data());
+    slave_.reset(::open(path.data(), O_RDWR | O_NOCTTY | O_CLOEXEC));
+    device_ = QFile::decodeName(path.data());
     return slave_.isOpen() && makeRaw(slave_.get());
 }
 

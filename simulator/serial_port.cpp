@@ -30,15 +30,15 @@ bool setSpeed(termios *settings, int baud)
     return false;
 }
 
-void setFrame(termios *settings, const SerialSettings &wanted)
+void setFrame(termios *settings, const SerialPortSettings &wanted)
 {
     const auto clear = static_cast<tcflag_t>(CSIZE | PARENB | PARODD | CSTOPB | CRTSCTS);
     settings->c_cflag &= ~clear;
     settings->c_cflag |= static_cast<tcflag_t>(CREAD | CLOCAL);
     settings->c_cflag |= static_cast<tcflag_t>(wanted.dataBits == 7 ? CS7 : CS8);
-    if (wanted.parity != SerialSettings::Parity::None)
+    if (wanted.parity != SerialPortSettings::Parity::None)
         settings->c_cflag |= static_cast<tcflag_t>(PARENB);
-    if (wanted.parity == SerialSettings::Parity::Odd)
+    if (wanted.parity == SerialPortSettings::Parity::Odd)
         settings->c_cflag |= static_cast<tcflag_t>(PARODD);
     if (wanted.stopBits == 2)
         settings->c_cflag |= static_cast<tcflag_t>(CSTOPB);

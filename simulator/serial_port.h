@@ -9,7 +9,7 @@ namespace kvt
 {
 
 /// How bytes travel on a serial line.
-struct SerialSettings {
+struct SerialPortSettings {
     enum class Parity { None, Even, Odd };
 
     int baud = 9600;  ///< a standard rate from 1,200 to 921,600
@@ -26,7 +26,7 @@ struct SerialSettings {
 class SerialPort : public Port
 {
 public:
-    SerialPort(const QString &device, const SerialSettings &settings)
+    SerialPort(const QString &device, const SerialPortSettings &settings)
         : device_(device), settings_(settings)
     {
     }
@@ -40,7 +40,7 @@ private:
     bool configure(QString *error);
 
     QString device_;
-    SerialSettings settings_;
+    SerialPortSettings settings_;
     FileDescriptor fd_;
 };
 

@@ -41,7 +41,7 @@ PlcReaction SimulatedPlc::receive(const QByteArray &bytes, qint64 lastByteNs)
         const qint64 timeNs = lastByteNs - (bytes.size() - 1 - i) * config_.byteTimeNs;
         const auto frame = finder_.take(bytes[i], timeNs);
         if (frame)
-            answer(*frame, timeNs, &reaction);
+            exchange(*frame, timeNs, &reaction);
     }
     counters_.droppedBytes = finder_.droppedBytes();
     return reaction;
@@ -68,11 +68,22 @@ bool SimulatedPlc::isSilent(int station, qint64 timeNs) const
            (silentUntilNs_.contains(station) && timeNs < silentUntilNs_.value(station));
 }
 
+void SimulatedPlc::exchange(const QByteArray &frame, qint64 endNs, PlcReaction *reaction)
+{
+    lastExchange_ = Exchange();
+    lastExchange_.number = ++counters_.exchanges;
+    lastExchange_.request = frame;
+    answer(frame, endNs, reaction);
+    if (config_.log)
+        config_.log(lastExchange_);
+}
+
 void SimulatedPlc::answer(const QByteArray &frame, qint64 endNs, PlcReaction *reaction)
 {
     const PlcRequest request =
         config_.mode == FrameFinder::Mode::Text ? parseTextFrame(frame) : parseEnvelope(frame);
-    lastExchange_ = {++counters_.exchanges, request.station, request.kind, {}};
+    lastExchange_.station = request.station;
+    lastExchange_.kind = request.kind;
     if (!memory_.hasStation(request.station)) {
         ++counters_.notAddressed;
         return;
@@ -198,6 +209,7 @@ void SimulatedPlc::transmit(qint64 earliestNs, const QByteArray &bytes, PlcReact
     const qint64 startNs = qMax(earliestNs, lineFreeNs_);
     lineFreeNs_ = startNs + bytes.size() * config_.byteTimeNs;
     reaction->transmissions.append({startNs, bytes});
+    lastExchange_.reply += bytes;
 }
 
 } // namespace kvt

@@ -17,9 +17,23 @@
 #include <QVector>
 
 #include <array>
+#include <functional>
 
 namespace kvt
 {
+
+/// What became of one request.
+struct Exchange {
+    qint64 number = 0; ///< from 1
+    int station = -1;  ///< -1: none could be read
+    PlcRequest::Kind kind = PlcRequest::Kind::Bad;
+    QVector<FaultKind> faults; ///< faults committed in it
+    QByteArray request;        ///< the frame
+    QByteArray reply;          ///< all that is sent back, in order; empty when nothing is
+};
+
+/// Is told of every exchange once its outcome is settled, from within `SimulatedPlc::receive`.
+using ExchangeLog = std::function<void(const Exchange &)>;
 
 /// How the PLC behaves. Times are nanoseconds.
 struct PlcConfig {
@@ -29,6 +43,7 @@ struct PlcConfig {
     qint64 frameGapNs = 50000000; ///< pause that ends an unfinished envelope
     SignalPlan signalPlan;
     QVector<FaultRule> faults;
+    ExchangeLog log; ///< may be empty
 };
 
 /// Bytes that go on the line back to back, the first of them not before `startNs`.
@@ -41,14 +56,6 @@ struct Transmission {
 struct PlcReaction {
     QVector<Transmission> transmissions; ///< in the order of their start; none overlaps another
     qint64 lineBreakNs = 0;              ///< if not 0, the line goes down now for so long
-};
-
-/// What became of one request.
-struct Exchange {
-    qint64 number = 0; ///< from 1
-    int station = -1;  ///< -1: none could be read
-    PlcRequest::Kind kind = PlcRequest::Kind::Bad;
-    QVector<FaultKind> faults; ///< faults committed in it
 };
 
 /// Counts since the start.
@@ -90,6 +97,7 @@ public:
     const Exchange &lastExchange() const { return lastExchange_; }
 
 private:
+    void exchange(const QByteArray &frame, qint64 endNs, PlcReaction *reaction);
     void answer(const QByteArray &frame, qint64 endNs, PlcReaction *reaction);
     FaultDecision decideFaults(int station, qint64 endNs);
     QByteArray carryOut(const PlcRequest &request, qint64 timeNs);

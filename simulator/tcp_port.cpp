@@ -49,7 +49,8 @@ bool TcpPort::listenAt(quint32 address)
     socklen_t size = sizeof local;
     // Without the option the port could not be taken again straight after a host was connected.
     if (!listener_.isOpen() || !setOption(listener_.get(), SOL_SOCKET, SO_REUSEADDR) ||
-        bind(listener_.get(), generic(&local), size) != 0 || listen(listener_.get(), 4) != 0 ||
+        bind(listener_.get(), generic(&local), size) != 0 ||
+        listen(listener_.get(), SOMAXCONN) != 0 ||
         getsockname(listener_.get(), generic(&local), &size) != 0)
         return false;
     port_ = ntohs(local.sin_port);
