@@ -38,10 +38,10 @@ void readWord(QByteArray &out, int station, int address)
 
 void readElements(QByteArray &out, int station, int address, int count)
 {
-    for (int i = 0; i < qMin(count, MOST_ELEMENTS); ++i) {
-        const QByteArray &data = cachedData(station, AREA_C, addressPlus(address, i));
-        putPair(out, 2 * i, byteOrZero(data, 0), 0);
-    }
+    const int elements = qMin(count, MOST_ELEMENTS);
+    CachedRun run = cachedRun(station, AREA_C, address, elements);
+    for (int i = 0; i < elements; ++i)
+        putPair(out, 2 * i, byteOrZero(nextData(run), 0), 0);
 }
 
 RW_VAR writeRequest(const QString &name, int kind, const QString &addressText, int address,
@@ -116,8 +116,7 @@ void WriteDataToLocal(RW_VAR *var)
     QMutexLocker lock(&PLC_driver.areaMutex);
     if (kind != AREA_X && kind != AREA_D)
         return;
-    for (int i = 0; i < elements; ++i) {
-        cachedData(var->station, kind, addressPlus(var->address, i)) =
-            var->data.mid(2 * i, kind == AREA_D ? 2 : 1);
-    }
+    CachedRun run = cachedRun(var->station, kind, var->address, elements);
+    for (int i = 0; i < elements; ++i) // copied: `data` may stand in memory of the host's own
+        nextData(run) = QByteArray(var->data.constData() + 2 * i, kind == AREA_D ? 2 : 1);
 }

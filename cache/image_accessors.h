@@ -8,7 +8,8 @@
 // Reading grows `out` as far as it writes and keeps what lies beyond; writing skips an element
 // whose bytes `in` does not hold. An element outside the area reads as 0 and is not written (of a
 // double word, each half for itself), and no call moves more elements than an area has. A negative
-// bit number reads as 0 and changes nothing. All take no lock: the caller owns area and buffers.
+// bit number reads as 0 and changes nothing. Pointers are not null. All take no
+// lock: the caller owns area and buffers.
 #ifndef KVT_CACHE_IMAGE_ACCESSORS_H
 #define KVT_CACHE_IMAGE_ACCESSORS_H
 

@@ -37,10 +37,13 @@ QByteArray header(const RW_VAR &var)
 char checksum(const QByteArray &frame)
 {
     quint32 sum = 0;
-    for (int start = 0; start < frame.size(); start += LARGEST_SUM) {
-        const int length = qMin(LARGEST_SUM, frame.size() - start);
-        sum += CalSUM(reinterpret_cast<const quint8 *>(frame.constData()) + start,
-                      static_cast<quint16>(length));
+    const quint8 *next = reinterpret_cast<const quint8 *>(frame.constData());
+    int left = frame.size();
+    while (left > 0) {
+        const int length = qMin(LARGEST_SUM, left);
+        sum += CalSUM(next, static_cast<quint16>(length));
+        next += length;
+        left -= length;
     }
     return static_cast<char>(sum & 0xFF);
 }

@@ -5,6 +5,9 @@
 // recursive: a callback, which runs under the list mutex, must not call what takes it. No entry
 // point prints or waits for anything but these locks. None throws: a callback that throws, or
 // memory that runs out, ends the process.
+//
+// Strings and byte arrays handed in are shared, not copied: one made with fromRawData must outlive
+// every list entry that holds it. The value cache keeps bytes of its own.
 #ifndef KVT_DRIVER_ENTRY_POINTS_H
 #define KVT_DRIVER_ENTRY_POINTS_H
 
@@ -41,9 +44,9 @@ Q_DECL_EXPORT void EnCommStation(int station, int mode) noexcept;
 Q_DECL_EXPORT Protocol *ComCommunication() noexcept;
 
 /// Judges what arrived for the frame that ComCommunication returned last. `received` holds the
-/// bytes and `receivedLength` is their number, 0 when nothing came (`received` may then be null)
-/// noexcept; a number that the array does not have is a bad reply. Returns the driver's own record,
-/// valid until the next call, whose `result` is 1 or 100 for success, 0 for an attempt that will be
+/// bytes and `receivedLength` is their number, 0 when nothing came (`received` may then be null);
+/// a number that the array does not have is a bad reply. Returns the driver's own record, valid
+/// until the next call, whose `result` is 1 or 100 for success, 0 for an attempt that will be
 /// repeated, 11 to 182 for a final failure. With nothing pending `result` is 1.
 /// Needs SetComInfo. Polling thread; area mutex, then list mutex and inside it both callbacks.
 Q_DECL_EXPORT RW_VAR *DataCom(QByteArray *received, int receivedLength) noexcept;
@@ -87,7 +90,8 @@ Q_DECL_EXPORT int GetRegisterData(QString, int kind, QString addressText, int st
 /// Writes a value: into the cache (`count` elements of two bytes each, kinds X and D), or, when
 /// `hostWriteMode` is 2, one element as a queued write to the PLC. `defaultStation` replaces
 /// `station` while `purgeByStation` is 0. Returns 0 when the address is negative or the kind
-/// cannot be sent, 1 when cached, else what AddListWriteVar returns. Missing bytes are sent as 0
+/// cannot be sent, 1 in cache mode (kinds other than X and D store nothing), else what
+/// AddListWriteVar returns. Missing bytes are sent as 0
 /// and not cached. Needs SetComInfo. Any thread; area mutex or list mutex.
 Q_DECL_EXPORT int SetRegisterData(QString name, int kind, QString addressText, int station,
                                   QByteArray &value, int count, int ownerId,

@@ -2,8 +2,10 @@
 
 #include "driver/driver_object.h"
 #include "driver/result_codes.h"
+#include "driver/wrapping.h"
 #include "protocol/frame_codec.h"
 #include "protocol/reply_decoding.h"
+#include "varlist/read_list.h"
 
 #include <QtCore/QMutexLocker>
 
@@ -42,7 +44,7 @@ bool countFailure()
     ComInfo *const info = PLC_driver.comInfo;
     PLC_driver.scanCount = 0;
     PLC_driver.errorFlag = 1;
-    info->retryCount += 1;
+    info->retryCount = wrappingSum(info->retryCount, 1);
     info->scanComplete = 0;
     if (info->retryCount <= info->retryLimit)
         return false;
@@ -56,23 +58,19 @@ bool countReply()
     ComInfo *const info = PLC_driver.comInfo;
     PLC_driver.errorFlag = 0;
     PLC_driver.pendingFrames.removeFirst();
-    info->framesReceived += 1;
+    info->framesReceived = wrappingSum(info->framesReceived, 1);
     return info->framesReceived >= info->framesExpected;
 }
 
-int cyclicReads()
-{
-    QMutexLocker lock(&PLC_driver.listMutex);
-    return PLC_driver.readList.size();
-}
-
-// Every local request counts towards a complete scan, whatever its kind.
+// Every local request counts towards a complete scan, whatever its kind. Locked as a whole: a list
+// rebuilt in between would count as scanned though nothing of it has been read.
 void countScan()
 {
+    QMutexLocker lock(&PLC_driver.listMutex);
     if (PLC_driver.comInfo->scanComplete != 0)
         return;
-    PLC_driver.scanCount += 1;
-    if (PLC_driver.scanCount > cyclicReads()) {
+    PLC_driver.scanCount = wrappingSum(PLC_driver.scanCount, 1);
+    if (PLC_driver.scanCount > PLC_driver.readList.size()) {
         PLC_driver.scanCount = 0;
         PLC_driver.comInfo->scanComplete = 1;
     }
@@ -119,7 +117,7 @@ void retireCyclicRead()
     if (PLC_driver.readList.isEmpty())
         return;
     passRetValue(PLC_driver.readList.first(), PLC_driver.reply);
-    PLC_driver.readList.append(PLC_driver.readList.takeFirst());
+    rotateReadList();
 }
 
 void retire(bool local)

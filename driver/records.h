@@ -57,7 +57,8 @@ struct Protocol {
     qint32 extra2 = 0;              ///< not used by the driver
 };
 
-/// One value of the cache; its key is (station, areaType, address).
+/// One value of the cache; its key is (station, areaType, address), which no two records share.
+/// Without initialisers, so that it can be made from a list in braces in C++11.
 struct EXTENDVAR {
     qint32 station;  ///< PLC station
     qint32 areaType; ///< an AreaCode
@@ -86,7 +87,8 @@ struct ComInfo {
     qint32 remoteMode;     ///< read: non-zero sends requests in the binary envelope
     qint32 localPlcNo;     ///< read: PLC number of this link
     qint32 hostWriteMode;  ///< read: 2 sends a host write to the PLC, else it is cached only
-    qint32 scanComplete;   ///< written: 1 after a whole scan without a failure
+    qint32 scanComplete;   ///< written: 1 after a whole scan without a failure and while there is
+                           ///< nothing to read, 0 after a failed attempt and a rebuilt list
     qint32 portTag;        ///< read: first argument of the once-read callback
 };
 
@@ -110,7 +112,8 @@ typedef int (*OnceReadDone)(int portTag, int ownerId, int ownerSubId, int status
 typedef void (*OwnerNotify)(QList<RW_VAR> *out, int ownerId, int flag);
 
 #define KVT_ASSERT_WORD(field, index)                                                              \
-    static_assert(offsetof(ComInfo, field) == 4 * (index), "ComInfo: word out of place")
+    static_assert(offsetof(ComInfo, field) == sizeof(qint32) * (index),                            \
+                  "ComInfo: word out of place")
 KVT_ASSERT_WORD(hostWord0, 0);
 KVT_ASSERT_WORD(defaultStation, 6);
 KVT_ASSERT_WORD(retryLimit, 7);
@@ -125,7 +128,7 @@ KVT_ASSERT_WORD(localPlcNo, 15);
 KVT_ASSERT_WORD(hostWriteMode, 16);
 KVT_ASSERT_WORD(scanComplete, 17);
 KVT_ASSERT_WORD(portTag, 18);
-static_assert(sizeof(ComInfo) == 4 * 19, "ComInfo: nineteen words");
+static_assert(sizeof(ComInfo) == sizeof(qint32) * 19, "ComInfo: nineteen words");
 #undef KVT_ASSERT_WORD
 
 #endif

@@ -1,6 +1,7 @@
 #include "driver/result_codes.h"
 
 #include "driver/driver_object.h"
+#include "driver/wrapping.h"
 
 namespace
 {
@@ -17,7 +18,7 @@ int SwitchErrorReturn(int base)
         requester = PLC_driver.pendingFrames.first().var.ownerId;
     if (requester < 0 || requester >= REQUESTERS)
         requester = 0;
-    return base + requester + 1;
+    return wrappingSum(base, requester + 1);
 }
 
 int GetDriverReturnValue(int reason)

@@ -4,6 +4,7 @@
 #include "driver/driver_object.h"
 #include "protocol/read_frames.h"
 #include "protocol/write_frames.h"
+#include "varlist/read_list.h"
 
 #include <QtCore/QMutexLocker>
 
@@ -56,12 +57,13 @@ void serveOnceRead()
 
 // Brings an entry whose station is polled to the head; false when there is none, after one full
 // turn that leaves the order as it was.
-bool rotateToEnabledStation(QList<RW_VAR> &list)
+bool rotateToEnabledStation()
 {
+    const QList<RW_VAR> &list = PLC_driver.readList;
     for (int moves = list.size(); moves > 0; --moves) {
         if (!Ethernetcontains(list.first().station))
             return true;
-        list.append(list.takeFirst());
+        rotateReadList();
     }
     return !Ethernetcontains(list.first().station);
 }
@@ -75,7 +77,7 @@ void serveCyclicRead()
         return;
     }
     PLC_driver.lastKind = KIND_CYCLIC_READ;
-    if (!rotateToEnabledStation(PLC_driver.readList))
+    if (!rotateToEnabledStation())
         return;
     buildRead(&PLC_driver.readList.first());
     PLC_driver.writeBurst = 0;

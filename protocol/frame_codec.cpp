@@ -4,19 +4,12 @@
 
 int DigitalToASCII(int value)
 {
-    // Unsigned, because a value far out of range would overflow; the result wraps.
-    return static_cast<int>(static_cast<quint32>(value) + (value <= 9 ? 0x30U : 0x37U));
+    return digitOf(value);
 }
 
 int ASCIIToDigital(int code)
 {
-    if (code <= 0x2F)
-        return 0;
-    if (code <= 0x3F)
-        return code - 0x30;
-    if (code == 0x40)
-        return 0;
-    return code - 0x37;
+    return nibbleOf(code);
 }
 
 int CheckGetData(QByteArray *reply, int received)

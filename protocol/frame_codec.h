@@ -21,6 +21,20 @@ Q_DECL_EXPORT int DigitalToASCII(int value);
 /// and "@", give 0; everything above gives code - 0x37, lower case not folded. Any thread; no lock.
 Q_DECL_EXPORT int ASCIIToDigital(int code);
 
+/// Do what DigitalToASCII and ASCIIToDigital do, for the driver's own loops.
+inline int digitOf(int value)
+{
+    // Unsigned, because a value far out of range would overflow; the result wraps.
+    return static_cast<int>(static_cast<quint32>(value) + (value <= 9 ? 0x30U : 0x37U));
+}
+
+inline int nibbleOf(int code)
+{
+    if (code <= 0x2F || code == 0x40)
+        return 0;
+    return code <= 0x3F ? code - 0x30 : code - 0x37;
+}
+
 /// Judges the first `received` bytes of `reply` against the head of `pendingFrames`: REPLY_BAD
 /// when the last is not CR, the first is NAK, the array is shorter, or nothing was received; else
 /// REPLY_DATA for a read, REPLY_ACKNOWLEDGE for a write, REPLY_BAD for any other kind and when no

@@ -29,7 +29,7 @@ int localBlockSelect()
 void queueRead(const RW_VAR &var, const AddressParts &parts, int nibble, const ExpectedReply &reply)
 {
     const int address = addressByte(parts.c, highNibble(nibble), 0);
-    queueFrame(startFrame(var.station, parts.a, address), var, reply);
+    queueFrame(requestFrame(var.station, parts.a, address, nullptr, 0), var, reply);
 }
 
 } // namespace

@@ -1,6 +1,6 @@
 // Builders of the read requests. Each appends one 8-byte frame to `pendingFrames` and tells the
 // host's block that one reply frame is awaited. Polling thread, with the list mutex held by the
-// caller; they take no lock of their own. `var` is not modified.
+// caller; they take no lock of their own. `var` is not null and not modified.
 #ifndef KVT_PROTOCOL_READ_FRAMES_H
 #define KVT_PROTOCOL_READ_FRAMES_H
 

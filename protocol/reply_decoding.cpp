@@ -3,8 +3,8 @@
 #include "cache/value_cache.h"
 #include "driver/byte_access.h"
 #include "driver/driver_object.h"
+#include "driver/wrapping.h"
 #include "protocol/frame_codec.h"
-#include "varlist/address_text.h"
 
 namespace
 {
@@ -12,34 +12,42 @@ namespace
 // Index of the first data digit in the replies of areas X and D.
 const int DATA_START = 3;
 
-char byteAt(const QByteArray &reply, int index)
+inline char fromDigits(quint8 high, quint8 low)
 {
-    const int high = ASCIIToDigital(byteOrZero(reply, index));
-    const int low = ASCIIToDigital(byteOrZero(reply, index + 1));
-    return static_cast<char>((high * 16 + low) & 0xFF);
+    return static_cast<char>((nibbleOf(high) * 16 + nibbleOf(low)) & 0xFF);
+}
+
+// Digits beyond the end of the reply are zero bytes.
+inline char byteAt(const QByteArray &reply, int index)
+{
+    if (index < 0 || index >= reply.size() - 1)
+        return fromDigits(byteOrZero(reply, index), byteOrZero(reply, wrappingSum(index, 1)));
+    const char *const digits = reply.constData() + index;
+    return fromDigits(static_cast<quint8>(digits[0]), static_cast<quint8>(digits[1]));
 }
 
 void storeByte(QByteArray &data, char value)
 {
-    data.resize(1);
-    data[0] = value;
+    if (data.size() != 1)
+        data.resize(1);
+    *data.data() = value;
 }
 
 void storeWord(const RW_VAR &var, const QByteArray &reply)
 {
     QByteArray &data = cachedData(var.station, AREA_D, var.address);
-    data.resize(2);
-    data[0] = byteAt(reply, DATA_START + 2);
-    data[1] = byteAt(reply, DATA_START);
+    if (data.size() != 2)
+        data.resize(2);
+    char *const word = data.data();
+    word[0] = byteAt(reply, DATA_START + 2);
+    word[1] = byteAt(reply, DATA_START);
 }
 
 void storeBlock(const RW_VAR &var, const QByteArray &reply, int start)
 {
-    for (int k = 0; k < BLOCK_ELEMENTS; ++k) {
-        const int digit = start + 2 * k;
-        storeByte(cachedData(var.station, AREA_C, addressPlus(var.address, k)),
-                  digit < reply.size() ? byteAt(reply, digit) : '\0');
-    }
+    CachedRun run = cachedRun(var.station, AREA_C, var.address, BLOCK_ELEMENTS);
+    for (int k = 0; k < BLOCK_ELEMENTS; ++k)
+        storeByte(nextData(run), byteAt(reply, wrappingSum(start, 2 * k)));
 }
 
 } // namespace

@@ -5,10 +5,10 @@
 #include <QtCore/QByteArray>
 #include <QtCore/QtGlobal>
 
-/// Decodes `reply`, the answer to the head of `pendingFrames`, into the records of its variable:
-/// one byte for X, one word for D, BLOCK_ELEMENTS records of a byte for C; any other area stores
-/// nothing. Digits are not validated; bytes beyond the end read as 0. Without a pending frame
-/// nothing happens. Polling thread; takes no lock, the caller holds the area mutex.
+/// Decodes `reply` (not null), the answer to the head of `pendingFrames`, into the records of its
+/// variable: one byte for X, one word for D, BLOCK_ELEMENTS records of a byte for C; any other area
+/// stores nothing. Digits are not validated; bytes beyond the end read as 0. Without a pending
+/// frame nothing happens. Polling thread; takes no lock, the caller holds the area mutex.
 Q_DECL_EXPORT void SaveToLocalDataErea(QByteArray *reply);
 
 #endif

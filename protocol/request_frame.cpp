@@ -6,7 +6,15 @@
 namespace
 {
 
-const int LONGEST_FRAME = 12; // the write of a word
+const int LENGTH_WITHOUT_VALUE = 8;
+
+// Returns where the next digits go.
+char *putByteDigits(char *at, int value)
+{
+    at[0] = static_cast<char>(digitOf((value >> 4) & 0x0F));
+    at[1] = static_cast<char>(digitOf(value & 0x0F));
+    return at + 2;
+}
 
 } // namespace
 
@@ -25,26 +33,21 @@ int addressByte(int part3, int high, int writeBit)
     return selector;
 }
 
-void appendByteDigits(QByteArray &frame, int value)
+QByteArray requestFrame(int station, int command, int address, const quint8 *value, int count)
 {
-    frame.append(static_cast<char>(DigitalToASCII((value >> 4) & 0x0F)));
-    frame.append(static_cast<char>(DigitalToASCII(value & 0x0F)));
-}
-
-QByteArray startFrame(int station, int command, int address)
-{
-    QByteArray frame;
-    frame.reserve(LONGEST_FRAME);
-    frame.append(ENQ);
-    appendByteDigits(frame, station);
-    appendByteDigits(frame, command);
-    appendByteDigits(frame, address);
+    QByteArray frame(LENGTH_WITHOUT_VALUE + 2 * count, CR);
+    char *next = frame.data();
+    *next++ = ENQ;
+    next = putByteDigits(next, station);
+    next = putByteDigits(next, command);
+    next = putByteDigits(next, address);
+    for (int i = 0; i < count; ++i)
+        next = putByteDigits(next, value[i]);
     return frame;
 }
 
-void queueFrame(QByteArray frame, const RW_VAR &var, const ExpectedReply &reply)
+void queueFrame(const QByteArray &frame, const RW_VAR &var, const ExpectedReply &reply)
 {
-    frame.append(CR);
     PLC_driver.pendingFrames.append(Protocol());
     Protocol &request = PLC_driver.pendingFrames.last();
     request.frame = frame;

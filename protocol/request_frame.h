@@ -19,15 +19,13 @@ int highNibble(int value);
 /// `high` + 8 and `high`, plus `writeBit`; any other is the address byte itself (low 8 bits).
 int addressByte(int part3, int high, int writeBit);
 
-/// Appends `value` (low 8 bits) as two hexadecimal digits.
-void appendByteDigits(QByteArray &frame, int value);
+/// Returns a whole frame: ENQ, `station`, `command`, `address` and the `count` bytes of `value`,
+/// CR; the low 8 bits of each number as two hexadecimal digits. `value` may be null when `count` is
+/// 0.
+QByteArray requestFrame(int station, int command, int address, const quint8 *value, int count);
 
-/// Returns a frame as far as its address byte: ENQ, `station`, `command`, `address`, the low 8 bits
-/// of each as two digits.
-QByteArray startFrame(int station, int command, int address);
-
-/// Ends `frame` with CR, appends it to `pendingFrames` with a copy of `var`, and tells the host's
-/// block that one reply is awaited. Polling thread, list mutex held by the caller.
-void queueFrame(QByteArray frame, const RW_VAR &var, const ExpectedReply &reply);
+/// Appends `frame` to `pendingFrames` with a copy of `var`, and tells the host's block that one
+/// reply is awaited. Polling thread, list mutex held by the caller.
+void queueFrame(const QByteArray &frame, const RW_VAR &var, const ExpectedReply &reply);
 
 #endif

@@ -12,11 +12,11 @@ namespace
 const int WRITE_BIT = 1;
 const ExpectedReply ACKNOWLEDGE = {6, 0, 0};
 
-QByteArray startWrite(const RW_VAR &var)
+void queueWrite(const RW_VAR &var, const quint8 *value, int count)
 {
     const AddressParts parts = addressParts(var.addressText);
     const int address = addressByte(parts.c, highNibble(parts.b), WRITE_BIT);
-    return startFrame(var.station, parts.a, address);
+    queueFrame(requestFrame(var.station, parts.a, address, value, count), var, ACKNOWLEDGE);
 }
 
 // The one write that sends only its address: command 18, nibble 1, compared as texts and not as
@@ -45,17 +45,12 @@ void WriteRegister(RW_VAR *var)
 
 void WriteAnalog_X(RW_VAR *var)
 {
-    QByteArray frame = startWrite(*var);
-    appendByteDigits(frame, byteOrZero(var->data, 0));
-    queueFrame(frame, *var, ACKNOWLEDGE);
+    const quint8 value = byteOrZero(var->data, 0);
+    queueWrite(*var, &value, 1);
 }
 
 void WriteAnalog_D(RW_VAR *var)
 {
-    QByteArray frame = startWrite(*var);
-    if (!isWithoutValue(var->addressText)) {
-        appendByteDigits(frame, byteOrZero(var->data, 1));
-        appendByteDigits(frame, byteOrZero(var->data, 0));
-    }
-    queueFrame(frame, *var, ACKNOWLEDGE);
+    const quint8 value[] = {byteOrZero(var->data, 1), byteOrZero(var->data, 0)};
+    queueWrite(*var, value, isWithoutValue(var->addressText) ? 0 : 2);
 }

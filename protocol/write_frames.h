@@ -1,5 +1,5 @@
 // Builders of the write requests. Polling thread, with the list mutex held by the caller.
-// `var` is not modified; value bytes that it lacks are sent as 0.
+// `var` is not null and not modified; value bytes that it lacks are sent as 0.
 #ifndef KVT_PROTOCOL_WRITE_FRAMES_H
 #define KVT_PROTOCOL_WRITE_FRAMES_H
 

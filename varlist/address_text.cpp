@@ -1,5 +1,7 @@
 #include "varlist/address_text.h"
 
+#include <algorithm>
+
 namespace
 {
 
@@ -10,21 +12,24 @@ const quint32 NIBBLE_WEIGHT = 2;
 const quint32 BLOCK_WEIGHT = 160;
 const quint32 HALF_BLOCK_WEIGHT = 80;
 
+const QLatin1Char SEPARATOR('.');
+
 // So many digits cannot overflow an int.
 const int SAFE_DIGITS = 9;
 
-// The text from `start` to `end` as QString::toInt reads it. Plain digits, which nearly every part
-// is made of, are read in place; whatever is odd is left to toInt itself.
-int partValue(const QString &text, int start, int end)
+// Reads the part that begins at `at` as QString::toInt does, and leaves `at` at the separator or
+// the end behind it. Plain digits, which nearly every part is made of, are read in place; whatever
+// is odd is left to toInt itself.
+int readPart(const QChar *&at, const QChar *end)
 {
-    int value = 0;
-    for (int i = start; i < end; ++i) {
-        const ushort code = text.at(i).unicode();
-        if (code < '0' || code > '9' || end - start > SAFE_DIGITS)
-            return text.mid(start, end - start).toInt();
-        value = 10 * value + (code - '0');
-    }
-    return value;
+    const QChar *const start = at;
+    quint32 value = 0;
+    for (; at != end && at->unicode() >= '0' && at->unicode() <= '9'; ++at)
+        value = 10 * value + at->unicode() - '0';
+    if ((at == end || *at == SEPARATOR) && at - start <= SAFE_DIGITS)
+        return static_cast<int>(value);
+    at = std::find(at, end, SEPARATOR);
+    return QString(start, static_cast<int>(at - start)).toInt();
 }
 
 quint32 weighted(int part, quint32 weight)
@@ -53,15 +58,14 @@ int numericAddress(int areaType, const QString &addressText)
 
 AddressParts addressParts(const QString &addressText)
 {
-    const QChar separator = QLatin1Char('.');
     int values[4] = {0, 0, 0, 0};
-    int start = 0;
-    for (int i = 0; i < 4 && start <= addressText.size(); ++i) {
-        int end = start;
-        while (end < addressText.size() && addressText.at(end) != separator)
-            ++end;
-        values[i] = partValue(addressText, start, end);
-        start = end + 1;
+    const QChar *at = addressText.constData();
+    const QChar *const end = at + addressText.size();
+    for (int i = 0; i < 4; ++i) {
+        values[i] = readPart(at, end);
+        if (at == end)
+            break;
+        ++at;
     }
     const AddressParts parts = {values[0], values[1], values[2], values[3]};
     return parts;
@@ -70,11 +74,6 @@ AddressParts addressParts(const QString &addressText)
 int blockStartAddress(const QString &addressText)
 {
     return static_cast<int>(blockStart(addressParts(addressText)));
-}
-
-int addressPlus(int address, int offset)
-{
-    return static_cast<int>(static_cast<quint32>(address) + static_cast<quint32>(offset));
 }
 
 int StringAddressToInt(int areaType, QString addressText)

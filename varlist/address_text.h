@@ -23,7 +23,4 @@ AddressParts addressParts(const QString &addressText);
 /// in: b*160 + c*80 for "a.b.c.d".
 int blockStartAddress(const QString &addressText);
 
-/// Returns `address` + `offset`, wrapping at 32 bits as the target's processor does.
-int addressPlus(int address, int offset);
-
 #endif

@@ -14,6 +14,9 @@ namespace
 // 255 and not 256: station 255 of an area and station 0 of the next form one group.
 const int GROUP_STRIDE = 255;
 
+// Moving the entry itself costs as much as moving the pointers to so many entries.
+const int SHORT_LIST = 256;
+
 RW_VAR entryTemplate()
 {
     RW_VAR entry;
@@ -72,6 +75,15 @@ void Bubble_Sort(QList<RW_VAR> *list)
     std::stable_sort(list->begin(), list->end(), lowerAddress);
 }
 
+void rotateReadList()
+{
+    QList<RW_VAR> &list = PLC_driver.readList;
+    if (list.size() <= SHORT_LIST)
+        list.move(0, list.size() - 1);
+    else
+        list.append(list.takeFirst());
+}
+
 int ReCreatReadVarList(QList<HOST_VAR> *hostVars) noexcept
 {
     QMutexLocker lock(&PLC_driver.listMutex);
@@ -82,8 +94,8 @@ int ReCreatReadVarList(QList<HOST_VAR> *hostVars) noexcept
     PLC_driver.scanCount = 0;
     PLC_driver.comInfo->scanComplete = 0;
     RW_VAR entry = entryTemplate();
-    QMultiMap<int, RW_VAR> groups;
-    QList<int> keys; // in the order first met
+    QMap<int, QList<RW_VAR>> groups; // newest first
+    QList<int> keys;                 // in the order first met
     for (int i = 0; i < hostVars->size(); ++i) {
         const HOST_VAR &hostVar = hostVars->at(i);
         const int address = StringAddressToInt(hostVar.areaType, hostVar.addressText);
@@ -91,12 +103,13 @@ int ReCreatReadVarList(QList<HOST_VAR> *hostVars) noexcept
             continue;
         fillEntry(entry, hostVar, address);
         const int key = entry.areaType * GROUP_STRIDE + entry.station;
-        if (!groups.contains(key))
+        QList<RW_VAR> &group = groups[key];
+        if (group.isEmpty())
             keys.append(key);
-        groups.insert(key, entry);
+        group.prepend(entry);
     }
     for (int i = 0; i < keys.size(); ++i) {
-        QList<RW_VAR> group = groups.values(keys.at(i)); // newest first
+        QList<RW_VAR> &group = groups[keys.at(i)];
         Bubble_Sort(&group);
         Add_AddListReadVar(&group);
     }

@@ -1,4 +1,5 @@
-// The cyclic read list. Its entry points are ReCreatReadVarList and AddListReadVar.
+// The cyclic read list. Its entry points are ReCreatReadVarList and AddListReadVar. Pointers are
+// not null but for the hooks, which look at none.
 #ifndef KVT_VARLIST_READ_LIST_H
 #define KVT_VARLIST_READ_LIST_H
 
@@ -11,6 +12,10 @@ Q_DECL_EXPORT int Add_AddListReadVar(QList<RW_VAR> *group);
 
 /// Sorts `list` by rising address; equal addresses keep their order. Any thread; no lock.
 Q_DECL_EXPORT void Bubble_Sort(QList<RW_VAR> *list);
+
+/// Moves the head of the read list, which is not empty, to its end. The caller holds the list
+/// mutex.
+void rotateReadList();
 
 /// Hook for grouping: returns its first argument and touches nothing.
 Q_DECL_EXPORT int WhetherGroup(int current, int limit, RW_VAR *var, QList<RW_VAR> *group);

@@ -74,17 +74,15 @@ int AddListWriteVar(RW_VAR *var, int mode) noexcept
 int AddListOnceReadVar(RW_VAR *var, int mode) noexcept
 {
     QList<RW_VAR> &queue = PLC_driver.onceReadList;
-    if (var && mode != APPEND_UNCHANGED) {
-        const int address = StringAddressToInt(var->areaType, var->addressText);
-        if (address < 0)
-            return 0;
-        amendOnceRead(*var, address);
+    if (!var || mode == APPEND_UNCHANGED) {
+        QMutexLocker lock(&PLC_driver.listMutex);
+        return var ? append(queue, *var) : queue.size();
     }
+    const int address = StringAddressToInt(var->areaType, var->addressText);
+    if (address < 0)
+        return 0;
+    amendOnceRead(*var, address);
     QMutexLocker lock(&PLC_driver.listMutex);
-    if (!var)
-        return queue.size();
-    if (mode == APPEND_UNCHANGED)
-        return append(queue, *var);
     for (int i = 0; i < queue.size(); ++i) {
         if (isSameRequest(queue.at(i), *var))
             return queue.size();

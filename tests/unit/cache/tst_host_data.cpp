@@ -60,6 +60,17 @@ private Q_SLOTS:
         QCOMPARE(PLC_driver.onceReadList.size(), 0);
     }
 
+    void cachedValuesDoNotStandInTheHostsMemory()
+    {
+        char memory[] = {0x34, 0x12};
+        QByteArray value = QByteArray::fromRawData(memory, 2);
+        QCOMPARE(SetRegisterData(QString(), AREA_D, QStringLiteral("0.0.1"), 4, value, 1, 0, 0), 1);
+        memory[0] = 0x55;
+        QByteArray out;
+        QCOMPARE(GetRegisterData(QString(), AREA_D, QStringLiteral("0.0.1"), 4, out, 1), 1);
+        QCOMPARE(out, bytes("34 12"));
+    }
+
     void storedBitsKeepTheirFirstByteAndWordsBoth_data()
     {
         QTest::addColumn<int>("kind");

@@ -15,8 +15,8 @@
 namespace
 {
 
-const int TEXTS = 2000000;
-const int FRAMES = 200000;
+const int TEXTS = draws(2000000);
+const int FRAMES = draws(200000);
 
 quint16 blockSelect[50001] = {};
 

@@ -16,7 +16,7 @@
 namespace
 {
 
-const int STEPS = 400000;
+const int STEPS = draws(400000);
 
 // So many steps lie between two comparisons of the whole list.
 const int STEPS_BETWEEN = 50;

@@ -6,6 +6,16 @@
 
 #include <random>
 
+/// `count`, or a tenth of it in a build that is not optimised, as that for the sanitizers.
+constexpr int draws(int count)
+{
+#ifdef __OPTIMIZE__
+    return count;
+#else
+    return count / 10;
+#endif
+}
+
 /// Draws numbers from a seed that it prints.
 class Draw
 {

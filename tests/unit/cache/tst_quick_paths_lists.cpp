@@ -12,8 +12,8 @@
 namespace
 {
 
-const int LISTS = 2000;
-const int REQUESTS = 200000;
+const int LISTS = draws(1000);
+const int REQUESTS = draws(50000);
 const int QUEUE_LIMIT = 1024;
 
 int plainPart(const QString &text, int index)

@@ -121,8 +121,19 @@ private Q_SLOTS:
     {
         PLC_driver.extendVars << EXTENDVAR{1, 1, 5, bytes("01")} << EXTENDVAR{1, 1, 7, bytes("02")}
                               << EXTENDVAR{1, 1, 7, bytes("03")};
-        QCOMPARE(ExtendFindSameVar(1, 1, 7), 1);
+        for (int i = 0; i < 3; ++i)
+            QCOMPARE(ExtendFindSameVar(1, 1, 7), 1);
         QCOMPARE(PLC_driver.extendVars.size(), 3);
+    }
+
+    void aRecordPutInFrontIsFoundInsteadOfItsTwin()
+    {
+        QCOMPARE(ExtendFindSameVar(1, 1, 5), 0);
+        QCOMPARE(ExtendFindSameVar(1, 1, 7), 1);
+        PLC_driver.extendVars.prepend(EXTENDVAR{1, 1, 7, bytes("03")});
+        QCOMPARE(ExtendFindSameVar(1, 1, 5), 1);
+        QCOMPARE(ExtendFindSameVar(1, 1, 7), 0);
+        QCOMPARE(ExtendFindSameVar(1, 1, 7), 0);
     }
 
     void theLookupTakesNoLock()

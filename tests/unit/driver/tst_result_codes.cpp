@@ -32,6 +32,8 @@ private Q_SLOTS:
             QTest::addRow("requester %d", ownerId) << ownerId << 1;
     }
 
+    void baseNearTheHighestNumberWraps() { QCOMPARE(SwitchErrorReturn(INT_MAX), INT_MIN); }
+
     void requesterSelectsTheOffset()
     {
         QFETCH(int, ownerId);

@@ -119,6 +119,9 @@ void TestBlockDecoding::blockStartsWhereItsFrameSays_data()
     QTest::newRow("two thousand million") << 2000000000 << QByteArray();
     QTest::newRow("-1") << -1 << bytes("00 01 12 34 AB");
     QTest::newRow("-2") << -2 << bytes("00 00 11 23 4A B0");
+    for (const int below : {0, 1, 2, 137, 138, 139})
+        QTest::addRow("%d below the highest", below)
+            << std::numeric_limits<int>::max() - below << QByteArray();
     QTest::newRow("lowest") << std::numeric_limits<int>::min() << QByteArray();
 }
 

@@ -1,0 +1,50 @@
+# The Qt to build with. Sets KVT_QT_CORE and KVT_QT_TEST to the targets to link.
+#   KVT_QT=5        Qt 5.15: library, tests, host, simulator and programs
+#   KVT_QT=4        Qt 4.8: library and unit tests, with a Qt that CMake finds by its qmake, or with
+#   KVT_QT4_ROOT=D  one that lies below D as include/, lib/libQtCore.so and, for the unit tests,
+#                   lib/libQtTest.so and bin/moc (a program of the machine that builds)
+set(KVT_QT 5 CACHE STRING "Qt to build with, 5 or 4")
+set_property(CACHE KVT_QT PROPERTY STRINGS 5 4)
+set(KVT_QT4_ROOT "" CACHE PATH "Where the Qt 4.8 lies that CMake cannot find by itself")
+
+function(kvt_import_qt4 module)
+  set(library "${KVT_QT4_ROOT}/lib/libQt${module}.so")
+  set(headers "${KVT_QT4_ROOT}/include/Qt${module}")
+  foreach(path IN ITEMS "${library}" "${headers}")
+    if(NOT EXISTS "${path}")
+      message(FATAL_ERROR "KVT_QT4_ROOT: there is no ${path}")
+    endif()
+  endforeach()
+  add_library(Qt4::Qt${module} SHARED IMPORTED GLOBAL)
+  set_target_properties(Qt4::Qt${module} PROPERTIES
+    IMPORTED_LOCATION "${library}"
+    INTERFACE_INCLUDE_DIRECTORIES "${KVT_QT4_ROOT}/include;${headers}")
+endfunction()
+
+if(KVT_QT EQUAL 5)
+  find_package(Qt5 5.15 REQUIRED COMPONENTS Core)
+  if(KVT_BUILD_TESTS)
+    find_package(Qt5 5.15 REQUIRED COMPONENTS Test)
+  endif()
+  set(KVT_QT_CORE Qt5::Core)
+  set(KVT_QT_TEST Qt5::Test)
+elseif(KVT_QT EQUAL 4)
+  set(KVT_BUILD_TOOLS OFF) # they are written for Qt 5
+  set(KVT_QT_CORE Qt4::QtCore)
+  set(KVT_QT_TEST Qt4::QtTest)
+  if(KVT_QT4_ROOT)
+    kvt_import_qt4(Core)
+    if(KVT_BUILD_TESTS)
+      kvt_import_qt4(Test)
+      target_link_libraries(Qt4::QtTest INTERFACE Qt4::QtCore)
+      add_executable(Qt4::moc IMPORTED GLOBAL)
+      set_target_properties(Qt4::moc PROPERTIES IMPORTED_LOCATION "${KVT_QT4_ROOT}/bin/moc")
+      set(QT_VERSION_MAJOR 4)
+      set(QT_VERSION_MINOR 8)
+    endif()
+  else()
+    find_package(Qt4 4.8 REQUIRED COMPONENTS QtCore QtTest)
+  endif()
+else()
+  message(FATAL_ERROR "KVT_QT is ${KVT_QT}; it can be 5 or 4")
+endif()

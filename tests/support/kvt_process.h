@@ -1,0 +1,91 @@
+// The program kvt as a process of its own.
+#ifndef KVT_TESTS_SUPPORT_KVT_PROCESS_H
+#define KVT_TESTS_SUPPORT_KVT_PROCESS_H
+
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QProcess>
+
+#include <csignal>
+
+/// A run of kvt with its output. Waits are for what the program prints or for its end; the limit
+/// on them only keeps a failed test from hanging.
+class KvtProcess
+{
+public:
+    KvtProcess()
+    {
+        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+        environment.insert(QStringLiteral("LC_ALL"), QStringLiteral("C.UTF-8"));
+        process_.setProcessEnvironment(environment);
+    }
+    ~KvtProcess()
+    {
+        if (process_.state() != QProcess::NotRunning) {
+            process_.kill();
+            process_.waitForFinished(LIMIT_ms);
+        }
+    }
+
+    void start(const QStringList &arguments)
+    {
+        process_.start(QStringLiteral(KVT_PROGRAM), arguments);
+    }
+
+    /// The next line of standard output without its end; null when there will be none.
+    QByteArray readLine()
+    {
+        while (!process_.canReadLine())
+            if (!process_.waitForReadyRead(LIMIT_ms))
+                return QByteArray();
+        QByteArray line = process_.readLine();
+        line.chop(1);
+        return line;
+    }
+
+    /// The next line, as JSON; an empty object when it is none.
+    QJsonObject readObject() { return QJsonDocument::fromJson(readLine()).object(); }
+
+    /// The next line that contains `part`; null when there is none.
+    QByteArray readLineWith(const QByteArray &part)
+    {
+        QByteArray line = readLine();
+        while (!line.isNull() && !line.contains(part))
+            line = readLine();
+        return line;
+    }
+
+    bool isRunning() const { return process_.state() == QProcess::Running; }
+
+    /// What Ctrl-C sends.
+    void interrupt() { ::kill(static_cast<pid_t>(process_.processId()), SIGINT); }
+
+    /// Waits for the end. Returns the exit status; -1 when it crashed or did not end.
+    int finish()
+    {
+        const bool over =
+            process_.state() == QProcess::NotRunning || process_.waitForFinished(LIMIT_ms);
+        return over && process_.exitStatus() == QProcess::NormalExit ? process_.exitCode() : -1;
+    }
+
+    /// Runs to the end. Returns the exit status.
+    int run(const QStringList &arguments)
+    {
+        start(arguments);
+        return finish();
+    }
+
+    /// All of standard output that has not been read.
+    QByteArray output() { return process_.readAllStandardOutput(); }
+    QByteArray errors() { return process_.readAllStandardError(); }
+
+    /// The same, as one JSON object; empty when it is none.
+    QJsonObject outputObject() { return QJsonDocument::fromJson(output()).object(); }
+
+private:
+    static constexpr int LIMIT_ms = 30000;
+
+    QProcess process_;
+};
+
+#endif

@@ -1,0 +1,383 @@
+// Every way in which a reply can end.
+#include "tests/support/engine_bench.h"
+
+#include <QtTest>
+
+using namespace kvt;
+
+namespace
+{
+
+const QVector<BenchVariable> TWO_WORDS = {{AREA_D, 1, "5.2.1"}, {AREA_D, 1, "5.3.1"}};
+
+const QByteArray FIRST_REQUEST("\x05"
+                               "010528\r");
+const QByteArray SECOND_REQUEST("\x05"
+                                "010538\r");
+const QByteArray REPLY("\x06"
+                       "011234\r");
+const QByteArray REFUSAL("\x15"
+                         "0103\r");
+
+} // namespace
+
+class TestExchangeEngine : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void aReplyIsCompleteAtItsExpectedLength();
+    void aReplyMayArriveInPieces();
+    void theNextRequestLeavesInTheSameCall();
+    void theRotationComesRound();
+    void aReplyIsCompleteAtCarriageReturn();
+    void carriageReturnEndsNothingInRemoteMode();
+    void noReplyEndsAtTheTimeout();
+    void theTimeoutOfABlockCountsItsLength();
+    void aReplyThatHasBegunIsNotCutOffAtTheTimeout();
+    void aGapInsideAReplyEndsIt();
+    void aReplyWithoutCarriageReturnFails();
+    void aRefusalIsRepeatedWithoutSilence();
+    void aFailedAttemptIsRepeatedUpToTheLimit();
+    void aStationCanHaveTimingOfItsOwn();
+    void aGapAfterTheReplyIsKeptWhereAStationNeedsOne();
+    void anyLengthEndsAtCarriageReturn();
+    void anyLengthEndsAtAGap();
+    void noExpectedReplyEndsAtOnce();
+    void anIdleEngineAsksAgain();
+    void anIdleEngineIsWokenUpByAnyCall();
+    void sixWritesInARowLeaveWithoutAPause();
+    void callsBeforeTheDeadlineChangeNothing();
+    void sentMayBeToldInAdvance();
+};
+
+void TestExchangeEngine::aReplyIsCompleteAtItsExpectedLength()
+{
+    EngineBench bench(TWO_WORDS);
+    QVERIFY2(bench.library.isLoaded(), qPrintable(bench.error));
+    bench.bringUp();
+    QCOMPARE(bench.send(), FIRST_REQUEST);
+    bench.receive(10, REPLY);
+    QCOMPARE(bench.log.ended.size(), 1);
+    QCOMPARE(bench.log.ended[0].end, AttemptEnd::Replied);
+    QCOMPARE(bench.log.ended[0].resultCode, 1);
+    QCOMPARE(bench.log.ended[0].receivedBytes, 8);
+    QCOMPARE(bench.log.ended[0].number, 1);
+    QCOMPARE(bench.log.ended[0].endedAt_ns - bench.log.ended[0].sentAt_ns, 10 * EngineBench::MS);
+    QCOMPARE(bench.word(1, "5.2.1"), QByteArray::fromHex("3412"));
+}
+
+void TestExchangeEngine::aReplyMayArriveInPieces()
+{
+    EngineBench bench(TWO_WORDS);
+    bench.bringUp();
+    bench.send();
+    for (int i = 0; i < REPLY.size(); ++i) {
+        QCOMPARE(bench.log.ended.size(), 0);
+        bench.receive(3, REPLY.mid(i, 1));
+    }
+    QCOMPARE(bench.log.ended.size(), 1);
+    QCOMPARE(bench.log.ended[0].resultCode, 1);
+}
+
+void TestExchangeEngine::theNextRequestLeavesInTheSameCall()
+{
+    EngineBench bench(TWO_WORDS);
+    bench.bringUp();
+    bench.send();
+    bench.receive(10, REPLY);
+    QCOMPARE(bench.take(), SECOND_REQUEST);
+    QCOMPARE(bench.take(), QByteArray());
+    QCOMPARE(bench.engine->deadline_ns(), NEVER);
+}
+
+void TestExchangeEngine::theRotationComesRound()
+{
+    EngineBench bench(TWO_WORDS);
+    bench.bringUp();
+    QVector<QByteArray> requests;
+    for (int i = 0; i < 4; ++i) {
+        requests.append(bench.send());
+        bench.receive(8, REPLY);
+    }
+    const QVector<QByteArray> expected = {FIRST_REQUEST, SECOND_REQUEST, FIRST_REQUEST,
+                                          SECOND_REQUEST};
+    QCOMPARE(requests, expected);
+    QCOMPARE(bench.log.chosen.size(), 5);
+}
+
+void TestExchangeEngine::aReplyIsCompleteAtCarriageReturn()
+{
+    EngineBench bench(TWO_WORDS, 0);
+    bench.bringUp();
+    bench.send();
+    bench.receive(5, QByteArray("\x06"
+                                "01\r"));
+    QCOMPARE(bench.log.ended.size(), 1);
+    QCOMPARE(bench.log.ended[0].end, AttemptEnd::Replied);
+    QCOMPARE(bench.log.ended[0].resultCode, 71);
+    // More may follow what is too short.
+    QCOMPARE(bench.take(), QByteArray());
+    QCOMPARE(bench.left_ms(), 58);
+}
+
+void TestExchangeEngine::carriageReturnEndsNothingInRemoteMode()
+{
+    EngineBench bench(TWO_WORDS);
+    bench.settings.remoteMode = true;
+    bench.info.remoteMode = 1;
+    bench.bringUp();
+    const QByteArray envelope = bench.send();
+    QCOMPARE(envelope.size(), 22);
+    bench.receive(2, QByteArray("\r\r\r1234"));
+    QCOMPARE(bench.log.ended.size(), 0);
+    bench.receive(1, QByteArray("\r"));
+    QCOMPARE(bench.log.ended.size(), 1);
+    QCOMPARE(bench.log.ended[0].resultCode, 1);
+    QVERIFY(!bench.log.ended[0].doubtful);
+}
+
+void TestExchangeEngine::noReplyEndsAtTheTimeout()
+{
+    EngineBench bench(TWO_WORDS, 0);
+    bench.bringUp();
+    bench.send();
+    QCOMPARE(bench.left_ms(), 58);
+    bench.passDeadline();
+    QCOMPARE(bench.log.ended.size(), 1);
+    QCOMPARE(bench.log.ended[0].end, AttemptEnd::NoReply);
+    QCOMPARE(bench.log.ended[0].resultCode, 41);
+    QCOMPARE(bench.take(), QByteArray());
+    QCOMPARE(bench.left_ms(), 58);
+    bench.passDeadline();
+    QCOMPARE(bench.take(), SECOND_REQUEST);
+}
+
+void TestExchangeEngine::theTimeoutOfABlockCountsItsLength()
+{
+    EngineBench bench({{AREA_C, 1, "7.0.1.4"}});
+    bench.bringUp();
+    bench.send();
+    QCOMPARE(bench.left_ms(), 50 + 144);
+}
+
+void TestExchangeEngine::aReplyThatHasBegunIsNotCutOffAtTheTimeout()
+{
+    EngineBench bench(TWO_WORDS);
+    bench.bringUp();
+    bench.send();
+    bench.receive(57, REPLY.left(4));
+    QCOMPARE(bench.left_ms(), 4);
+    bench.receive(3, REPLY.mid(4));
+    QCOMPARE(bench.log.ended.size(), 1);
+    QCOMPARE(bench.log.ended[0].resultCode, 1);
+}
+
+void TestExchangeEngine::aGapInsideAReplyEndsIt()
+{
+    EngineBench bench(TWO_WORDS, 0);
+    bench.bringUp();
+    bench.send();
+    bench.receive(5, REPLY.left(7));
+    QCOMPARE(bench.left_ms(), 4);
+    bench.passDeadline();
+    QCOMPARE(bench.log.ended.size(), 1);
+    QCOMPARE(bench.log.ended[0].end, AttemptEnd::BrokenOff);
+    QCOMPARE(bench.log.ended[0].resultCode, 71);
+    QCOMPARE(bench.log.ended[0].receivedBytes, 7);
+    QCOMPARE(bench.left_ms(), 58);
+}
+
+void TestExchangeEngine::aReplyWithoutCarriageReturnFails()
+{
+    EngineBench bench(TWO_WORDS, 0);
+    bench.bringUp();
+    bench.send();
+    bench.receive(8, QByteArray("\x06"
+                                "01123456"));
+    QCOMPARE(bench.log.ended.size(), 1);
+    QCOMPARE(bench.log.ended[0].resultCode, 41);
+    QCOMPARE(bench.log.stale, 1);
+    QCOMPARE(bench.word(1, "5.2.1"), QByteArray::fromHex("0000"));
+}
+
+void TestExchangeEngine::aRefusalIsRepeatedWithoutSilence()
+{
+    EngineBench bench(TWO_WORDS, 1);
+    bench.bringUp();
+    bench.send();
+    bench.receive(6, REFUSAL);
+    QCOMPARE(bench.log.ended[0].end, AttemptEnd::Refused);
+    QCOMPARE(bench.log.ended[0].resultCode, 0);
+    QCOMPARE(bench.send(), FIRST_REQUEST);
+    bench.receive(6, REFUSAL);
+    QCOMPARE(bench.log.ended[1].number, 2);
+    QCOMPARE(bench.log.ended[1].resultCode, 71);
+    QCOMPARE(bench.take(), SECOND_REQUEST);
+}
+
+void TestExchangeEngine::aFailedAttemptIsRepeatedUpToTheLimit()
+{
+    EngineBench bench(TWO_WORDS, 2);
+    bench.bringUp();
+    for (int attempt = 1; attempt <= 3; ++attempt) {
+        QCOMPARE(bench.send(), FIRST_REQUEST);
+        bench.passDeadline();
+        QCOMPARE(bench.log.ended.last().number, attempt);
+        QCOMPARE(bench.log.ended.last().resultCode, attempt < 3 ? 0 : 41);
+        bench.passDeadline();
+    }
+    QCOMPARE(bench.send(), SECOND_REQUEST);
+    QCOMPARE(bench.log.chosen.size(), 2);
+}
+
+void TestExchangeEngine::aStationCanHaveTimingOfItsOwn()
+{
+    EngineBench bench({{AREA_D, 1, "5.2.1"}, {AREA_D, 2, "5.2.1"}}, 0);
+    StationTiming slow;
+    slow.replyTimeout_ns = 700 * EngineBench::MS;
+    slow.quietTime_ns = 300 * EngineBench::MS;
+    bench.settings.stations.insert(2, slow);
+    bench.bringUp();
+    bench.send();
+    QCOMPARE(bench.left_ms(), 58);
+    bench.receive(8, REPLY);
+    bench.send();
+    QCOMPARE(bench.left_ms(), 700);
+    bench.passDeadline();
+    QCOMPARE(bench.left_ms(), 300);
+}
+
+void TestExchangeEngine::aGapAfterTheReplyIsKeptWhereAStationNeedsOne()
+{
+    EngineBench bench({{AREA_D, 1, "5.2.1"}, {AREA_D, 2, "5.2.1"}});
+    StationTiming slow;
+    slow.gapAfterReply_ns = 7 * EngineBench::MS;
+    bench.settings.stations.insert(1, slow);
+    bench.bringUp();
+    bench.send();
+    bench.receive(8, REPLY);
+    QCOMPARE(bench.take(), QByteArray());
+    QCOMPARE(bench.left_ms(), 7);
+    bench.passDeadline();
+    QVERIFY(!bench.send().isEmpty());
+    bench.receive(8, QByteArray("\x06"
+                                "021234\r"));
+    QVERIFY(!bench.take().isEmpty());
+}
+
+// The driver's own builders always expect a length, so these two change the pending record, which
+// the driver hands out.
+void TestExchangeEngine::anyLengthEndsAtCarriageReturn()
+{
+    EngineBench bench(TWO_WORDS);
+    bench.library.api().ComCommunication()->expectedReplyLength = -1;
+    bench.bringUp();
+    bench.send();
+    bench.receive(8, QByteArray("\x06"
+                                "0112345678\r"));
+    QCOMPARE(bench.log.ended.size(), 1);
+    QCOMPARE(bench.log.ended[0].receivedBytes, 12);
+    QCOMPARE(bench.log.ended[0].resultCode, 1);
+}
+
+void TestExchangeEngine::anyLengthEndsAtAGap()
+{
+    EngineBench bench(TWO_WORDS, 0);
+    bench.library.api().ComCommunication()->expectedReplyLength = -1;
+    bench.bringUp();
+    bench.send();
+    QCOMPARE(bench.left_ms(), 50);
+    bench.receive(8, QByteArray("\x06"
+                                "01"));
+    bench.passDeadline();
+    QCOMPARE(bench.log.ended.size(), 1);
+    QCOMPARE(bench.log.ended[0].end, AttemptEnd::BrokenOff);
+    QCOMPARE(bench.log.ended[0].resultCode, 11);
+}
+
+void TestExchangeEngine::noExpectedReplyEndsAtOnce()
+{
+    EngineBench bench(TWO_WORDS, 0);
+    bench.library.api().ComCommunication()->expectedReplyLength = 0;
+    bench.bringUp();
+    bench.send();
+    QCOMPARE(bench.log.ended.size(), 1);
+    QCOMPARE(bench.log.ended[0].end, AttemptEnd::Replied);
+    QCOMPARE(bench.log.ended[0].receivedBytes, 0);
+}
+
+void TestExchangeEngine::anIdleEngineAsksAgain()
+{
+    EngineBench bench({});
+    bench.bringUp();
+    QCOMPARE(bench.take(), QByteArray());
+    QCOMPARE(bench.left_ms(), 10);
+    const int asked = bench.log.timesAsked;
+    bench.passDeadline();
+    QCOMPARE(bench.log.timesAsked, asked + 1);
+    QCOMPARE(bench.left_ms(), 10);
+}
+
+void TestExchangeEngine::anIdleEngineIsWokenUpByAnyCall()
+{
+    EngineBench bench({});
+    bench.bringUp();
+    QByteArray value("\x34\x12");
+    bench.library.api().SetRegisterData(QString(), AREA_D, QStringLiteral("5.2.1"), 1, value, 1, 0,
+                                        7);
+    bench.engine->deadlineReached(bench.now_ns + 1);
+    QCOMPARE(bench.take(), QByteArray("\x05"
+                                      "0105291234\r"));
+    QCOMPARE(bench.log.chosen.last().kind, RequestKind::Write);
+    QCOMPARE(bench.log.chosen.last().id, 7);
+}
+
+void TestExchangeEngine::sixWritesInARowLeaveWithoutAPause()
+{
+    EngineBench bench({});
+    for (int i = 0; i < 6; ++i) {
+        QByteArray value("\x34\x12");
+        const QString address = QStringLiteral("5.%1.0").arg(i);
+        bench.library.api().SetRegisterData(QString(), AREA_D, address, 1, value, 1, 0, 1 + i);
+    }
+    bench.bringUp();
+    for (int i = 0; i < 6; ++i) {
+        QVERIFY(!bench.send().isEmpty());
+        bench.receive(6, QByteArray("\x06"
+                                    "0105\r"));
+    }
+    QCOMPARE(bench.log.ended.size(), 6);
+    QCOMPARE(bench.log.ended.last().resultCode, 1);
+}
+
+void TestExchangeEngine::callsBeforeTheDeadlineChangeNothing()
+{
+    EngineBench bench(TWO_WORDS);
+    bench.bringUp();
+    bench.engine->deadlineReached(bench.now_ns);
+    bench.send();
+    bench.engine->deadlineReached(bench.now_ns + 57 * EngineBench::MS);
+    QCOMPARE(bench.log.ended.size(), 0);
+    bench.engine->deadlineReached(bench.now_ns + 58 * EngineBench::MS);
+    QCOMPARE(bench.log.ended.size(), 1);
+    bench.engine->deadlineReached(bench.now_ns + 59 * EngineBench::MS);
+    QCOMPARE(bench.take(), QByteArray());
+}
+
+void TestExchangeEngine::sentMayBeToldInAdvance()
+{
+    EngineBench bench(TWO_WORDS);
+    bench.bringUp();
+    bench.take();
+    const qint64 leaves_ns = bench.now_ns + 8 * EngineBench::MS;
+    bench.engine->sent(leaves_ns);
+    QCOMPARE(bench.left_ms(), 8 + 58);
+    bench.receive(16, REPLY);
+    QCOMPARE(bench.log.ended.size(), 1);
+    QCOMPARE(bench.log.ended[0].resultCode, 1);
+    QCOMPARE(bench.log.ended[0].sentAt_ns, leaves_ns);
+}
+
+QTEST_APPLESS_MAIN(TestExchangeEngine)
+#include "tst_exchange_engine.moc"

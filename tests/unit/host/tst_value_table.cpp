@@ -1,0 +1,105 @@
+// Values, their quality and their age.
+#include "host/value_table.h"
+
+#include <QtTest>
+
+using namespace kvt;
+
+namespace
+{
+
+const qint64 LIMIT_NS = seconds(5);
+
+} // namespace
+
+class TestValueTable : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void aCellHasNeverBeenReadAtFirst();
+    void aReadingIsGoodUntilItGrowsOld();
+    void aFailureKeepsTheValue();
+    void aCellThatWasNeverReadHasNoValueToFail();
+    void aReadingAfterAFailureIsGood();
+    void aReadingIsHeldBackWhileAWriteIsPending();
+    void everyPendingWriteHoldsReadingsBack();
+};
+
+void TestValueTable::aCellHasNeverBeenReadAtFirst()
+{
+    const ValueTable table(3);
+    QCOMPARE(table.count(), 3);
+    QCOMPARE(table.value(2, seconds(100), LIMIT_NS).quality, Quality::NeverRead);
+}
+
+void TestValueTable::aReadingIsGoodUntilItGrowsOld()
+{
+    ValueTable table(1);
+    QVERIFY(table.read(0, 0x1234, seconds(10)));
+    const CellValue young = table.value(0, seconds(15), LIMIT_NS);
+    QCOMPARE(young.raw, quint16(0x1234));
+    QCOMPARE(young.quality, Quality::Good);
+    QCOMPARE(young.readAt_ns, seconds(10));
+    const CellValue old = table.value(0, seconds(15) + 1, LIMIT_NS);
+    QCOMPARE(old.raw, quint16(0x1234));
+    QCOMPARE(old.quality, Quality::Stale);
+}
+
+void TestValueTable::aFailureKeepsTheValue()
+{
+    ValueTable table(2);
+    table.read(0, 7, seconds(10));
+    table.read(1, 8, seconds(10));
+    table.readFailed(0);
+    QCOMPARE(table.value(0, seconds(11), LIMIT_NS).quality, Quality::Failed);
+    QCOMPARE(table.value(0, seconds(99), LIMIT_NS).quality, Quality::Failed);
+    QCOMPARE(table.value(0, seconds(11), LIMIT_NS).raw, quint16(7));
+    QCOMPARE(table.value(0, seconds(11), LIMIT_NS).readAt_ns, seconds(10));
+    QCOMPARE(table.value(1, seconds(11), LIMIT_NS).quality, Quality::Good);
+}
+
+void TestValueTable::aCellThatWasNeverReadHasNoValueToFail()
+{
+    ValueTable table(1);
+    table.readFailed(0);
+    QCOMPARE(table.value(0, 0, LIMIT_NS).quality, Quality::NeverRead);
+}
+
+void TestValueTable::aReadingAfterAFailureIsGood()
+{
+    ValueTable table(1);
+    table.read(0, 7, seconds(1));
+    table.readFailed(0);
+    table.read(0, 9, seconds(2));
+    QCOMPARE(table.value(0, seconds(2), LIMIT_NS).quality, Quality::Good);
+    QCOMPARE(table.value(0, seconds(2), LIMIT_NS).raw, quint16(9));
+}
+
+void TestValueTable::aReadingIsHeldBackWhileAWriteIsPending()
+{
+    ValueTable table(1);
+    table.read(0, 7, seconds(1));
+    table.writeRequested(0);
+    QVERIFY(table.value(0, seconds(1), LIMIT_NS).writePending);
+    QVERIFY(!table.read(0, 8, seconds(2)));
+    QCOMPARE(table.value(0, seconds(2), LIMIT_NS).raw, quint16(7));
+    QCOMPARE(table.value(0, seconds(2), LIMIT_NS).readAt_ns, seconds(1));
+    table.writeEnded(0);
+    QVERIFY(!table.value(0, seconds(2), LIMIT_NS).writePending);
+    QVERIFY(table.read(0, 9, seconds(3)));
+}
+
+void TestValueTable::everyPendingWriteHoldsReadingsBack()
+{
+    ValueTable table(1);
+    table.writeRequested(0);
+    table.writeRequested(0);
+    table.writeEnded(0);
+    QVERIFY(!table.read(0, 8, 0));
+    table.writeEnded(0);
+    QVERIFY(table.read(0, 8, 0));
+}
+
+QTEST_APPLESS_MAIN(TestValueTable)
+#include "tst_value_table.moc"
