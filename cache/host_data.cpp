@@ -7,6 +7,7 @@
 
 #include <QtCore/QMutexLocker>
 
+#include <cstring>
 #include <limits>
 
 namespace
@@ -42,6 +43,14 @@ void readElements(QByteArray &out, int station, int address, int count)
     CachedRun run = cachedRun(station, AREA_C, address, elements);
     for (int i = 0; i < elements; ++i)
         putPair(out, 2 * i, byteOrZero(nextData(run), 0), 0);
+}
+
+// Copied byte by byte: what is stored may stand in memory of the host's own.
+void storeBytes(QByteArray &data, const char *bytes, int count)
+{
+    if (data.size() != count)
+        data.resize(count);
+    std::memcpy(data.data(), bytes, static_cast<size_t>(count));
 }
 
 RW_VAR writeRequest(const QString &name, int kind, const QString &addressText, int address,
@@ -117,6 +126,6 @@ void WriteDataToLocal(RW_VAR *var)
     if (kind != AREA_X && kind != AREA_D)
         return;
     CachedRun run = cachedRun(var->station, kind, var->address, elements);
-    for (int i = 0; i < elements; ++i) // copied: `data` may stand in memory of the host's own
-        nextData(run) = QByteArray(var->data.constData() + 2 * i, kind == AREA_D ? 2 : 1);
+    for (int i = 0; i < elements; ++i)
+        storeBytes(nextData(run), var->data.constData() + 2 * i, kind == AREA_D ? 2 : 1);
 }

@@ -29,6 +29,7 @@ struct KeyHash {
 std::unordered_map<CacheKey, int, KeyHash, SameKey> knownPlaces;
 int knownSize = 0;         // of the list, when the places were learnt
 bool keysAreUnique = true; // then
+int lastPlace = -1;        // of the record that was looked up last; a hint as well
 
 CacheKey keyAt(int place)
 {
@@ -99,7 +100,11 @@ int findNext(CachedRun &run)
 int ExtendFindSameVar(int station, int areaType, int address)
 {
     CachedRun run = cachedRun(station, areaType, address, 1);
-    return findNext(run);
+    // Values are mostly asked for in the order in which they were first met.
+    ++lastPlace;
+    if (!run.unique || !isAt(lastPlace, run.next))
+        lastPlace = findNext(run);
+    return lastPlace;
 }
 
 QByteArray &cachedData(int station, int areaType, int address)

@@ -33,7 +33,7 @@ int main(int argc, char **argv)
     const auto dataCom = ENTRY(DataCom);
     const auto getRegisterData = ENTRY(GetRegisterData);
     if (driver == nullptr || port < 0 || getRegisterData == nullptr) {
-        (void)fputs("usage: minimal_host path/to/libKVT.so.1 PORT\n", stderr);
+        fputs("usage: minimal_host path/to/libKVT.so.1 PORT\n", stderr);
         return 2;
     }
 

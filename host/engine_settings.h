@@ -9,6 +9,8 @@
 namespace kvt
 {
 
+class LineTap;
+
 /// What is done about a reply that does not look like one to the request: its first byte is
 /// neither ACK nor NAK, the two station digits after it are not the station's, or what should be
 /// data digits are none.
@@ -44,6 +46,8 @@ struct EngineSettings {
     qint64 longestQuiet_ns = seconds(1);   ///< how long bytes that go on arriving extend a silence
     ReplyChecking replyChecking = ReplyChecking::Count;
     bool remoteMode = false; ///< binary envelopes: CR ends nothing and replies are not checked
+
+    LineTap *tap = nullptr; ///< sees what passes on the line; outlives the engine; may be null
 
     StationTiming defaultTiming;        ///< of every station that has none of its own
     QHash<int, StationTiming> stations; ///< by station number

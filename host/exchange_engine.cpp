@@ -1,5 +1,6 @@
 #include "host/exchange_engine.h"
 
+#include "host/line_tap.h"
 #include "host/reply_check.h"
 
 #include <algorithm>
@@ -15,6 +16,8 @@ ExchangeEngine::ExchangeEngine(const DriverApi &api, const EngineSettings &setti
 
 void ExchangeEngine::lineUp(qint64 now_ns)
 {
+    if (settings_.tap != nullptr)
+        settings_.tap->lineChanged(true);
     observer_->lineChanged(true, now_ns);
     hold(now_ns, settings_.quietTime_ns(request_.station, request_.expectedLength),
          DroppedBytes::Stale);
@@ -26,11 +29,15 @@ void ExchangeEngine::lineDown(qint64 now_ns)
     state_ = State::Down;
     deadline_ns_ = NEVER;
     toSend_.clear();
+    if (settings_.tap != nullptr)
+        settings_.tap->lineChanged(false);
     observer_->lineChanged(false, now_ns);
 }
 
 void ExchangeEngine::received(qint64 now_ns, const char *bytes, int count)
 {
+    if (settings_.tap != nullptr)
+        settings_.tap->bytesReceived(bytes, count);
     switch (state_) {
     case State::Down:
         break;
@@ -54,6 +61,8 @@ void ExchangeEngine::sent(qint64 at_ns)
 {
     if (state_ != State::Sending)
         return;
+    if (settings_.tap != nullptr)
+        settings_.tap->bytesSent(request_.frame);
     state_ = State::Waiting;
     sentAt_ns_ = at_ns;
     deadline_ns_ = at_ns + settings_.replyTimeout_ns(request_.station, request_.expectedLength);
@@ -219,6 +228,8 @@ void ExchangeEngine::endAttempt(qint64 now_ns, AttemptEnd end, bool doubtful,
     const RW_VAR *reply = api_.DataCom(&bytes, bytes.size());
     attempt.resultCode = reply->result;
     attemptNumber_ = attempt.isFinal() ? 0 : attemptNumber_ + 1;
+    if (settings_.tap != nullptr)
+        settings_.tap->attemptEnded(attempt);
     observer_->attemptEnded(attempt, *reply);
 
     const bool replied = attempt.isSuccess() || end == AttemptEnd::Refused;
@@ -258,6 +269,8 @@ void ExchangeEngine::hold(qint64 now_ns, qint64 silence_ns, DroppedBytes meaning
 
 void ExchangeEngine::drop(DroppedBytes kind, int count)
 {
+    if (settings_.tap != nullptr)
+        settings_.tap->bytesDropped(kind, count);
     observer_->bytesDropped(kind, request_.station, count);
 }
 

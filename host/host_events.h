@@ -2,6 +2,7 @@
 #ifndef KVT_HOST_HOST_EVENTS_H
 #define KVT_HOST_HOST_EVENTS_H
 
+#include "host/exchange_observer.h"
 #include "host/station_supervisor.h"
 #include "host/write_tracker.h"
 
@@ -10,7 +11,8 @@ namespace kvt
 
 /// Receives a host's events on its polling thread, without any lock held. A receiver must be
 /// quick, for the line waits for it, and must not stop the host from here; the host's other calls
-/// are allowed. Each change is reported once, never once per poll.
+/// are allowed. Each change is reported once, never once per poll; attempts alone are reported
+/// each.
 class HostEvents
 {
 public:
@@ -30,6 +32,10 @@ public:
 
     /// A tag has a new reading.
     virtual void tagRead(int tag, quint16 raw, qint64 readAt_ns) = 0;
+
+    /// An attempt at a request has ended; what follows from it is reported after it. Few receivers
+    /// want to know.
+    virtual void attemptEnded(const Attempt &) {}
 };
 
 } // namespace kvt

@@ -1,96 +1,22 @@
 #include "host/host_session.h"
 
-#include "tags/tag_address.h"
-
 #include <limits>
 #include <utility>
 
 namespace kvt
 {
 
-namespace
-{
-
-// The driver takes the high digit of every area-C address from this local word.
-constexpr size_t BLOCK_DIGIT_WORD = 50000;
-
-constexpr int SEND_WRITES_TO_PLC = 2;
-
-int ignoreOnceReadDone(int, int, int, int)
-{
-    return 0;
-}
-
-void ignoreOwnerNotify(QList<RW_VAR> *, int, int) {}
-
-int blockDigit(const Tag &tag)
-{
-    TagAddress address;
-    parseTagAddress(tag.area, tag.address, &address);
-    return address.b;
-}
-
-HOST_VAR hostVariable(const Tag &tag)
-{
-    HOST_VAR variable;
-    variable.areaType = static_cast<quint8>(tag.area);
-    variable.station = static_cast<quint8>(tag.station);
-    variable.addressText = tag.address;
-    return variable;
-}
-
-} // namespace
-
 HostSession::HostSession(const DriverApi &api, const SessionSettings &settings,
                          const QVector<Tag> &tags, HostEvents *events)
     : api_(api), settings_(settings), tags_(tags), events_(events), index_(tags),
-      localWords_(BLOCK_DIGIT_WORD + 1), supervisor_(settings.supervisor, index_.stations()),
+      setup_(api, tags, settings.retryLimit, settings.engine.remoteMode),
+      supervisor_(settings.supervisor, index_.stations()),
       writes_([this](const WriteReport &report) { onWriteChanged(report); }),
+      onceReads_([this](int id, int tag, bool good) { events_->onceReadEnded(id, tag, good); }),
       engine_(api, settings.engine, this), values_(index_.cells().size())
 {
-    setUpDriver();
-}
-
-HostSession::~HostSession()
-{
-    // The driver may outlive this session's blocks by a moment; it is not called any more.
-    api_.FlashLocalRegister(nullptr, nullptr, nullptr);
-}
-
-QStringList HostSession::obstacles(const QVector<Tag> &tags)
-{
-    QStringList found;
-    const Tag *firstBlock = nullptr;
-    for (const Tag &tag : tags) {
-        if (tag.area != Area::C)
-            continue;
-        if (firstBlock == nullptr)
-            firstBlock = &tag;
-        else if (blockDigit(tag) != blockDigit(*firstBlock))
-            found.append(QStringLiteral("%1: all tags of area C must have the same second address "
-                                        "part, and %2 has another")
-                             .arg(tag.name, firstBlock->name));
-    }
-    return found;
-}
-
-void HostSession::setUpDriver()
-{
-    comInfo_.retryLimit = settings_.retryLimit;
-    // A failing station must not cost the others their queued requests.
-    comInfo_.purgeByStation = 1;
-    comInfo_.remoteMode = settings_.engine.remoteMode ? 1 : 0;
-    comInfo_.hostWriteMode = SEND_WRITES_TO_PLC;
-    QList<HOST_VAR> variables;
-    for (const Tag &tag : std::as_const(tags_)) {
-        variables.append(hostVariable(tag));
-        if (tag.area == Area::C)
-            localWords_[BLOCK_DIGIT_WORD] = static_cast<quint16>(blockDigit(tag));
-    }
-    api_.SetComInfo(&comInfo_);
-    api_.FlashLocalRegister(nullptr, localWords_.data(), nullptr);
-    api_.RegistCallBackFuncIntf(ignoreOnceReadDone, ignoreOwnerNotify);
-    readListLength_ = api_.ReCreatReadVarList(&variables);
+    if (!settings.readCyclically)
+        setup_.stopCyclicReads();
 }
 
 void HostSession::stop()
@@ -108,8 +34,7 @@ void HostSession::stop()
         else
             events_->onceReadEnded(command.id, command.tag, false);
     }
-    while (!onceReads_.isEmpty())
-        endOnceRead(onceReads_.first().id, false);
+    onceReads_.stopped();
 }
 
 int HostSession::write(int tag, const QByteArray &bytes)
@@ -224,16 +149,15 @@ void HostSession::queueOnceRead(const Command &command)
     }
     RW_VAR request;
     request.ownerSubId = command.id;
-    request.plcNo = comInfo_.localPlcNo;
+    request.plcNo = setup_.comInfo().localPlcNo;
     request.areaType = cell.area;
     request.addressText = cell.addressText;
     request.station = cell.station;
-    const int before = onceReads_.size();
-    const int queued = api_.AddListOnceReadVar(&request, 0);
-    if (queued <= before)
-        events_->onceReadEnded(command.id, command.tag, false);
+    // A full queue does not grow.
+    if (api_.AddListOnceReadVar(&request, 0) > onceReads_.count())
+        onceReads_.queued(command.id, command.tag, cell.station);
     else
-        onceReads_.append({command.id, command.tag, cell.station});
+        events_->onceReadEnded(command.id, command.tag, false);
 }
 
 void HostSession::refuse(const Command &command, WriteReason reason)
@@ -255,9 +179,9 @@ void HostSession::onWriteChanged(const WriteReport &report)
 void HostSession::requestChosen(const Request &request, qint64)
 {
     const bool probe = supervisor_.state(request.station) == StationState::Probing;
-    comInfo_.retryLimit = probe ? 0 : settings_.retryLimit;
+    setup_.comInfo().retryLimit = probe ? 0 : settings_.retryLimit;
     // The driver keeps the count over a success; each request has a budget of its own.
-    comInfo_.retryCount = 0;
+    setup_.comInfo().retryCount = 0;
     if (request.kind == RequestKind::Write)
         writes_.sent(request.id);
 }
@@ -270,8 +194,9 @@ void HostSession::attemptEnded(const Attempt &attempt, const RW_VAR &)
         statistics_.attemptEnded(attempt);
         if (attempt.isFinal() && request.kind == RequestKind::CyclicRead)
             statistics_.scan.cyclicReadEnded({request.station, request.area, request.address},
-                                             readListLength_, attempt.endedAt_ns);
+                                             setup_.readListLength(), attempt.endedAt_ns);
     }
+    events_->attemptEnded(attempt);
     if (attempt.isFinal())
         requestEnded(attempt);
 }
@@ -302,7 +227,7 @@ void HostSession::requestEnded(const Attempt &attempt)
     else
         readingsFailed(index_.cellsRead(key));
     if (request.kind == RequestKind::OnceRead)
-        endOnceRead(request.id, attempt.isSuccess());
+        onceReads_.ended(request.id, attempt.isSuccess());
 
     if (!attempt.isSuccess())
         requestFailed(attempt);
@@ -314,7 +239,7 @@ void HostSession::requestFailed(const Attempt &attempt)
 {
     const int station = attempt.request->station;
     writes_.stationFailed(station);
-    failOnceReads(station);
+    onceReads_.stationFailed(station);
     const bool wasPolled = supervisor_.state(station) == StationState::On;
     if (!supervisor_.failed(station, attempt.endedAt_ns))
         return;
@@ -368,25 +293,6 @@ void HostSession::endWrite(const Attempt &attempt)
         writes_.retired(id, WriteState::TimedOut, WriteReason::NoReply);
     else
         writes_.retired(id, WriteState::TimedOut, WriteReason::BadReply);
-}
-
-void HostSession::endOnceRead(int id, bool good)
-{
-    for (int i = 0; i < onceReads_.size(); ++i) {
-        if (onceReads_.at(i).id != id)
-            continue;
-        const OnceRead ended = onceReads_.takeAt(i);
-        events_->onceReadEnded(ended.id, ended.tag, good);
-        return;
-    }
-}
-
-void HostSession::failOnceReads(int station)
-{
-    const QList<OnceRead> reads = onceReads_;
-    for (const OnceRead &read : reads)
-        if (read.station == station)
-            endOnceRead(read.id, false);
 }
 
 void HostSession::countStationSwitch(int station, bool on)

@@ -2,16 +2,15 @@
 #ifndef KVT_HOST_HOST_SESSION_H
 #define KVT_HOST_HOST_SESSION_H
 
+#include "host/driver_setup.h"
 #include "host/exchange_engine.h"
 #include "host/host_events.h"
+#include "host/once_reads.h"
 #include "host/statistics.h"
 #include "host/tag_index.h"
 #include "host/value_table.h"
 
-#include <QStringList>
-
 #include <mutex>
-#include <vector>
 
 namespace kvt
 {
@@ -22,6 +21,7 @@ struct SessionSettings {
     SupervisorSettings supervisor;
     int retryLimit = 2;                     ///< extra attempts for each request, not negative
     qint64 staleAfter_ns = seconds(5);      ///< age at which a reading is no longer good
+    bool readCyclically = true;             ///< false: only what `readOnce` and `write` request
     QHash<QString, qint64> staleAfterOf_ns; ///< the same for single tags, by name
 };
 
@@ -36,12 +36,11 @@ public:
     /// lives; `events`, not null, lives as long. Polling thread, or before it runs.
     HostSession(const DriverApi &api, const SessionSettings &settings, const QVector<Tag> &tags,
                 HostEvents *events);
-    ~HostSession() override;
     HostSession(const HostSession &) = delete;
     HostSession &operator=(const HostSession &) = delete;
 
     /// What keeps these tags from being polled together, one text each; empty when nothing does.
-    static QStringList obstacles(const QVector<Tag> &tags);
+    static QStringList obstacles(const QVector<Tag> &tags) { return DriverSetup::obstacles(tags); }
 
     /// The engine to be driven. Polling thread.
     ExchangeEngine &engine() { return engine_; }
@@ -76,13 +75,7 @@ private:
         bool isWrite = false;
         QByteArray bytes;
     };
-    struct OnceRead {
-        int id = 0;
-        int tag = 0;
-        int station = 0;
-    };
 
-    void setUpDriver();
     int post(Command command);
     bool isWritable(int tag, const QByteArray &bytes) const;
     bool isTag(int tag) const { return tag >= 0 && tag < tags_.size(); }
@@ -105,8 +98,6 @@ private:
     void storeReading(int cell, qint64 now_ns);
     void readingsFailed(const QVector<int> &cells);
     void endWrite(const Attempt &attempt);
-    void endOnceRead(int id, bool good);
-    void failOnceReads(int station);
     void countStationSwitch(int station, bool on);
 
     DriverApi api_;
@@ -114,14 +105,12 @@ private:
     QVector<Tag> tags_;
     HostEvents *events_;
     TagIndex index_;
-    ComInfo comInfo_ = ComInfo();
-    std::vector<quint16> localWords_;
+    DriverSetup setup_;
     StationSupervisor supervisor_;
     WriteTracker writes_;
-    QList<OnceRead> onceReads_;
+    OnceReads onceReads_;
     ExchangeEngine engine_;
     QString lineReason_;
-    int readListLength_ = 0;
 
     mutable std::mutex mutex_; // the members below; never held while calling out
     ValueTable values_;

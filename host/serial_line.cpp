@@ -106,7 +106,7 @@ QString SerialSettings::error() const
 qint64 SerialSettings::characterTime_ns() const
 {
     const qint64 bits = 1 + dataBits + (parity == Parity::None ? 0 : 1) + stopBits;
-    return bits * 1000000000 / baud;
+    return baud > 0 ? bits * 1000000000 / baud : 0;
 }
 
 SerialLine::SerialLine(const SerialSettings &settings) : settings_(settings) {}

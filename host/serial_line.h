@@ -30,7 +30,8 @@ struct SerialSettings {
     /// What is wrong with the settings; empty when all is well.
     QString error() const;
 
-    /// Time of one character in nanoseconds: start bit, data bits, parity bit, stop bits.
+    /// Time of one character in nanoseconds: start bit, data bits, parity bit, stop bits. 0 when
+    /// the speed makes no sense.
     qint64 characterTime_ns() const;
 };
 

@@ -20,7 +20,7 @@ int localBlockSelect()
 {
     if (!LW)
         return 0;
-    quint16 word; // copied bytewise: the host may hand over an odd address
+    quint16 word = 0; // copied bytewise: the host may hand over an odd address
     std::memcpy(&word, static_cast<const char *>(LW) + sizeof word * BLOCK_SELECT_WORD,
                 sizeof word);
     return word;

@@ -152,11 +152,12 @@ void Demo::writeNext()
 void Demo::show()
 {
     const Statistics statistics = poller_->statistics();
-    view_.show(poller_->values(), QStringLiteral("%1 at %2 baud: %3 exchanges, %4 writes confirmed")
-                                      .arg(port_.name())
-                                      .arg(BAUD)
-                                      .arg(statistics.total.exchanges)
-                                      .arg(witness_.writesConfirmed()));
+    view_.show({poller_->values(), witness_.results(), monotonicNow_ns()},
+               QStringLiteral("%1 at %2 baud: %3 exchanges, %4 writes confirmed")
+                   .arg(port_.name())
+                   .arg(BAUD)
+                   .arg(statistics.total.exchanges)
+                   .arg(witness_.writesConfirmed()));
 }
 
 int Demo::summarize(bool everyTagGood) const
@@ -184,12 +185,7 @@ int Demo::summarize(bool everyTagGood) const
 int runWith(const DemoOptions &options)
 {
     QVector<Tag> tags;
-    if (!readTags(options.tagFile, &tags))
-        return EXIT_USAGE;
-    const QStringList obstacles = HostSession::obstacles(tags);
-    for (const QString &obstacle : obstacles)
-        printError(QStringLiteral("%1: %2").arg(options.tagFile, obstacle));
-    if (!obstacles.isEmpty())
+    if (!readPollableTags(options.tagFile, &tags))
         return EXIT_USAGE;
     DriverLibrary library;
     QString error;
@@ -218,17 +214,14 @@ int runDemo(const QStringList &arguments)
     if (parseOptions(&parser, QStringLiteral("demo"), arguments, &exitCode))
         return exitCode;
 
+    if (!noArguments(parser, QStringLiteral("demo")))
+        return EXIT_USAGE;
     DemoOptions options;
     options.driver = driverPath(parser);
     options.tagFile = parser.value(QStringLiteral("tags"));
     if (parser.isSet(QStringLiteral("seconds")) &&
         !readNumber(parser, QStringLiteral("seconds"), 1, 1000000, &options.seconds))
         return EXIT_USAGE;
-    if (!parser.positionalArguments().isEmpty()) {
-        printError(
-            QStringLiteral("demo: what is \"%1\"?").arg(parser.positionalArguments().first()));
-        return EXIT_USAGE;
-    }
     return runWith(options);
 }
 

@@ -8,7 +8,17 @@
 namespace kvt
 {
 
+int runDecode(const QStringList &arguments);
 int runDemo(const QStringList &arguments);
+int runExplain(const QStringList &arguments);
+int runPlan(const QStringList &arguments);
+int runPoll(const QStringList &arguments);
+int runRead(const QStringList &arguments);
+int runReplay(const QStringList &arguments);
+int runScan(const QStringList &arguments);
+int runSim(const QStringList &arguments);
+int runTune(const QStringList &arguments);
+int runWrite(const QStringList &arguments);
 
 } // namespace kvt
 

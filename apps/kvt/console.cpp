@@ -1,7 +1,10 @@
 #include "apps/kvt/console.h"
 
+#include <QJsonDocument>
+
 #include <cstdio>
 
+#include <sys/ioctl.h>
 #include <unistd.h>
 
 namespace kvt
@@ -14,6 +17,12 @@ void printOut(const QString &text)
     std::fflush(stdout);
 }
 
+QString jsonLine(const QJsonObject &object)
+{
+    return QString::fromUtf8(QJsonDocument(object).toJson(QJsonDocument::Compact)) +
+           QLatin1Char('\n');
+}
+
 void printError(const QString &text)
 {
     std::fprintf(stderr, "kvt: %s\n", text.toUtf8().constData());
@@ -22,6 +31,23 @@ void printError(const QString &text)
 bool outputIsTerminal()
 {
     return isatty(STDOUT_FILENO) == 1;
+}
+
+int terminalHeight()
+{
+    winsize size = {};
+    const bool known = ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_row > 0;
+    return known ? size.ws_row : 24;
+}
+
+bool errorIsTerminal()
+{
+    return isatty(STDERR_FILENO) == 1;
+}
+
+bool outputTakesColour()
+{
+    return outputIsTerminal() && qEnvironmentVariableIsEmpty("NO_COLOR");
 }
 
 } // namespace kvt

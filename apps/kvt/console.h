@@ -2,6 +2,7 @@
 #ifndef KVT_APPS_KVT_CONSOLE_H
 #define KVT_APPS_KVT_CONSOLE_H
 
+#include <QJsonObject>
 #include <QString>
 
 namespace kvt
@@ -10,11 +11,23 @@ namespace kvt
 /// Writes data to standard output, at once.
 void printOut(const QString &text);
 
+/// Returns an object as one line, with its end.
+QString jsonLine(const QJsonObject &object);
+
 /// Writes one line, "kvt: text", to standard error.
 void printError(const QString &text);
 
 /// True when standard output is a terminal, so that it can be drawn on.
 bool outputIsTerminal();
+
+/// Number of lines that the terminal at standard output has; 24 when it does not say.
+int terminalHeight();
+
+/// True when standard error is a terminal.
+bool errorIsTerminal();
+
+/// True when standard output may be coloured: it is a terminal, and NO_COLOR is not set.
+bool outputTakesColour();
 
 } // namespace kvt
 

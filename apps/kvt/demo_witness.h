@@ -2,6 +2,7 @@
 #ifndef KVT_APPS_KVT_DEMO_WITNESS_H
 #define KVT_APPS_KVT_DEMO_WITNESS_H
 
+#include "apps/kvt/tag_results.h"
 #include "host/host_events.h"
 #include "simulator/plc_runner.h"
 #include "tags/tag.h"
@@ -16,10 +17,16 @@ namespace kvt
 class DemoWitness : public HostEvents
 {
 public:
-    DemoWitness(const QVector<Tag> &tags, PlcRunner *runner) : tags_(tags), runner_(runner) {}
+    DemoWitness(const QVector<Tag> &tags, PlcRunner *runner)
+        : tags_(tags), runner_(runner), results_(tags)
+    {
+    }
 
     /// To be called before a write is requested. False while the latest one has not ended.
     bool expectWrite(int tag, int value);
+
+    /// How the latest reading of each tag ended.
+    QStringList results() const { return results_.texts(); }
 
     qint64 valuesRead() const { return valuesRead_; }
     qint64 writesConfirmed() const { return writesConfirmed_; }
@@ -31,12 +38,14 @@ public:
     void onceReadEnded(int id, int tag, bool good) override;
     void lineChanged(bool up, const QString &reason) override;
     void tagRead(int tag, quint16 raw, qint64 readAt_ns) override;
+    void attemptEnded(const Attempt &attempt) override { results_.attemptEnded(attempt); }
 
 private:
     enum class Write { None, Open, Confirmed };
 
     QVector<Tag> tags_;
     PlcRunner *runner_;
+    TagResults results_;
     std::atomic<Write> write_{Write::None};
     std::atomic<int> writtenTag_{-1};
     std::atomic<int> writtenValue_{0};

@@ -5,32 +5,37 @@
 #include "host/value_table.h"
 #include "tags/tag.h"
 
+#include <QStringList>
 #include <QVector>
 
 namespace kvt
 {
 
-/// Returns how a quality reads in a table.
-QString qualityName(Quality quality);
+/// What is known of all tags at one time, in the order of the tags.
+struct Snapshot {
+    QVector<CellValue> values;
+    QStringList results; ///< how their latest readings ended
+    qint64 at_ns = 0;
+};
 
-/// Returns the text of a tag's value; "-" while there is none.
-QString valueText(const Tag &tag, const CellValue &value);
-
-/// Draws on standard output.
+/// Draws on standard output, in colour where it may.
 class LiveView
 {
 public:
     explicit LiveView(const QVector<Tag> &tags);
 
-    /// Shows the values, in the order of the tags, under `status`, one line of text.
-    void show(const QVector<CellValue> &values, const QString &status);
+    /// Shows the snapshot under `status`, one line of text. A terminal gets as many tags as fit.
+    void show(const Snapshot &snapshot, const QString &status);
 
 private:
-    QString row(int tag, const CellValue &value) const;
+    QString heading() const;
+    QString row(int tag, const Snapshot &snapshot) const;
+    QString coloured(const QString &text, Quality quality) const;
 
     QVector<Tag> tags_;
     int nameWidth_ = 3;
     bool inPlace_;
+    bool inColour_;
     int drawnLines_ = 0;
 };
 

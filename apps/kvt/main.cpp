@@ -19,6 +19,16 @@ struct Command {
 
 const Command COMMANDS[] = {
     {"demo", kvt::runDemo, "poll a simulated PLC on a pseudo-terminal"},
+    {"sim", kvt::runSim, "simulate a PLC on a pseudo-terminal, a serial port or TCP"},
+    {"poll", kvt::runPoll, "poll the tags of a list and show their values"},
+    {"read", kvt::runRead, "read values once"},
+    {"write", kvt::runWrite, "write a value"},
+    {"scan", kvt::runScan, "find the stations that answer"},
+    {"tune", kvt::runTune, "measure reply times and recommend time-outs"},
+    {"plan", kvt::runPlan, "predict the scan time of a tag list"},
+    {"decode", kvt::runDecode, "explain frames or a trace"},
+    {"explain", kvt::runExplain, "explain a result code"},
+    {"replay", kvt::runReplay, "put a recorded run to the driver again"},
 };
 
 QString usage()

@@ -2,6 +2,7 @@
 
 #include "apps/kvt/console.h"
 #include "apps/kvt/exit_codes.h"
+#include "host/host_session.h"
 #include "tags/tag_list.h"
 
 #include <QCoreApplication>
@@ -28,10 +29,20 @@ bool parseOptions(QCommandLineParser *parser, const QString &command, const QStr
     return false;
 }
 
+bool noArguments(const QCommandLineParser &parser, const QString &command)
+{
+    const QStringList words = parser.positionalArguments();
+    if (!words.isEmpty())
+        printError(QStringLiteral("%1: what is \"%2\"?").arg(command, words.first()));
+    return words.isEmpty();
+}
+
 QCommandLineOption driverOption()
 {
-    return {QStringLiteral("driver"), QStringLiteral("The driver to load."),
-            QStringLiteral("path")};
+    return {QStringLiteral("driver"),
+            QStringLiteral("The driver to load (default: libKVT.so.1 beside this program, else "
+                           "where the system finds it)."),
+            QStringLiteral("PATH")};
 }
 
 QString driverPath(const QCommandLineParser &parser)
@@ -67,6 +78,18 @@ bool readTags(const QString &path, QVector<Tag> *tags)
         printError(formatTagError(path, error));
     *tags = list.tags;
     return list.errors.isEmpty();
+}
+
+bool readPollableTags(const QString &path, QVector<Tag> *tags)
+{
+    if (!readTags(path, tags))
+        return false;
+    QStringList obstacles = HostSession::obstacles(*tags);
+    if (tags->isEmpty())
+        obstacles.append(QStringLiteral("it has no tags"));
+    for (const QString &obstacle : obstacles)
+        printError(QStringLiteral("%1: %2").arg(path, obstacle));
+    return obstacles.isEmpty();
 }
 
 } // namespace kvt

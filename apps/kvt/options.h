@@ -15,6 +15,9 @@ namespace kvt
 bool parseOptions(QCommandLineParser *parser, const QString &command, const QStringList &arguments,
                   int *exitCode);
 
+/// False, with a message, when there are words that are no options.
+bool noArguments(const QCommandLineParser &parser, const QString &command);
+
 /// The option --driver, and the path that it or the place of this program gives.
 QCommandLineOption driverOption();
 QString driverPath(const QCommandLineParser &parser);
@@ -26,6 +29,9 @@ bool readNumber(const QCommandLineParser &parser, const QString &option, int lea
 
 /// Reads a tag list. False, with one message for each error, when it has any.
 bool readTags(const QString &path, QVector<Tag> *tags);
+
+/// The same for a list that is to be polled: it also must have a tag, and no obstacles.
+bool readPollableTags(const QString &path, QVector<Tag> *tags);
 
 } // namespace kvt
 

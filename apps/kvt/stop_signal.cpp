@@ -22,6 +22,14 @@ sigset_t stopSignals()
     return signals;
 }
 
+// One that is left would end the process as soon as it is no longer blocked.
+void takeSignals(int descriptor)
+{
+    signalfd_siginfo signal = {};
+    while (read(descriptor, &signal, sizeof signal) > 0)
+        continue;
+}
+
 } // namespace
 
 StopSignal::StopSignal()
@@ -30,13 +38,17 @@ StopSignal::StopSignal()
     pthread_sigmask(SIG_BLOCK, &signals, nullptr);
     descriptor_ = signalfd(-1, &signals, SFD_CLOEXEC | SFD_NONBLOCK);
     notifier_ = std::make_unique<QSocketNotifier>(descriptor_, QSocketNotifier::Read);
-    QObject::connect(notifier_.get(), &QSocketNotifier::activated, QCoreApplication::instance(),
-                     &QCoreApplication::quit);
+    QObject::connect(notifier_.get(), &QSocketNotifier::activated, this, [this] {
+        takeSignals(descriptor_);
+        requested_ = true;
+        QCoreApplication::quit();
+    });
 }
 
 StopSignal::~StopSignal()
 {
     notifier_.reset();
+    takeSignals(descriptor_);
     close(descriptor_);
     const sigset_t signals = stopSignals();
     pthread_sigmask(SIG_UNBLOCK, &signals, nullptr);

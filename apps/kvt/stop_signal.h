@@ -18,8 +18,12 @@ public:
     StopSignal();
     ~StopSignal() override;
 
+    /// True from the first signal on. The thread of the event loop.
+    bool isRequested() const { return requested_; }
+
 private:
     int descriptor_ = -1;
+    bool requested_ = false;
     std::unique_ptr<QSocketNotifier> notifier_;
 };
 

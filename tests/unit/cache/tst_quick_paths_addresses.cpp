@@ -6,7 +6,7 @@
 #include "varlist/address_text.h"
 
 #include "tests/support/driver_fixture.h"
-#include "tst_quick_paths_draw.h"
+#include "tests/unit/cache/tst_quick_paths_draw.h"
 
 #include <QtTest>
 

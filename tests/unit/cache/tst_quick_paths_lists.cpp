@@ -4,7 +4,7 @@
 
 #include "tests/support/driver_fixture.h"
 #include "tests/support/record_text.h"
-#include "tst_quick_paths_draw.h"
+#include "tests/unit/cache/tst_quick_paths_draw.h"
 
 #include <QMultiMap>
 #include <QtTest>

@@ -105,8 +105,8 @@ void TestTraceReader::whatIsNoTraceIsNotOpened()
     QString error;
     QVERIFY(!reader.open(fileOf(content), &error));
     QVERIFY(!error.isEmpty());
-    QVERIFY(!reader.open(folder_.filePath(QStringLiteral("missing")), &error));
-    QVERIFY(!reader.open(folder_.path(), &error));
+    QVERIFY(!TraceReader().open(folder_.filePath(QStringLiteral("missing")), &error));
+    QVERIFY(!TraceReader().open(folder_.path(), &error));
 }
 
 QTEST_GUILESS_MAIN(TestTraceReader)

@@ -1,0 +1,122 @@
+// kvt plan: how fast a tag list can be polled, before there is a line.
+#include "apps/kvt/commands.h"
+#include "apps/kvt/console.h"
+#include "apps/kvt/exit_codes.h"
+#include "apps/kvt/line_options.h"
+#include "apps/kvt/options.h"
+#include "apps/kvt/plan_report.h"
+
+namespace kvt
+{
+
+namespace
+{
+
+const QString TAGS = QStringLiteral("tags");
+const QString TURNAROUND = QStringLiteral("turnaround");
+const QString OVERHEAD = QStringLiteral("overhead");
+const QString TIMEOUT = QStringLiteral("timeout");
+const QString RETRIES = QStringLiteral("retries");
+const QString WRITES = QStringLiteral("writes");
+const QString ASKED = QStringLiteral("asked");
+const QString JSON = QStringLiteral("json");
+
+constexpr int SPEEDS[] = {1200, 2400, 4800, 9600, 19200, 38400, 57600, 115200};
+constexpr int QUEUE_LENGTH = 1024;
+
+void addOptions(QCommandLineParser *parser)
+{
+    parser->addOption(
+        {TAGS, QStringLiteral("Tag list, a CSV file. Needed."), QStringLiteral("FILE")});
+    addSpeedOptions(parser);
+    parser->addOption({TURNAROUND,
+                       QStringLiteral("Time of the PLC from a request's last byte to its reply's "
+                                      "first, in milliseconds, 0 to 10000 (default: 2)."),
+                       QStringLiteral("MS"), QStringLiteral("2")});
+    parser->addOption({OVERHEAD,
+                       QStringLiteral("Time that host and interface add to each exchange, in "
+                                      "microseconds, 0 to 1000000 (default: 200; a USB adapter "
+                                      "without low latency: 16000)."),
+                       QStringLiteral("US"), QStringLiteral("200")});
+    parser->addOption({TIMEOUT,
+                       QStringLiteral("Longest wait for a reply to begin, in milliseconds, 1 to "
+                                      "60000 (default: time of the reply at the line's speed, "
+                                      "plus 70)."),
+                       QStringLiteral("MS")});
+    parser->addOption({RETRIES,
+                       QStringLiteral("Further attempts at a request that failed, 0 to 100 "
+                                      "(default: 2)."),
+                       QStringLiteral("N"), QStringLiteral("2")});
+    parser->addOption({WRITES,
+                       QStringLiteral("Writes that wait in front of the operator's, 0 to %1 "
+                                      "(default: 0).")
+                           .arg(QUEUE_LENGTH - 1),
+                       QStringLiteral("N"), QStringLiteral("0")});
+    parser->addOption({ASKED,
+                       QStringLiteral("Scan time that is asked for, in milliseconds, 1 to 3600000 "
+                                      "(default: none)."),
+                       QStringLiteral("MS")});
+    parser->addOption({JSON, QStringLiteral("Print a JSON object.")});
+}
+
+bool readSettings(const QCommandLineParser &parser, PlanReport *report)
+{
+    int turnaround_ms = 0;
+    int overhead_us = 0;
+    int timeout_ms = 0;
+    if (!readSpeedOptions(parser, &report->serial) ||
+        !readNumber(parser, TURNAROUND, 0, 10000, &turnaround_ms) ||
+        !readNumber(parser, OVERHEAD, 0, 1000000, &overhead_us) ||
+        !readNumber(parser, RETRIES, 0, 100, &report->settings.retryLimit) ||
+        !readNumber(parser, WRITES, 0, QUEUE_LENGTH - 1, &report->settings.writesAhead))
+        return false;
+    if (parser.isSet(TIMEOUT) && !readNumber(parser, TIMEOUT, 1, 60000, &timeout_ms))
+        return false;
+    if (parser.isSet(ASKED) && !readNumber(parser, ASKED, 1, 3600000, &report->asked_ms))
+        return false;
+    report->settings.turnaround_ns = milliseconds(turnaround_ms);
+    report->settings.overhead_ns = microseconds(overhead_us);
+    report->settings.engine.defaultTiming.replyTimeout_ns = milliseconds(timeout_ms);
+    return true;
+}
+
+void makePlans(const QVector<Tag> &tags, PlanReport *report)
+{
+    report->settings.engine.characterTime_ns = report->serial.characterTime_ns();
+    report->plan = planScan(tags, report->settings);
+    for (const int baud : SPEEDS) {
+        SerialSettings serial = report->serial;
+        serial.baud = baud;
+        PlanSettings settings = report->settings;
+        settings.engine.characterTime_ns = serial.characterTime_ns();
+        report->scanAt_ns.insert(baud, planScan(tags, settings).scan_ns);
+    }
+}
+
+} // namespace
+
+int runPlan(const QStringList &arguments)
+{
+    QCommandLineParser parser;
+    parser.setApplicationDescription(QStringLiteral(
+        "Predicts from a tag list and the figures of a line: the time of a scan, the longest time "
+        "of an operator's write, and the cost of a dead station. Needs no line."));
+    addOptions(&parser);
+    int exitCode = EXIT_GOOD;
+    if (parseOptions(&parser, QStringLiteral("plan"), arguments, &exitCode))
+        return exitCode;
+    if (!parser.isSet(TAGS)) {
+        printError(QStringLiteral("plan: --tags FILE is missing"));
+        return EXIT_USAGE;
+    }
+    PlanReport report;
+    QVector<Tag> tags;
+    if (!noArguments(parser, QStringLiteral("plan")) || !readSettings(parser, &report) ||
+        !readPollableTags(parser.value(TAGS), &tags))
+        return EXIT_USAGE;
+    makePlans(tags, &report);
+    printOut(parser.isSet(JSON) ? jsonLine(planToJson(report)) : planText(report));
+    return EXIT_GOOD;
+}
+
+} // namespace kvt

@@ -1,0 +1,195 @@
+// kvt poll: the cyclic poll of a tag list.
+#include "apps/kvt/commands.h"
+#include "apps/kvt/console.h"
+#include "apps/kvt/exit_codes.h"
+#include "apps/kvt/host_link.h"
+#include "apps/kvt/options.h"
+#include "apps/kvt/poll_output.h"
+#include "apps/kvt/poll_watcher.h"
+#include "apps/kvt/statistics_text.h"
+#include "apps/kvt/stop_signal.h"
+#include "host/statistics_json.h"
+
+#include <QCoreApplication>
+#include <QTimer>
+
+#include <algorithm>
+
+namespace kvt
+{
+
+namespace
+{
+
+const int LONGEST_s = 1000000;
+const int MOST_SCANS = 1000000000;
+
+struct PollOptions {
+    LineOptions line;
+    QString tagFile;
+    int seconds = 0; // 0: until Ctrl-C
+    int cycles = 0;  // 0: any number
+    int interval_ms = 500;
+};
+
+PollOutput::Form formOf(const PollOptions &options)
+{
+    if (options.line.json)
+        return PollOutput::Form::Json;
+    return outputIsTerminal() ? PollOutput::Form::Table : PollOutput::Form::Lines;
+}
+
+// A poll while it runs.
+class Poll
+{
+public:
+    Poll(const PollOptions &options, const QVector<Tag> &tags)
+        : options_(options), tags_(tags), form_(formOf(options)),
+          watcher_(tags, options.cycles, form_ != PollOutput::Form::Table), output_(tags, form_)
+    {
+    }
+
+    int run();
+
+private:
+    void show();
+    int conclude();
+    void summarize();
+
+    PollOptions options_;
+    QVector<Tag> tags_;
+    PollOutput::Form form_;
+    PollWatcher watcher_;
+    PollOutput output_;
+    HostLink link_;
+    qint64 startedAt_ns_ = 0;
+};
+
+int Poll::run()
+{
+    const StopSignal stopSignal;
+    if (!link_.load(options_.line))
+        return EXIT_USAGE;
+    link_.connect(options_.line, pollerSettings(options_.line), tags_, &watcher_);
+    startedAt_ns_ = monotonicNow_ns();
+    link_.poller()->start();
+
+    QTimer timer;
+    QObject::connect(&timer, &QTimer::timeout, [this] { show(); });
+    timer.start(options_.interval_ms);
+    if (options_.seconds > 0)
+        QTimer::singleShot(std::chrono::seconds(options_.seconds), QCoreApplication::instance(),
+                           &QCoreApplication::quit);
+    QCoreApplication::exec();
+    timer.stop();
+    return conclude();
+}
+
+void Poll::show()
+{
+    const Poller &poller = *link_.poller();
+    const qint64 now_ns = monotonicNow_ns();
+    PollState state;
+    state.line = lineName(options_.line);
+    state.lineIsUp = watcher_.isUp();
+    state.lineError = watcher_.lineError();
+    state.scans = watcher_.scans();
+    state.exchanges = poller.statistics().total.exchanges;
+    state.elapsed_ns = now_ns - startedAt_ns_;
+    output_.show({poller.values(), watcher_.results(), now_ns}, state);
+}
+
+int Poll::conclude()
+{
+    if (!watcher_.wasUp() && !watcher_.lineError().isEmpty()) {
+        printError(QStringLiteral("%1: %2").arg(lineName(options_.line), watcher_.lineError()));
+        return EXIT_NO_LINE;
+    }
+    show();
+    const QVector<CellValue> values = link_.poller()->values();
+    link_.poller()->stop();
+    summarize();
+    const auto bad = std::count_if(values.begin(), values.end(), [](const CellValue &value) {
+        return value.quality == Quality::NeverRead || value.quality == Quality::Failed;
+    });
+    if (bad > 0)
+        printError(QStringLiteral("%1 of %2 tags have no good value").arg(bad).arg(tags_.size()));
+    return bad > 0 ? EXIT_NO_ANSWER : EXIT_GOOD;
+}
+
+void Poll::summarize()
+{
+    const Poller &poller = *link_.poller();
+    const Statistics statistics = poller.statistics();
+    const qint64 now_ns = monotonicNow_ns();
+    if (options_.line.json)
+        printOut(jsonLine({{QStringLiteral("summary"),
+                            statisticsToJson(statistics, now_ns, poller.characterTime_ns())},
+                           {QStringLiteral("scans"), watcher_.scans()}}));
+    else
+        printOut(QStringLiteral("\nscans %1, ").arg(watcher_.scans()) +
+                 statisticsText(statistics, now_ns, poller.characterTime_ns()));
+}
+
+void addOptions(QCommandLineParser *parser)
+{
+    addLineOptions(parser);
+    parser->addOption({QStringLiteral("tags"), QStringLiteral("Tag list, a CSV file. Needed."),
+                       QStringLiteral("FILE")});
+    parser->addOption({QStringLiteral("seconds"),
+                       QStringLiteral("End after so many seconds, 1 to %1 (default: run until "
+                                      "Ctrl-C).")
+                           .arg(LONGEST_s),
+                       QStringLiteral("N")});
+    parser->addOption({QStringLiteral("cycles"),
+                       QStringLiteral("End after so many scans of all tags, 1 to %1 (default: "
+                                      "any number).")
+                           .arg(MOST_SCANS),
+                       QStringLiteral("N")});
+    parser->addOption({QStringLiteral("interval"),
+                       QStringLiteral("Time from one output to the next, in milliseconds, 20 to "
+                                      "3600000 (default: 500). The poll itself is as fast as the "
+                                      "line."),
+                       QStringLiteral("MS"), QStringLiteral("500")});
+}
+
+bool readOptions(const QCommandLineParser &parser, PollOptions *options)
+{
+    if (!parser.isSet(QStringLiteral("tags"))) {
+        printError(QStringLiteral("poll: --tags FILE is missing"));
+        return false;
+    }
+    options->tagFile = parser.value(QStringLiteral("tags"));
+    if (parser.isSet(QStringLiteral("seconds")) &&
+        !readNumber(parser, QStringLiteral("seconds"), 1, LONGEST_s, &options->seconds))
+        return false;
+    if (parser.isSet(QStringLiteral("cycles")) &&
+        !readNumber(parser, QStringLiteral("cycles"), 1, MOST_SCANS, &options->cycles))
+        return false;
+    return readNumber(parser, QStringLiteral("interval"), 20, 3600000, &options->interval_ms) &&
+           readLineOptions(parser, &options->line);
+}
+
+} // namespace
+
+int runPoll(const QStringList &arguments)
+{
+    QCommandLineParser parser;
+    parser.setApplicationDescription(QStringLiteral(
+        "Polls the tags of a list without pause and shows value, quality, age and the result of "
+        "the latest reading: as a table on a terminal, as lines for what has changed in a pipe, "
+        "or as one JSON object per line. Ends with a summary. The exit status is 0 if every tag "
+        "has been read and its latest reading did not fail."));
+    addOptions(&parser);
+    int exitCode = EXIT_GOOD;
+    if (parseOptions(&parser, QStringLiteral("poll"), arguments, &exitCode))
+        return exitCode;
+    PollOptions options;
+    QVector<Tag> tags;
+    if (!noArguments(parser, QStringLiteral("poll")) || !readOptions(parser, &options) ||
+        !readPollableTags(options.tagFile, &tags))
+        return EXIT_USAGE;
+    return Poll(options, tags).run();
+}
+
+} // namespace kvt

@@ -1,0 +1,91 @@
+// kvt read: values, once.
+#include "apps/kvt/commands.h"
+#include "apps/kvt/console.h"
+#include "apps/kvt/enquiry.h"
+#include "apps/kvt/exit_codes.h"
+#include "apps/kvt/options.h"
+#include "apps/kvt/outcome_text.h"
+#include "apps/kvt/request_report.h"
+#include "apps/kvt/target.h"
+#include "apps/kvt/value_text.h"
+
+#include <QJsonArray>
+
+namespace kvt
+{
+
+namespace
+{
+
+QJsonObject readToJson(const Tag &tag, const RequestOutcome &outcome)
+{
+    QJsonObject object = outcomeToJson(tag, outcome);
+    if (outcome.good) {
+        object.insert(QStringLiteral("value"), valueNumber(tag, outcome.raw));
+        object.insert(QStringLiteral("text"), rawText(tag, outcome.raw));
+    }
+    return object;
+}
+
+void printRead(const Tag &tag, const RequestOutcome &outcome)
+{
+    if (outcome.good)
+        printOut(
+            QStringLiteral("%1: %2, %3\n")
+                .arg(placeText(tag), rawText(tag, outcome.raw), timeText(outcome.replyTime_ns)));
+    else
+        printError(failureText(tag, outcome));
+}
+
+int readAll(const LineOptions &options, const QVector<Tag> &tags)
+{
+    Enquiry enquiry(options, tags);
+    int exitCode = enquiry.open();
+    if (exitCode != EXIT_GOOD)
+        return exitCode;
+    QJsonArray reads;
+    for (int tag = 0; tag < tags.size(); ++tag) {
+        RequestOutcome outcome;
+        if (!enquiry.read(tag, &outcome)) {
+            exitCode = enquiry.reportStop();
+            break;
+        }
+        if (!outcome.good)
+            exitCode = EXIT_NO_ANSWER;
+        if (options.json)
+            reads.append(readToJson(tags.at(tag), outcome));
+        else
+            printRead(tags.at(tag), outcome);
+    }
+    if (options.json)
+        printOut(jsonLine({{QStringLiteral("reads"), reads}}));
+    return exitCode;
+}
+
+} // namespace
+
+int runRead(const QStringList &arguments)
+{
+    QCommandLineParser parser;
+    parser.setApplicationDescription(
+        QStringLiteral("Reads each address once and prints its value and the time until its reply. "
+                       "The exit status is 0 if every one could be read."));
+    parser.addPositionalArgument(QStringLiteral("AREA"), QStringLiteral("X, D or C."));
+    parser.addPositionalArgument(
+        QStringLiteral("ADDRESS..."),
+        QStringLiteral("Decimal parts a.b.c, in area C a.b.c.d, e.g. 5.2.1. With --tags, names "
+                       "of tags in place of area and addresses."));
+    addTargetOptions(&parser);
+    addLineOptions(&parser);
+    int exitCode = EXIT_GOOD;
+    if (parseOptions(&parser, QStringLiteral("read"), arguments, &exitCode))
+        return exitCode;
+    LineOptions options;
+    QVector<Tag> tags;
+    if (!readTargets(parser, parser.positionalArguments(), &tags) ||
+        !readLineOptions(parser, &options))
+        return EXIT_USAGE;
+    return readAll(options, tags);
+}
+
+} // namespace kvt

@@ -1,0 +1,83 @@
+// kvt replay: puts a recorded run to the driver again.
+#include "apps/kvt/commands.h"
+#include "apps/kvt/console.h"
+#include "apps/kvt/exit_codes.h"
+#include "apps/kvt/options.h"
+#include "host/trace_replay.h"
+
+#include <QJsonObject>
+
+namespace kvt
+{
+
+namespace
+{
+
+QJsonObject resultToJson(const ReplayResult &result)
+{
+    QJsonObject object{{QStringLiteral("same"), result.difference.isEmpty()},
+                       {QStringLiteral("exchanges"), result.exchanges},
+                       {QStringLiteral("outcomesCompared"), result.calls},
+                       {QStringLiteral("recordingWasCut"), result.isFull}};
+    if (!result.difference.isEmpty())
+        object.insert(QStringLiteral("difference"), result.difference);
+    return object;
+}
+
+QString resultText(const ReplayResult &result)
+{
+    if (!result.difference.isEmpty())
+        return result.difference + QLatin1Char('\n');
+    return QStringLiteral("%1 exchanges replayed, %2 outcomes compared, no difference%3\n")
+        .arg(result.exchanges)
+        .arg(result.calls)
+        .arg(result.isFull ? QStringLiteral(" (the recording ended when its file was full)")
+                           : QString());
+}
+
+int replay(const QString &path, const QString &driver, bool json)
+{
+    QString error;
+    TraceReader reader;
+    if (!reader.open(path, &error)) {
+        printError(QStringLiteral("%1: %2").arg(path, error));
+        return EXIT_USAGE;
+    }
+    DriverLibrary library;
+    if (!library.load(driver, &error)) {
+        printError(QStringLiteral("--driver: %1").arg(error));
+        return EXIT_USAGE;
+    }
+    const ReplayResult result = replayTrace(&reader, library.api());
+    if (!result.error.isEmpty()) {
+        printError(QStringLiteral("%1: %2").arg(path, result.error));
+        return EXIT_USAGE;
+    }
+    printOut(json ? jsonLine(resultToJson(result)) : resultText(result));
+    return result.difference.isEmpty() ? EXIT_GOOD : EXIT_NO_ANSWER;
+}
+
+} // namespace
+
+int runReplay(const QStringList &arguments)
+{
+    QCommandLineParser parser;
+    parser.setApplicationDescription(QStringLiteral(
+        "Makes the calls of a trace again, of a freshly loaded driver, and tells the first "
+        "difference in outcome. The exit status is 0 if there is none and 1 if there is one."));
+    parser.addPositionalArgument(QStringLiteral("FILE"),
+                                 QStringLiteral("A trace, as --trace records it."));
+    parser.addOption({QStringLiteral("json"), QStringLiteral("Print a JSON object.")});
+    parser.addOption(driverOption());
+    int exitCode = EXIT_GOOD;
+    if (parseOptions(&parser, QStringLiteral("replay"), arguments, &exitCode))
+        return exitCode;
+    if (parser.positionalArguments().size() != 1) {
+        printError(QStringLiteral("replay: name one file, see kvt replay --help"));
+        return EXIT_USAGE;
+    }
+    return replay(parser.positionalArguments().first(), driverPath(parser),
+                  parser.isSet(QStringLiteral("json")));
+}
+
+} // namespace kvt

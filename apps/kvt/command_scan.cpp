@@ -1,0 +1,152 @@
+// kvt scan: which stations answer.
+#include "apps/kvt/commands.h"
+#include "apps/kvt/console.h"
+#include "apps/kvt/enquiry.h"
+#include "apps/kvt/exit_codes.h"
+#include "apps/kvt/options.h"
+#include "apps/kvt/outcome_text.h"
+#include "apps/kvt/progress_bar.h"
+#include "apps/kvt/request_report.h"
+#include "apps/kvt/target.h"
+#include "tags/tag_address.h"
+
+#include <QRegularExpression>
+
+namespace kvt
+{
+
+namespace
+{
+
+struct ScanOptions {
+    LineOptions line;
+    Tag probe; // what each station is asked for
+    int first = 1;
+    int last = 32;
+};
+
+QVector<Tag> probes(const ScanOptions &options)
+{
+    QVector<Tag> tags;
+    for (int station = options.first; station <= options.last; ++station) {
+        tags.append(options.probe);
+        tags.last().station = station;
+    }
+    return tags;
+}
+
+void printStation(const Tag &probe, const RequestOutcome &outcome, bool json)
+{
+    if (json) {
+        QJsonObject object = outcomeToJson(probe, outcome);
+        object.insert(QStringLiteral("answers"), outcome.stationAnswered());
+        printOut(jsonLine(object));
+    } else if (outcome.stationAnswered()) {
+        printOut(QStringLiteral("station %1 answers, %2%3\n")
+                     .arg(probe.station)
+                     .arg(timeText(outcome.replyTime_ns),
+                          outcome.good ? QString() : QStringLiteral(" (refuses the address)")));
+    } else if (outcome.end != AttemptEnd::NoReply) {
+        printOut(QStringLiteral("station %1: %2\n")
+                     .arg(probe.station)
+                     .arg(outcomeText(outcome.end, outcome.resultCode)));
+    }
+}
+
+void printSummary(int answers, int asked, bool json)
+{
+    if (json)
+        printOut(jsonLine(
+            {{QStringLiteral("summary"), QJsonObject{{QStringLiteral("asked"), asked},
+                                                     {QStringLiteral("answer"), answers}}}}));
+    else
+        printOut(QStringLiteral("%1 of %2 stations answer\n").arg(answers).arg(asked));
+}
+
+int scan(const ScanOptions &options)
+{
+    const QVector<Tag> tags = probes(options);
+    Enquiry enquiry(options.line, tags);
+    int exitCode = enquiry.open();
+    if (exitCode != EXIT_GOOD)
+        return exitCode;
+    ProgressBar bar(tags.size());
+    int answers = 0;
+    int asked = 0;
+    for (; asked < tags.size() && exitCode == EXIT_GOOD; ++asked) {
+        bar.show(asked, QStringLiteral("station %1").arg(tags.at(asked).station));
+        RequestOutcome outcome;
+        if (!enquiry.read(asked, &outcome)) {
+            bar.clear();
+            exitCode = enquiry.reportStop();
+            break;
+        }
+        bar.clear();
+        answers += outcome.stationAnswered() ? 1 : 0;
+        printStation(tags.at(asked), outcome, options.line.json);
+    }
+    printSummary(answers, asked, options.line.json);
+    return exitCode == EXIT_GOOD && answers == 0 ? EXIT_NO_ANSWER : exitCode;
+}
+
+// Reads "5" or "1-32".
+bool readRange(const QString &text, ScanOptions *options)
+{
+    static const QRegularExpression form(QStringLiteral("\\A([0-9]{1,3})(?:-([0-9]{1,3}))?\\z"));
+    const QRegularExpressionMatch match = form.match(text);
+    options->first = match.captured(1).toInt();
+    options->last = match.captured(2).isEmpty() ? options->first : match.captured(2).toInt();
+    if (match.hasMatch() && options->first <= options->last && options->last <= 255)
+        return true;
+    printError(QStringLiteral("--stations: \"%1\" is not FIRST-LAST within 0 to 255").arg(text));
+    return false;
+}
+
+bool readProbe(const QCommandLineParser &parser, Tag *probe)
+{
+    probe->address = parser.value(QStringLiteral("address"));
+    if (!readArea(parser.value(QStringLiteral("area")), &probe->area))
+        return false;
+    TagAddress address;
+    const QString error = parseTagAddress(probe->area, probe->address, &address);
+    if (!error.isEmpty())
+        printError(QStringLiteral("--address: %1").arg(error));
+    return error.isEmpty();
+}
+
+void addOptions(QCommandLineParser *parser)
+{
+    parser->addOption({QStringLiteral("stations"),
+                       QStringLiteral("Stations to ask, within 0 to 255 (default: 1-32)."),
+                       QStringLiteral("FIRST-LAST"), QStringLiteral("1-32")});
+    parser->addOption({QStringLiteral("area"),
+                       QStringLiteral("Area of the address that is read: X, D or C (default: D)."),
+                       QStringLiteral("AREA"), QStringLiteral("D")});
+    parser->addOption({QStringLiteral("address"),
+                       QStringLiteral("Address that each station is asked for. One that it refuses "
+                                      "will do: it answers all the same (default: 0.0.0)."),
+                       QStringLiteral("ADDRESS"), QStringLiteral("0.0.0")});
+    addLineOptions(parser, 0);
+}
+
+} // namespace
+
+int runScan(const QStringList &arguments)
+{
+    QCommandLineParser parser;
+    parser.setApplicationDescription(QStringLiteral(
+        "Asks one station after the other for a value and tells which of them answer, and how "
+        "fast. The exit status is 0 if any does."));
+    addOptions(&parser);
+    int exitCode = EXIT_GOOD;
+    if (parseOptions(&parser, QStringLiteral("scan"), arguments, &exitCode))
+        return exitCode;
+    ScanOptions options;
+    if (!noArguments(parser, QStringLiteral("scan")) ||
+        !readRange(parser.value(QStringLiteral("stations")), &options) ||
+        !readProbe(parser, &options.probe) || !readLineOptions(parser, &options.line))
+        return EXIT_USAGE;
+    return scan(options);
+}
+
+} // namespace kvt

@@ -1,0 +1,127 @@
+// kvt write: one value.
+#include "apps/kvt/commands.h"
+#include "apps/kvt/console.h"
+#include "apps/kvt/enquiry.h"
+#include "apps/kvt/exit_codes.h"
+#include "apps/kvt/options.h"
+#include "apps/kvt/outcome_text.h"
+#include "apps/kvt/request_report.h"
+#include "apps/kvt/target.h"
+#include "apps/kvt/value_text.h"
+#include "tags/tag_value.h"
+
+namespace kvt
+{
+
+namespace
+{
+
+// Whether a write that failed may have taken effect all the same.
+bool isUncertain(const RequestOutcome &outcome)
+{
+    return outcome.write.state == WriteState::TimedOut;
+}
+
+void printWrite(const Tag &tag, const QString &value, const RequestOutcome &outcome)
+{
+    if (outcome.good) {
+        printOut(QStringLiteral("%1: %2 acknowledged, %3\n")
+                     .arg(placeText(tag), value, timeText(outcome.replyTime_ns)));
+        return;
+    }
+    QString text = failureText(tag, outcome);
+    if (!outcome.asked)
+        text += QStringLiteral(", ") + writeReasonText(outcome.write.reason);
+    if (isUncertain(outcome))
+        text += QStringLiteral("; whether the value was taken is not known");
+    printError(text);
+}
+
+void printJson(const Tag &tag, const QString &value, const RequestOutcome &outcome)
+{
+    QJsonObject object = outcomeToJson(tag, outcome);
+    object.insert(QStringLiteral("text"), value);
+    object.insert(QStringLiteral("state"), writeStateName(outcome.write.state));
+    object.insert(QStringLiteral("reason"), writeReasonText(outcome.write.reason));
+    object.insert(QStringLiteral("uncertain"), isUncertain(outcome));
+    printOut(jsonLine(object));
+}
+
+int writeOne(const LineOptions &options, const Tag &tag, const QByteArray &bytes)
+{
+    Enquiry enquiry(options, {tag});
+    const int exitCode = enquiry.open();
+    if (exitCode != EXIT_GOOD)
+        return exitCode;
+    RequestOutcome outcome;
+    if (!enquiry.write(0, bytes, &outcome))
+        return enquiry.reportStop();
+    const QString value = formatValue(tag.area, tag.type, bytes);
+    if (options.json)
+        printJson(tag, value, outcome);
+    else
+        printWrite(tag, value, outcome);
+    return outcome.good ? EXIT_GOOD : EXIT_NO_ANSWER;
+}
+
+bool readValue(const Tag &tag, const QString &text, QByteArray *bytes)
+{
+    if (tag.area == Area::C) {
+        printError(QStringLiteral("area C cannot be written"));
+        return false;
+    }
+    const ParsedValue value = parseValue(tag.area, tag.type, text);
+    if (!value.error.isEmpty())
+        printError(QStringLiteral("value \"%1\": %2").arg(text, value.error));
+    *bytes = value.bytes;
+    return value.error.isEmpty();
+}
+
+// The words ahead of the value name one tag.
+bool readTarget(const QCommandLineParser &parser, Tag *tag)
+{
+    const bool byName = parser.isSet(QStringLiteral("tags"));
+    const QStringList words = parser.positionalArguments();
+    if (words.size() != (byName ? 2 : 3)) {
+        printError(byName ? QStringLiteral("write takes the name of a tag and a value")
+                          : QStringLiteral("write takes an area, an address and a value"));
+        return false;
+    }
+    QVector<Tag> tags;
+    if (!readTargets(parser, words.mid(0, words.size() - 1), &tags))
+        return false;
+    *tag = tags.first();
+    return true;
+}
+
+} // namespace
+
+int runWrite(const QStringList &arguments)
+{
+    QCommandLineParser parser;
+    parser.setApplicationDescription(QStringLiteral(
+        "Writes a value once and says what became of it. The exit status is 0 if the PLC has "
+        "acknowledged it. Put \"--\" ahead of the words when a value is negative."));
+    parser.addPositionalArgument(QStringLiteral("AREA"), QStringLiteral("X or D."));
+    parser.addPositionalArgument(
+        QStringLiteral("ADDRESS"),
+        QStringLiteral("Decimal parts a.b.c, e.g. 5.2.1. With --tags, the name of a tag in place "
+                       "of area and address."));
+    parser.addPositionalArgument(
+        QStringLiteral("VALUE"),
+        QStringLiteral("A decimal number; for bool also true, false, on, off; for hex, digits."));
+    addTargetOptions(&parser);
+    addLineOptions(&parser);
+    int exitCode = EXIT_GOOD;
+    if (parseOptions(&parser, QStringLiteral("write"), arguments, &exitCode))
+        return exitCode;
+    LineOptions options;
+    Tag tag;
+    QByteArray bytes;
+    if (!readTarget(parser, &tag) || !readValue(tag, parser.positionalArguments().last(), &bytes) ||
+        !readLineOptions(parser, &options))
+        return EXIT_USAGE;
+    return writeOne(options, tag, bytes);
+}
+
+} // namespace kvt

@@ -1,0 +1,142 @@
+// Requests of the ASCII link.
+#include "apps/kvt/field_reader.h"
+#include "tags/tag_address.h"
+
+namespace kvt
+{
+
+namespace
+{
+
+constexpr int FRAME_AROUND_VALUE_bytes = 8;
+constexpr int NO_VALUE_COMMAND = 18; // together with the address nibble 1
+
+struct RequestParts {
+    int station = -1;
+    int command = -1;
+    int addressByte = -1;
+    int valueDigits = 0;
+    int value = -1;
+
+    bool isWrite() const { return valueDigits > 0; }
+    bool isCommand() const
+    {
+        return !isWrite() && command == NO_VALUE_COMMAND &&
+               (addressByte == 0x11 || addressByte == 0x19);
+    }
+    bool isWhole() const { return station >= 0 && command >= 0 && addressByte >= 0; }
+};
+
+// The address text that asks with this address byte through its nibble; empty when none does.
+QString nibbleText(const RequestParts &parts)
+{
+    const bool usesWriteForm = parts.isWrite() || parts.isCommand();
+    const int selector = (parts.addressByte & 0x0F) - (usesWriteForm ? 1 : 0);
+    if (selector != 0 && selector != 8)
+        return QString();
+    return QStringLiteral("%1.%2.%3")
+        .arg(parts.command)
+        .arg(parts.addressByte >> 4)
+        .arg(selector / 8);
+}
+
+// The address text whose third part is the address byte itself; empty when there is none.
+QString selectorText(const RequestParts &parts)
+{
+    if (parts.addressByte < 2 || parts.isCommand())
+        return QString();
+    return QStringLiteral("%1.b.%2").arg(parts.command).arg(parts.addressByte);
+}
+
+QString addressText(const RequestParts &parts)
+{
+    const QString nibble = nibbleText(parts);
+    const QString selector = selectorText(parts);
+    if (nibble.isEmpty() && selector.isEmpty())
+        return QStringLiteral("no known address");
+    if (nibble.isEmpty() || selector.isEmpty())
+        return nibble + selector;
+    return QStringLiteral("%1 (or %2 with any b)").arg(nibble, selector);
+}
+
+QString actionText(const RequestParts &parts)
+{
+    if (parts.isCommand())
+        return QStringLiteral("command without a value (or read of address byte 0x%1), D %2")
+            .arg(parts.addressByte, 2, 16, QLatin1Char('0'))
+            .arg(nibbleText(parts));
+    if (!parts.isWrite())
+        return QStringLiteral("read of %1, in area X or D or a block of C").arg(addressText(parts));
+    return QStringLiteral("write of %1 to %2 %3")
+        .arg(numberText(parts.value, parts.valueDigits),
+             parts.valueDigits == 2 ? QStringLiteral("X") : QStringLiteral("D"),
+             addressText(parts));
+}
+
+bool concerns(const RequestParts &parts, const Tag &tag)
+{
+    TagAddress address;
+    if (tag.station != parts.station ||
+        !parseTagAddress(tag.area, tag.address, &address).isEmpty() || address.a != parts.command)
+        return false;
+    if (!parts.isWrite() && !parts.isCommand())
+        return readAddressByte(address) == parts.addressByte;
+    const Area area = parts.valueDigits == 2 ? Area::X : Area::D;
+    return tag.area == area && writeAddressByte(address) == parts.addressByte;
+}
+
+QString tagNames(const RequestParts &parts, const QVector<Tag> &tags)
+{
+    QStringList names;
+    for (const Tag &tag : tags)
+        if (concerns(parts, tag))
+            names.append(QStringLiteral("%1 (%2)").arg(tag.name, areaName(tag.area)));
+    return names.join(QStringLiteral(", "));
+}
+
+void takeValue(FieldReader *reader, RequestParts *parts)
+{
+    const int digits = reader->left() - 1;
+    if (digits <= 0)
+        return;
+    if (digits != 2 && digits != 4) {
+        reader->take(digits, QStringLiteral("value"));
+        reader->addProblem(
+            QStringLiteral("a value has 2 digits (X) or 4 (D); between address and end there are "
+                           "%1 bytes")
+                .arg(digits));
+        return;
+    }
+    parts->valueDigits = digits;
+    parts->value = reader->takeDigits(digits, QStringLiteral("value"));
+}
+
+} // namespace
+
+void explainRequest(const QByteArray &frame, const QVector<Tag> &tags, FrameExplanation *out)
+{
+    FieldReader reader(frame, out);
+    RequestParts parts;
+    out->kind = FrameKind::Request;
+    reader.take(1, QStringLiteral("ENQ"), QStringLiteral("a request begins"));
+    parts.station = reader.takeDigits(2, QStringLiteral("station"));
+    parts.command = reader.takeDigits(2, QStringLiteral("command"));
+    parts.addressByte = reader.takeDigits(2, QStringLiteral("address"));
+    const bool isWhole = parts.isWhole();
+    const int addressField = out->fields.size() - 1;
+    if (frame.size() >= FRAME_AROUND_VALUE_bytes)
+        takeValue(&reader, &parts);
+    reader.takeEnd();
+    out->station = parts.station;
+    if (!isWhole || (parts.isWrite() && parts.value < 0)) {
+        out->summary = QStringLiteral("a damaged request");
+        return;
+    }
+    out->fields[addressField].meaning += QStringLiteral(": ") + addressText(parts);
+    out->summary = QStringLiteral("%1 at station %2").arg(actionText(parts)).arg(parts.station);
+    const QString names = tagNames(parts, tags);
+    if (!names.isEmpty())
+        out->summary += QStringLiteral(": ") + names;
+}
+
+} // namespace kvt

@@ -1,0 +1,86 @@
+#include "apps/kvt/field_reader.h"
+
+#include <algorithm>
+
+namespace kvt
+{
+
+QByteArray FieldReader::take(int count, const QString &name, const QString &meaning)
+{
+    const QByteArray bytes = frame_.mid(offset_, count);
+    if (bytes.isEmpty())
+        return bytes;
+    explanation_->fields.append({offset_, bytes, name, meaning});
+    offset_ += bytes.size();
+    return bytes;
+}
+
+int FieldReader::takeDigits(int count, const QString &name)
+{
+    const QByteArray digits = take(count, name);
+    if (digits.size() < count) {
+        addProblem(QStringLiteral("the frame ends before the end of its %1").arg(name));
+        return -1;
+    }
+    const int number = hexNumber(digits);
+    if (number >= 0)
+        setMeaning(numberText(number, count));
+    else
+        addProblem(QStringLiteral("%1: %2 are not upper-case hexadecimal digits")
+                       .arg(name, hexText(digits)));
+    return number;
+}
+
+quint32 FieldReader::takeBinary(int count, const QString &name)
+{
+    const QByteArray bytes = take(count, name);
+    quint32 number = 0;
+    for (const char byte : bytes)
+        number = number << 8U | static_cast<quint8>(byte);
+    if (bytes.size() == count)
+        setMeaning(QString::number(number));
+    else
+        addProblem(QStringLiteral("the envelope ends before the end of its %1").arg(name));
+    return number;
+}
+
+void FieldReader::takeEnd()
+{
+    if (take(1, QStringLiteral("CR"), QStringLiteral("end")) != QByteArray(1, BYTE_CR)) {
+        if (!explanation_->fields.isEmpty() &&
+            explanation_->fields.last().name == QLatin1String("CR")) {
+            explanation_->fields.last().name = QStringLiteral("end");
+            setMeaning(QStringLiteral("not CR"));
+        }
+        addProblem(QStringLiteral("the frame does not end with CR (0D)"));
+    }
+    if (left() > 0) {
+        addProblem(QStringLiteral("%1 bytes follow behind the end").arg(left()));
+        take(left(), QStringLiteral("surplus"));
+    }
+}
+
+void FieldReader::setMeaning(const QString &meaning)
+{
+    if (!explanation_->fields.isEmpty())
+        explanation_->fields.last().meaning = meaning;
+}
+
+int hexNumber(const QByteArray &digits)
+{
+    const bool good = std::all_of(digits.begin(), digits.end(), [](char c) {
+        return (c >= '0' && c <= '9') || (c >= 'A' && c <= 'F');
+    });
+    bool isNumber = false;
+    const int number = digits.toInt(&isNumber, 16);
+    return good && isNumber ? number : -1;
+}
+
+QString numberText(int value, int digits)
+{
+    return QStringLiteral("%1 (0x%2)")
+        .arg(value)
+        .arg(QString::number(value, 16).toUpper().rightJustified(digits, QLatin1Char('0')));
+}
+
+} // namespace kvt

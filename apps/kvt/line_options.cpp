@@ -1,0 +1,175 @@
+#include "apps/kvt/line_options.h"
+
+#include "apps/kvt/console.h"
+#include "apps/kvt/options.h"
+
+namespace kvt
+{
+
+namespace
+{
+
+const QString SERIAL = QStringLiteral("serial");
+const QString TCP = QStringLiteral("tcp");
+const QString BAUD = QStringLiteral("baud");
+const QString FORMAT = QStringLiteral("format");
+const QString TIMEOUT = QStringLiteral("timeout");
+const QString RETRIES = QStringLiteral("retries");
+const QString JSON = QStringLiteral("json");
+const QString TRACE = QStringLiteral("trace");
+
+const int LONGEST_TIMEOUT_ms = 60000;
+const int MOST_RETRIES = 100;
+
+// Reads "8N1".
+bool readFormat(const QString &text, SerialSettings *serial)
+{
+    const QString parities = QStringLiteral("NEO");
+    const QString format = text.toUpper();
+    if (format.size() != 3 || !parities.contains(format.at(1)))
+        return false;
+    serial->dataBits = format.at(0).digitValue();
+    serial->parity = static_cast<Parity>(parities.indexOf(format.at(1)));
+    serial->stopBits = format.at(2).digitValue();
+    return (serial->dataBits == 7 || serial->dataBits == 8) &&
+           (serial->stopBits == 1 || serial->stopBits == 2);
+}
+
+bool readSerial(const QCommandLineParser &parser, LineOptions *options)
+{
+    options->serial.path = parser.value(SERIAL);
+    const QString error = options->serial.error();
+    if (!error.isEmpty())
+        printError(QStringLiteral("--serial: %1").arg(error));
+    return error.isEmpty();
+}
+
+bool readTcp(const QCommandLineParser &parser, LineOptions *options)
+{
+    options->isTcp = true;
+    if (!splitHostPort(parser.value(TCP), &options->tcp.host, &options->tcp.port) ||
+        options->tcp.port == 0) {
+        printError(QStringLiteral("--tcp: \"%1\" is not HOST:PORT with a port from 1 to 65535")
+                       .arg(parser.value(TCP)));
+        return false;
+    }
+    // The speed of the line behind the server is known only if it is told.
+    if (parser.isSet(BAUD))
+        options->tcp.characterTime_ns = options->serial.characterTime_ns();
+    return true;
+}
+
+bool readNumbers(const QCommandLineParser &parser, LineOptions *options)
+{
+    if (parser.isSet(TIMEOUT) &&
+        !readNumber(parser, TIMEOUT, 1, LONGEST_TIMEOUT_ms, &options->timeout_ms))
+        return false;
+    return readNumber(parser, RETRIES, 0, MOST_RETRIES, &options->retries);
+}
+
+} // namespace
+
+void addSpeedOptions(QCommandLineParser *parser)
+{
+    parser->addOption({BAUD,
+                       QStringLiteral("Speed in bits per second, one of the usual speeds from "
+                                      "1200 to 4000000 (default: 9600)."),
+                       QStringLiteral("N"), QStringLiteral("9600")});
+    parser->addOption({FORMAT,
+                       QStringLiteral("Data bits 7 or 8, parity N, E or O, stop bits 1 or 2 "
+                                      "(default: 8N1)."),
+                       QStringLiteral("FORMAT"), QStringLiteral("8N1")});
+}
+
+bool readSpeedOptions(const QCommandLineParser &parser, SerialSettings *serial)
+{
+    if (!readNumber(parser, BAUD, 1200, 4000000, &serial->baud))
+        return false;
+    SerialSettings speed;
+    speed.path = QStringLiteral("-"); // only the speed is looked at here
+    speed.baud = serial->baud;
+    if (!speed.error().isEmpty()) {
+        printError(QStringLiteral("--baud: %1").arg(speed.error()));
+        return false;
+    }
+    if (readFormat(parser.value(FORMAT), serial))
+        return true;
+    printError(QStringLiteral("--format: \"%1\" is not 7 or 8, N, E or O, 1 or 2, for example 8N1")
+                   .arg(parser.value(FORMAT)));
+    return false;
+}
+
+bool splitHostPort(const QString &text, QString *host, int *port)
+{
+    const int colon = text.lastIndexOf(QLatin1Char(':'));
+    bool isNumber = false;
+    *port = text.mid(colon + 1).toUShort(&isNumber);
+    *host = text.left(qMax(colon, 0));
+    if (host->startsWith(QLatin1Char('[')) && host->endsWith(QLatin1Char(']')))
+        *host = host->mid(1, host->size() - 2);
+    return isNumber && !host->isEmpty();
+}
+
+void addLineOptions(QCommandLineParser *parser, int retries)
+{
+    parser->addOption({SERIAL,
+                       QStringLiteral("The line: a serial port or a pseudo-terminal, e.g. "
+                                      "/dev/ttyUSB0."),
+                       QStringLiteral("DEV")});
+    addSpeedOptions(parser);
+    parser->addOption({TCP,
+                       QStringLiteral("The line: a serial device server, port 1 to 65535. With "
+                                      "--baud, the speed behind it goes into the time-outs."),
+                       QStringLiteral("HOST:PORT")});
+    parser->addOption({TIMEOUT,
+                       QStringLiteral("Longest wait for a reply to begin, in milliseconds, 1 to "
+                                      "60000 (default: time of the reply at the line's speed, "
+                                      "plus 70)."),
+                       QStringLiteral("MS")});
+    parser->addOption({RETRIES,
+                       QStringLiteral("Further attempts at a request that failed, 0 to 100 "
+                                      "(default: %1).")
+                           .arg(retries),
+                       QStringLiteral("N"), QString::number(retries)});
+    parser->addOption({JSON, QStringLiteral("Print JSON.")});
+    parser->addOption(
+        {TRACE, QStringLiteral("Record all bytes and verdicts in this file, which is replaced."),
+         QStringLiteral("FILE")});
+    parser->addOption(driverOption());
+}
+
+bool readLineOptions(const QCommandLineParser &parser, LineOptions *options)
+{
+    if (parser.isSet(SERIAL) == parser.isSet(TCP)) {
+        printError(QStringLiteral("name one line: --serial DEV or --tcp HOST:PORT"));
+        return false;
+    }
+    options->json = parser.isSet(JSON);
+    options->driver = driverPath(parser);
+    options->trace = parser.value(TRACE);
+    if (!readSpeedOptions(parser, &options->serial) || !readNumbers(parser, options))
+        return false;
+    return parser.isSet(TCP) ? readTcp(parser, options) : readSerial(parser, options);
+}
+
+std::unique_ptr<Line> makeLine(const LineOptions &options)
+{
+    if (options.isTcp)
+        return std::make_unique<TcpLine>(options.tcp);
+    return std::make_unique<SerialLine>(options.serial);
+}
+
+QString lineName(const LineOptions &options)
+{
+    return makeLine(options)->name();
+}
+
+PollerSettings pollerSettings(const LineOptions &options)
+{
+    PollerSettings settings;
+    settings.session.retryLimit = options.retries;
+    settings.session.engine.defaultTiming.replyTimeout_ns = milliseconds(options.timeout_ms);
+    return settings;
+}
+
+} // namespace kvt

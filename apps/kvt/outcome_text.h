@@ -1,0 +1,24 @@
+// Outcomes in words.
+#ifndef KVT_APPS_KVT_OUTCOME_TEXT_H
+#define KVT_APPS_KVT_OUTCOME_TEXT_H
+
+#include "host/exchange_observer.h"
+
+#include <QString>
+
+namespace kvt
+{
+
+/// Returns how an attempt ended: "ok", "refused", "no reply" and the like, with the driver's result
+/// code behind a final failure: "no reply (41)".
+QString outcomeText(AttemptEnd end, int resultCode);
+
+/// Returns "3.4 ms"; times in nanoseconds.
+QString timeText(qint64 time_ns);
+
+/// Returns a time in milliseconds, for JSON.
+double millisecondsOf(qint64 time_ns);
+
+} // namespace kvt
+
+#endif

@@ -1,0 +1,142 @@
+#include "apps/kvt/plan_report.h"
+
+#include "apps/kvt/outcome_text.h"
+
+#include <QJsonArray>
+
+namespace kvt
+{
+
+namespace
+{
+
+QString formatText(const SerialSettings &serial)
+{
+    const char parity[] = {'N', 'E', 'O'};
+    return QStringLiteral("%1%2%3")
+        .arg(serial.dataBits)
+        .arg(QLatin1Char(parity[static_cast<int>(serial.parity)]))
+        .arg(serial.stopBits);
+}
+
+// The lowest speed at which the scan is fast enough; 0 when none is.
+int sufficientSpeed(const PlanReport &report)
+{
+    for (auto speed = report.scanAt_ns.begin(); speed != report.scanAt_ns.end(); ++speed)
+        if (*speed <= milliseconds(report.asked_ms))
+            return speed.key();
+    return 0;
+}
+
+QString askedText(const PlanReport &report)
+{
+    if (report.asked_ms == 0)
+        return QString();
+    const QString figures = QStringLiteral("%1 ms asked, %2 achievable")
+                                .arg(report.asked_ms)
+                                .arg(timeText(report.plan.scan_ns));
+    if (isAchievable(report))
+        return figures + QLatin1Char('\n');
+    const int speed = sufficientSpeed(report);
+    if (speed == 0)
+        return figures + QStringLiteral("; no speed up to %1 baud is enough\n")
+                             .arg(report.scanAt_ns.lastKey());
+    return figures + QStringLiteral("; %1 baud would do\n").arg(speed);
+}
+
+QString writeText(const PlanReport &report)
+{
+    if (report.plan.write_ns == 0)
+        return QStringLiteral("write: no tag of this list can be written\n");
+    return QStringLiteral("write: at most %1 while there are only cyclic reads\n"
+                          "       at most %2 behind %3 other writes with all lists busy: five "
+                          "one-time reads and a cyclic read after every five writes\n")
+        .arg(timeText(report.plan.writeAlone_ns), timeText(report.plan.writeBusy_ns))
+        .arg(report.settings.writesAhead);
+}
+
+QString stationsText(const PlanReport &report)
+{
+    QString text = QStringLiteral("\n%1 %2 %3   one dead station costs %4 %5 %6\n")
+                       .arg(QStringLiteral("station"), QStringLiteral("reads"))
+                       .arg(QStringLiteral("of the scan"), 12)
+                       .arg(QStringLiteral("until it is off"), 16)
+                       .arg(QStringLiteral("each probe"), 12)
+                       .arg(QStringLiteral("each scan if never off"), 23);
+    for (const StationPlan &station : report.plan.stations)
+        text += QStringLiteral("%1 %2 %3   %4 %5 %6 %7\n")
+                    .arg(station.station, 7)
+                    .arg(station.reads, 5)
+                    .arg(timeText(station.share_ns), 12)
+                    .arg(QString(), 22)
+                    .arg(timeText(station.deathOnce_ns), 16)
+                    .arg(timeText(station.deathProbe_ns), 12)
+                    .arg(timeText(station.deathUnsupervised_ns), 23);
+    return text + QStringLiteral("a probe every %1 at most while the station stays dead\n")
+                      .arg(timeText(report.settings.supervisor.longestPause_ns));
+}
+
+QString speedsText(const PlanReport &report)
+{
+    QString text = QStringLiteral("\n   baud          scan\n");
+    for (auto speed = report.scanAt_ns.begin(); speed != report.scanAt_ns.end(); ++speed)
+        text += QStringLiteral("%1  %2\n").arg(speed.key(), 7).arg(timeText(*speed), 12);
+    return text;
+}
+
+QJsonObject stationToJson(const StationPlan &station)
+{
+    return {{QStringLiteral("station"), station.station},
+            {QStringLiteral("reads"), station.reads},
+            {QStringLiteral("share_ms"), millisecondsOf(station.share_ns)},
+            {QStringLiteral("deathOnce_ms"), millisecondsOf(station.deathOnce_ns)},
+            {QStringLiteral("deathProbe_ms"), millisecondsOf(station.deathProbe_ns)},
+            {QStringLiteral("deathUnsupervised_ms"), millisecondsOf(station.deathUnsupervised_ns)}};
+}
+
+} // namespace
+
+bool isAchievable(const PlanReport &report)
+{
+    return report.asked_ms == 0 || report.plan.scan_ns <= milliseconds(report.asked_ms);
+}
+
+QString planText(const PlanReport &report)
+{
+    return QStringLiteral("%1 %2: %3 requests, %4 bytes, turnaround %5, %6 of host and interface "
+                          "each\nscan: %7\n")
+               .arg(report.serial.baud)
+               .arg(formatText(report.serial))
+               .arg(report.plan.reads)
+               .arg(report.plan.bytes)
+               .arg(timeText(report.settings.turnaround_ns), timeText(report.settings.overhead_ns),
+                    timeText(report.plan.scan_ns)) +
+           askedText(report) + writeText(report) + stationsText(report) + speedsText(report);
+}
+
+QJsonObject planToJson(const PlanReport &report)
+{
+    QJsonArray stations;
+    for (const StationPlan &station : report.plan.stations)
+        stations.append(stationToJson(station));
+    QJsonObject speeds;
+    for (auto speed = report.scanAt_ns.begin(); speed != report.scanAt_ns.end(); ++speed)
+        speeds.insert(QString::number(speed.key()), millisecondsOf(*speed));
+    QJsonObject object{
+        {QStringLiteral("baud"), report.serial.baud},
+        {QStringLiteral("format"), formatText(report.serial)},
+        {QStringLiteral("reads"), report.plan.reads},
+        {QStringLiteral("bytes"), report.plan.bytes},
+        {QStringLiteral("scan_ms"), millisecondsOf(report.plan.scan_ns)},
+        {QStringLiteral("scanAt_ms"), speeds},
+        {QStringLiteral("writeAlone_ms"), millisecondsOf(report.plan.writeAlone_ns)},
+        {QStringLiteral("writeBusy_ms"), millisecondsOf(report.plan.writeBusy_ns)},
+        {QStringLiteral("stations"), stations},
+        {QStringLiteral("achievable"), isAchievable(report)},
+    };
+    if (report.asked_ms > 0)
+        object.insert(QStringLiteral("asked_ms"), report.asked_ms);
+    return object;
+}
+
+} // namespace kvt

@@ -1,0 +1,31 @@
+// What kvt plan prints.
+#ifndef KVT_APPS_KVT_PLAN_REPORT_H
+#define KVT_APPS_KVT_PLAN_REPORT_H
+
+#include "host/scan_plan.h"
+#include "host/serial_line.h"
+
+#include <QJsonObject>
+
+namespace kvt
+{
+
+/// A plan with what it was made from.
+struct PlanReport {
+    SerialSettings serial; ///< speed and format
+    PlanSettings settings;
+    ScanPlan plan;
+    int asked_ms = 0;            ///< scan time asked for; 0: none
+    QMap<int, qint64> scanAt_ns; ///< the scan at other speeds, by baud
+};
+
+/// True when the scan is as fast as asked, or nothing was asked.
+bool isAchievable(const PlanReport &report);
+
+QString planText(const PlanReport &report);
+
+QJsonObject planToJson(const PlanReport &report);
+
+} // namespace kvt
+
+#endif

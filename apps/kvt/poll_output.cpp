@@ -1,0 +1,93 @@
+#include "apps/kvt/poll_output.h"
+
+#include "apps/kvt/console.h"
+#include "apps/kvt/outcome_text.h"
+#include "apps/kvt/value_text.h"
+
+#include <QJsonArray>
+
+namespace kvt
+{
+
+namespace
+{
+
+QString statusText(const PollState &state)
+{
+    QString text = QStringLiteral("%1: %2 s, %3 scans, %4 exchanges")
+                       .arg(state.line)
+                       .arg(state.elapsed_ns / 1000000000)
+                       .arg(state.scans)
+                       .arg(state.exchanges);
+    if (!state.lineError.isEmpty())
+        text += QStringLiteral(", line down: ") + state.lineError;
+    return text;
+}
+
+QJsonObject cellToJson(const Tag &tag, const CellValue &value, const QString &result, qint64 now_ns)
+{
+    QJsonObject object = tagToJson(tag);
+    object.insert(QStringLiteral("quality"), qualityName(value.quality));
+    object.insert(QStringLiteral("result"), result);
+    if (value.quality == Quality::NeverRead)
+        return object;
+    object.insert(QStringLiteral("value"), valueNumber(tag, value.raw));
+    object.insert(QStringLiteral("text"), rawText(tag, value.raw));
+    object.insert(QStringLiteral("age_ms"), millisecondsOf(now_ns - value.readAt_ns));
+    return object;
+}
+
+} // namespace
+
+PollOutput::PollOutput(const QVector<Tag> &tags, Form form) : tags_(tags), form_(form), view_(tags)
+{
+    for (int i = 0; i < tags.size(); ++i)
+        shown_.append(QString());
+}
+
+void PollOutput::show(const Snapshot &snapshot, const PollState &state)
+{
+    switch (form_) {
+    case Form::Table:
+        view_.show(snapshot, statusText(state));
+        break;
+    case Form::Lines:
+        showLines(snapshot, state);
+        break;
+    case Form::Json:
+        showJson(snapshot, state);
+        break;
+    }
+}
+
+void PollOutput::showLines(const Snapshot &snapshot, const PollState &state)
+{
+    const QString time =
+        QString::number(static_cast<double>(state.elapsed_ns) / 1e9, 'f', 3).rightJustified(8);
+    QString text;
+    for (int i = 0; i < tags_.size(); ++i) {
+        const CellValue &value = snapshot.values.at(i);
+        const QStringList words = {tags_.at(i).name, valueText(tags_.at(i), value),
+                                   qualityName(value.quality), snapshot.results.at(i)};
+        const QString line = words.join(QStringLiteral("  "));
+        if (line != shown_.at(i))
+            text += time + QStringLiteral("  ") + line + QLatin1Char('\n');
+        shown_[i] = line;
+    }
+    if (!text.isEmpty())
+        printOut(text);
+}
+
+void PollOutput::showJson(const Snapshot &snapshot, const PollState &state) const
+{
+    QJsonArray tags;
+    for (int i = 0; i < tags_.size(); ++i)
+        tags.append(
+            cellToJson(tags_.at(i), snapshot.values.at(i), snapshot.results.at(i), snapshot.at_ns));
+    printOut(jsonLine({{QStringLiteral("elapsed_ms"), millisecondsOf(state.elapsed_ns)},
+                       {QStringLiteral("scans"), state.scans},
+                       {QStringLiteral("line_up"), state.lineIsUp},
+                       {QStringLiteral("tags"), tags}}));
+}
+
+} // namespace kvt

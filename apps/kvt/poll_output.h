@@ -1,0 +1,44 @@
+// What kvt poll prints: a table on a terminal, lines in a pipe, or JSON.
+#ifndef KVT_APPS_KVT_POLL_OUTPUT_H
+#define KVT_APPS_KVT_POLL_OUTPUT_H
+
+#include "apps/kvt/live_view.h"
+
+namespace kvt
+{
+
+/// What is shown beside the values.
+struct PollState {
+    QString line; ///< name of the line
+    bool lineIsUp = false;
+    QString lineError; ///< why it is down; empty while it is not, or not yet known
+    int scans = 0;
+    quint64 exchanges = 0;
+    qint64 elapsed_ns = 0;
+};
+
+/// Prints on standard output.
+class PollOutput
+{
+public:
+    enum class Form { Table, Lines, Json };
+
+    PollOutput(const QVector<Tag> &tags, Form form);
+
+    /// Table: draws it anew. Lines: those tags whose value, quality or result has changed. Json:
+    /// one object with all tags.
+    void show(const Snapshot &snapshot, const PollState &state);
+
+private:
+    void showLines(const Snapshot &snapshot, const PollState &state);
+    void showJson(const Snapshot &snapshot, const PollState &state) const;
+
+    QVector<Tag> tags_;
+    Form form_;
+    LiveView view_;
+    QStringList shown_; // the latest line of each tag
+};
+
+} // namespace kvt
+
+#endif

@@ -1,0 +1,49 @@
+// Watches a host that polls, for kvt poll.
+#ifndef KVT_APPS_KVT_POLL_WATCHER_H
+#define KVT_APPS_KVT_POLL_WATCHER_H
+
+#include "apps/kvt/scan_counter.h"
+#include "apps/kvt/tag_results.h"
+#include "host/host_events.h"
+
+#include <mutex>
+
+namespace kvt
+{
+
+/// Keeps what the display needs and quits the event loop when enough scans are done or the line
+/// cannot be opened at all.
+class PollWatcher : public HostEvents
+{
+public:
+    /// Ends after `scans` scans; 0: never. Prints what happens to line and stations if `verbose`.
+    PollWatcher(const QVector<Tag> &tags, int scans, bool verbose);
+
+    // Any thread.
+    QStringList results() const { return results_.texts(); }
+    int scans() const;
+    QString lineError() const; ///< why the line is down; empty while it is not
+    bool isUp() const;
+    bool wasUp() const; ///< the line could be opened
+
+    void stationSwitched(int station, bool on) override;
+    void writeChanged(const WriteReport &) override {}
+    void onceReadEnded(int, int, bool) override {}
+    void lineChanged(bool up, const QString &reason) override;
+    void tagRead(int, quint16, qint64) override {}
+    void attemptEnded(const Attempt &attempt) override;
+
+private:
+    TagResults results_;
+    int lastScan_;
+    bool verbose_;
+
+    mutable std::mutex mutex_; // the members below
+    ScanCounter counter_;
+    QString lineError_;
+    bool wasUp_ = false;
+};
+
+} // namespace kvt
+
+#endif

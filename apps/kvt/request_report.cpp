@@ -1,0 +1,40 @@
+#include "apps/kvt/request_report.h"
+
+#include "apps/kvt/outcome_text.h"
+#include "apps/kvt/value_text.h"
+
+namespace kvt
+{
+
+namespace
+{
+
+QString wordsOf(const RequestOutcome &outcome)
+{
+    return outcome.asked ? outcomeText(outcome.end, outcome.resultCode)
+                         : QStringLiteral("not sent");
+}
+
+} // namespace
+
+QJsonObject outcomeToJson(const Tag &tag, const RequestOutcome &outcome)
+{
+    QJsonObject object = tagToJson(tag);
+    object.insert(QStringLiteral("ok"), outcome.good);
+    object.insert(QStringLiteral("outcome"), wordsOf(outcome));
+    object.insert(QStringLiteral("result"), outcome.resultCode);
+    object.insert(QStringLiteral("attempts"), outcome.attempts);
+    if (outcome.stationAnswered())
+        object.insert(QStringLiteral("reply_ms"), millisecondsOf(outcome.replyTime_ns));
+    return object;
+}
+
+QString failureText(const Tag &tag, const RequestOutcome &outcome)
+{
+    QString text = QStringLiteral("%1: %2").arg(placeText(tag), wordsOf(outcome));
+    if (outcome.attempts > 1)
+        text += QStringLiteral(" at %1 attempts").arg(outcome.attempts);
+    return text;
+}
+
+} // namespace kvt

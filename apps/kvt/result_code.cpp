@@ -1,0 +1,148 @@
+#include "apps/kvt/result_code.h"
+
+#include "host/statistics.h"
+
+#include <QJsonArray>
+
+namespace kvt
+{
+
+namespace
+{
+
+constexpr int WILL_BE_REPEATED = 0;
+constexpr int UNKNOWN_REASON = 200;
+
+// The first of the twelve codes of a class; 0 for a code that is of none.
+int firstOfClass(Outcome outcome)
+{
+    switch (outcome) {
+    case Outcome::LocalBadReply:
+        return 11;
+    case Outcome::LocalNoReply:
+        return 41;
+    case Outcome::LocalWrongLength:
+        return 71;
+    case Outcome::RemoteBadReply:
+        return 111;
+    case Outcome::RemoteNoReply:
+        return 141;
+    case Outcome::RemoteWrongLength:
+        return 171;
+    default:
+        return 0;
+    }
+}
+
+QString requesterText(int number)
+{
+    if (number == 0)
+        return QStringLiteral("requester 0, which stands for the cyclic poll and for every "
+                              "requester below 0 or above 11");
+    return QStringLiteral("requester %1").arg(number);
+}
+
+QString withoutReply(bool remote)
+{
+    return remote ? QStringLiteral("no reply from the other PLC in time")
+                  : QStringLiteral("no reply in time");
+}
+
+QStringList noReplyChecks()
+{
+    return {QStringLiteral("cable and power of the station"),
+            QStringLiteral("the station number: \"kvt scan\" shows which ones answer"),
+            QStringLiteral("speed and format of the line at both ends"),
+            QStringLiteral("the reply time-out: \"kvt tune\" measures what the station needs")};
+}
+
+QStringList badReplyChecks()
+{
+    return {QStringLiteral("the address: a refusal (NAK) mostly means that the station has no such "
+                           "cell or does not let it be written"),
+            QStringLiteral("the PLC's mode: some refuse while they are stopped or programmed"),
+            QStringLiteral("noise on the line: \"--trace FILE\" and \"kvt decode FILE\" show what "
+                           "came instead of the final CR")};
+}
+
+QStringList wrongLengthChecks()
+{
+    return {QStringLiteral("a refusal, which is shorter than most replies: see the bytes with "
+                           "\"--trace FILE\" and \"kvt decode FILE\""),
+            QStringLiteral("speed and format of the line at both ends"),
+            QStringLiteral("two stations with the same number"),
+            QStringLiteral("noise, termination and ground of the line")};
+}
+
+void explainFailure(Outcome outcome, CodeExplanation *explanation)
+{
+    const bool remote = outcome == Outcome::RemoteBadReply || outcome == Outcome::RemoteNoReply ||
+                        outcome == Outcome::RemoteWrongLength;
+    if (outcome == Outcome::LocalNoReply || outcome == Outcome::RemoteNoReply) {
+        explanation->meaning = withoutReply(remote);
+        explanation->checks = noReplyChecks();
+    } else if (outcome == Outcome::LocalBadReply || outcome == Outcome::RemoteBadReply) {
+        explanation->meaning = QStringLiteral("the reply was refused (NAK) or did not end with CR");
+        explanation->checks = badReplyChecks();
+    } else {
+        explanation->meaning = QStringLiteral("the reply had the wrong length");
+        explanation->checks = wrongLengthChecks();
+    }
+    if (!remote)
+        return;
+    explanation->meaning += QStringLiteral(" (request to another PLC)");
+    explanation->checks.prepend(QStringLiteral("the device between this link and the other PLC"));
+}
+
+} // namespace
+
+CodeExplanation explainCode(int code)
+{
+    CodeExplanation explanation;
+    explanation.code = code;
+    explanation.isKnown = true;
+    const Outcome outcome = outcomeOf(code);
+    const int first = firstOfClass(outcome);
+    if (first > 0) {
+        explanation.requester = requesterText(code - first);
+        explainFailure(outcome, &explanation);
+    } else if (outcome == Outcome::Success) {
+        explanation.meaning = QStringLiteral("success");
+    } else if (outcome == Outcome::SuccessNotStored) {
+        explanation.meaning =
+            QStringLiteral("success of a request to another PLC, or nothing was stored");
+    } else if (code == WILL_BE_REPEATED) {
+        explanation.meaning = QStringLiteral("this attempt failed and will be repeated");
+    } else if (code == UNKNOWN_REASON) {
+        explanation.meaning = QStringLiteral("failed for an unknown reason");
+        explanation.checks = noReplyChecks();
+    } else {
+        explanation.isKnown = false;
+    }
+    return explanation;
+}
+
+QString codeText(const CodeExplanation &explanation)
+{
+    QString text = QStringLiteral("%1: %2\n").arg(explanation.code).arg(explanation.meaning);
+    if (!explanation.requester.isEmpty())
+        text += QStringLiteral("  asked by %1\n").arg(explanation.requester);
+    for (const QString &check : explanation.checks)
+        text += QStringLiteral("  check %1\n").arg(check);
+    return text;
+}
+
+QJsonObject codeToJson(const CodeExplanation &explanation)
+{
+    QJsonObject object{
+        {QStringLiteral("code"), explanation.code},
+        {QStringLiteral("success"), outcomeOf(explanation.code) == Outcome::Success ||
+                                        outcomeOf(explanation.code) == Outcome::SuccessNotStored},
+        {QStringLiteral("meaning"), explanation.meaning},
+        {QStringLiteral("checks"), QJsonArray::fromStringList(explanation.checks)}};
+    if (!explanation.requester.isEmpty())
+        object.insert(QStringLiteral("requester"), explanation.requester);
+    return object;
+}
+
+} // namespace kvt

@@ -1,0 +1,193 @@
+#include "apps/kvt/sim_options.h"
+
+#include "apps/kvt/console.h"
+#include "apps/kvt/options.h"
+#include "simulator/fault_text.h"
+#include "simulator/line_speed.h"
+
+#include <QRegularExpression>
+
+namespace kvt
+{
+
+namespace
+{
+
+const QString PTY = QStringLiteral("pty");
+const QString SERIAL = QStringLiteral("serial");
+const QString TCP = QStringLiteral("tcp");
+const QString TAGS = QStringLiteral("tags");
+const QString BAUD = QStringLiteral("baud");
+const QString FORMAT = QStringLiteral("format");
+const QString TURNAROUND = QStringLiteral("turnaround");
+const QString FAULTS = QStringLiteral("faults");
+const QString VALUES = QStringLiteral("values");
+const QString SEED = QStringLiteral("seed");
+const QString SECONDS = QStringLiteral("seconds");
+
+const int HARDWARE_BAUD = 9600; // of a serial port without --baud
+
+// In the order of SignalKind.
+const QStringList VALUE_NAMES = {QStringLiteral("constant"), QStringLiteral("counter"),
+                                 QStringLiteral("ramp"),     QStringLiteral("sine"),
+                                 QStringLiteral("walk"),     QStringLiteral("serial"),
+                                 QStringLiteral("mixed")};
+
+bool readFormat(const QCommandLineParser &parser, SerialPortSettings *serial)
+{
+    static const QRegularExpression form(QStringLiteral("\\A([78])([NEO])([12])\\z"),
+                                         QRegularExpression::CaseInsensitiveOption);
+    const QString parities = QStringLiteral("NEO");
+    const QRegularExpressionMatch match = form.match(parser.value(FORMAT));
+    if (!match.hasMatch()) {
+        printError(
+            QStringLiteral("--format: \"%1\" is not 7 or 8, N, E or O, 1 or 2, for example 8N1")
+                .arg(parser.value(FORMAT)));
+        return false;
+    }
+    serial->dataBits = match.captured(1).toInt();
+    serial->parity =
+        static_cast<SerialPortSettings::Parity>(parities.indexOf(match.captured(2).toUpper()));
+    serial->stopBits = match.captured(3).toInt();
+    return true;
+}
+
+bool readTcpPort(const QString &text, SimOptions *options)
+{
+    const int colon = text.lastIndexOf(QLatin1Char(':'));
+    bool isNumber = false;
+    options->port = text.mid(colon + 1).toUShort(&isNumber);
+    if (colon >= 0)
+        options->address = text.left(colon);
+    if (!isNumber || options->address.isEmpty())
+        printError(QStringLiteral("--tcp: \"%1\" is not [ADDRESS:]PORT with a port from 0 to 65535")
+                       .arg(text));
+    return isNumber && !options->address.isEmpty();
+}
+
+bool readLine(const QCommandLineParser &parser, SimOptions *options)
+{
+    const int lines = int(parser.isSet(PTY)) + int(parser.isSet(SERIAL)) + int(parser.isSet(TCP));
+    if (lines > 1) {
+        printError(QStringLiteral("name one line: --pty, --serial or --tcp"));
+        return false;
+    }
+    if (parser.isSet(TCP)) {
+        options->line = SimOptions::Line::Tcp;
+        return readTcpPort(parser.value(TCP), options);
+    }
+    options->line = parser.isSet(SERIAL) ? SimOptions::Line::Serial : SimOptions::Line::Pty;
+    options->device = parser.value(parser.isSet(SERIAL) ? SERIAL : PTY);
+    return true;
+}
+
+bool readSpeed(const QCommandLineParser &parser, SimOptions *options)
+{
+    int baud = 0;
+    if (!readFormat(parser, &options->serial) || !readNumber(parser, BAUD, 0, 4000000, &baud))
+        return false;
+    if (options->line == SimOptions::Line::Serial)
+        options->serial.baud = baud > 0 ? baud : HARDWARE_BAUD;
+    else
+        options->plc.byteTimeNs = byteTimeNs(baud, options->serial.bitsPerByte());
+    return true;
+}
+
+bool readBehaviour(const QCommandLineParser &parser, SimOptions *options)
+{
+    const FaultTextResult faults = parseFaults(parser.value(FAULTS));
+    if (!faults.error.isEmpty()) {
+        printError(QStringLiteral("--faults: %1").arg(faults.error));
+        return false;
+    }
+    options->plc.faults = faults.rules;
+    const int kind = VALUE_NAMES.indexOf(parser.value(VALUES));
+    if (kind < 0) {
+        printError(QStringLiteral("--values: \"%1\" is none of %2")
+                       .arg(parser.value(VALUES), VALUE_NAMES.join(QStringLiteral(", "))));
+        return false;
+    }
+    options->plc.signalPlan.all = static_cast<SignalKind>(kind);
+    int turnaround_ms = 0;
+    int seed = 0;
+    if (!readNumber(parser, TURNAROUND, 0, 10000, &turnaround_ms) ||
+        !readNumber(parser, SEED, 0, 2147483647, &seed))
+        return false;
+    options->plc.turnaroundNs = turnaround_ms * Q_INT64_C(1000000);
+    options->seed = static_cast<quint64>(seed);
+    return true;
+}
+
+void addLineOptions(QCommandLineParser *parser)
+{
+    parser->addOption({PTY,
+                       QStringLiteral("Use a pseudo-terminal and make a symbolic link to it "
+                                      "(default: a pseudo-terminal without a link)."),
+                       QStringLiteral("LINK")});
+    parser->addOption(
+        {SERIAL, QStringLiteral("Use a serial port of this machine."), QStringLiteral("DEV")});
+    parser->addOption({TCP,
+                       QStringLiteral("Listen at an IPv4 address (default: 127.0.0.1), port 0 to "
+                                      "65535; 0 takes a free one."),
+                       QStringLiteral("[ADDRESS:]PORT")});
+    parser->addOption({BAUD,
+                       QStringLiteral("Bits per second, 1200 to 4000000. A pseudo-terminal and "
+                                      "TCP keep the pace of this speed; 0 is as fast as can be "
+                                      "(default: 0; a serial port: 9600)."),
+                       QStringLiteral("N"), QStringLiteral("0")});
+    parser->addOption({FORMAT,
+                       QStringLiteral("Data bits 7 or 8, parity N, E or O, stop bits 1 or 2 "
+                                      "(default: 8N1)."),
+                       QStringLiteral("FORMAT"), QStringLiteral("8N1")});
+}
+
+} // namespace
+
+void addSimOptions(QCommandLineParser *parser)
+{
+    addLineOptions(parser);
+    parser->addOption({TAGS,
+                       QStringLiteral("Tag list that says which cells exist (default: a sample "
+                                      "of three stations)."),
+                       QStringLiteral("FILE"), QStringLiteral(":/plant.csv")});
+    parser->addOption({TURNAROUND,
+                       QStringLiteral("Time from a request's last byte to its reply's first, in "
+                                      "milliseconds, 0 to 10000 (default: 0)."),
+                       QStringLiteral("MS"), QStringLiteral("0")});
+    parser->addOption(
+        {FAULTS,
+         QStringLiteral(
+             "Rules NAME=WHEN[:DURATION[~JITTER]][@STATION], separated by commas. NAME is "
+             "noreply, refuse, truncate, extra, badend, flip, foreign, duplicate, echo, delay, "
+             "late, silence or break; WHEN is 0.5%, every100 or 5-20 (exchanges, from 1); "
+             "durations are 300us, 80ms, 2s. For example late=1%:80ms,noreply=0.5%@3 "
+             "(default: none)."),
+         QStringLiteral("RULES")});
+    parser->addOption({VALUES,
+                       QStringLiteral("How values move from one read to the next: %1 (default: "
+                                      "mixed). A written value stays.")
+                           .arg(VALUE_NAMES.join(QStringLiteral(", "))),
+                       QStringLiteral("KIND"), QStringLiteral("mixed")});
+    parser->addOption({SEED,
+                       QStringLiteral("Start of the random numbers for values and faults, 0 to "
+                                      "2147483647 (default: 1)."),
+                       QStringLiteral("N"), QStringLiteral("1")});
+    parser->addOption({SECONDS,
+                       QStringLiteral("End after so many seconds, 1 to 1000000 (default: run "
+                                      "until Ctrl-C)."),
+                       QStringLiteral("N")});
+    parser->addOption({QStringLiteral("log"), QStringLiteral("Print a line for each exchange.")});
+    parser->addOption({QStringLiteral("json"), QStringLiteral("Print one JSON object per line.")});
+}
+
+bool readSimOptions(const QCommandLineParser &parser, SimOptions *options)
+{
+    options->log = parser.isSet(QStringLiteral("log"));
+    options->json = parser.isSet(QStringLiteral("json"));
+    if (parser.isSet(SECONDS) && !readNumber(parser, SECONDS, 1, 1000000, &options->seconds))
+        return false;
+    return readLine(parser, options) && readSpeed(parser, options) &&
+           readBehaviour(parser, options) && readTags(parser.value(TAGS), &options->tags);
+}
+
+} // namespace kvt

@@ -1,0 +1,139 @@
+#include "apps/kvt/trace_text.h"
+
+#include "apps/kvt/frame_explanation.h"
+#include "apps/kvt/result_code.h"
+
+namespace kvt
+{
+
+namespace
+{
+
+QString placeText(const TraceRecord &record)
+{
+    const int area = record.number(0);
+    const QString name = area >= 0 && area <= static_cast<int>(Area::C)
+                             ? areaName(static_cast<Area>(area))
+                             : QStringLiteral("area %1").arg(area);
+    return QStringLiteral("%1 %2 at station %3")
+        .arg(name, record.text(2), QString::number(record.number(1)));
+}
+
+QString stationText(const TraceRecord &record)
+{
+    if (record.number(0) < 0)
+        return QStringLiteral("all stations are switched on");
+    return QStringLiteral("station %1 is switched %2")
+        .arg(record.number(0))
+        .arg(record.number(1) == 0 ? QStringLiteral("off") : QStringLiteral("on"));
+}
+
+QString valueText(const TraceRecord &record)
+{
+    const QByteArray bytes = record.bytes(5);
+    int value = 0;
+    for (int i = bytes.size() - 1; i >= 0; --i)
+        value = value << 8 | static_cast<quint8>(bytes.at(i));
+    return QStringLiteral("%1 is %2 (0x%3)")
+        .arg(placeText(record), QString::number(value), QString::number(value, 16).toUpper());
+}
+
+QString joined(const TraceRecord &record)
+{
+    return QString::fromLatin1(record.words.join(' '));
+}
+
+} // namespace
+
+QString TraceText::line(const TraceRecord &record)
+{
+    note(record);
+    const QString text = textOf(record);
+    if (text.isEmpty())
+        return QString();
+    return QStringLiteral("%1 %2  %3\n")
+        .arg(QString::fromLatin1(record.stamp), 12)
+        .arg(record.exchange, 6)
+        .arg(text);
+}
+
+QJsonObject TraceText::json(const TraceRecord &record)
+{
+    note(record);
+    const QString text = textOf(record);
+    if (text.isEmpty())
+        return QJsonObject();
+    QJsonObject object{{QStringLiteral("time_s"), record.stamp.toDouble()},
+                       {QStringLiteral("line"), record.line},
+                       {QStringLiteral("exchange"), record.exchange},
+                       {QStringLiteral("record"), QString::fromLatin1(record.name)},
+                       {QStringLiteral("text"), text}};
+    const bool isFrame = record.is(trace::SENT) || record.is(trace::JUDGED);
+    if (isFrame && !record.bytes(0).isEmpty())
+        object.insert(
+            QStringLiteral("frame"),
+            explanationToJson(record.bytes(0), explainFrame(record.bytes(0), request_, tags_)));
+    if (record.is(trace::RECEIVED))
+        object.insert(QStringLiteral("bytes"), hexText(record.bytes(0)));
+    if (record.is(trace::JUDGED))
+        object.insert(QStringLiteral("result"), record.number(1));
+    return object;
+}
+
+void TraceText::note(const TraceRecord &record)
+{
+    if (record.is(trace::ASK))
+        request_ = record.bytes(0);
+}
+
+QString TraceText::textOf(const TraceRecord &record) const
+{
+    if (record.is(trace::SENT))
+        return QStringLiteral("-> %1  %2")
+            .arg(hexText(record.bytes(0)), explainedText(record.bytes(0)));
+    if (record.is(trace::RECEIVED))
+        return QStringLiteral("<- %1").arg(hexText(record.bytes(0)));
+    if (record.is(trace::JUDGED))
+        return judgedText(record);
+    if (record.is(trace::VALUE))
+        return valueText(record);
+    if (record.is(trace::STATION))
+        return stationText(record);
+    if (record.is(trace::WRITE))
+        return QStringLiteral("write queued: %1, bytes %2")
+            .arg(placeText(record), hexText(record.bytes(6)));
+    if (record.is(trace::ONCE))
+        return QStringLiteral("one-time read queued: %1").arg(placeText(record));
+    if (record.is(trace::DROPPED))
+        return QStringLiteral("%1 bytes dropped: %2")
+            .arg(record.number(1))
+            .arg(QString::fromLatin1(record.words.at(0)));
+    if (record.is(trace::LINE))
+        return QStringLiteral("the line is %1").arg(joined(record));
+    if (record.is(trace::INFO))
+        return QStringLiteral("settings: %1").arg(joined(record));
+    if (record.is(trace::LIST))
+        return QStringLiteral("read list of %1 entries").arg(record.number(0));
+    if (record.is(trace::FULL))
+        return QStringLiteral("the recording ends, its file is full");
+    return QString();
+}
+
+QString TraceText::explainedText(const QByteArray &frame) const
+{
+    const FrameExplanation explanation = explainFrame(frame, request_, tags_);
+    if (explanation.problems.isEmpty())
+        return explanation.summary;
+    return QStringLiteral("wrong: ") + explanation.problems.join(QStringLiteral("; "));
+}
+
+// What arrives may be a piece of a reply; it is explained where the driver judges the whole.
+QString TraceText::judgedText(const TraceRecord &record) const
+{
+    const CodeExplanation code = explainCode(record.number(1));
+    const QString result = QStringLiteral("result %1: %2").arg(code.code).arg(code.meaning);
+    const QByteArray reply = record.bytes(0);
+    return reply.isEmpty() ? result : explainedText(reply) + QStringLiteral("; ") + result;
+}
+
+} // namespace kvt

@@ -1,0 +1,39 @@
+// A trace as an engineer reads it.
+#ifndef KVT_APPS_KVT_TRACE_TEXT_H
+#define KVT_APPS_KVT_TRACE_TEXT_H
+
+#include "host/trace_reader.h"
+#include "tags/tag.h"
+
+#include <QJsonObject>
+#include <QVector>
+
+namespace kvt
+{
+
+/// Explains the records of one trace, in order.
+class TraceText
+{
+public:
+    /// Requests name those of `tags` that they concern; may be empty.
+    explicit TraceText(const QVector<Tag> &tags) : tags_(tags) {}
+
+    /// One line of text with its end. Empty for records that say nothing beyond their neighbours.
+    QString line(const TraceRecord &record);
+
+    /// The same as JSON; empty for the same records. Frames have all their fields.
+    QJsonObject json(const TraceRecord &record);
+
+private:
+    void note(const TraceRecord &record);
+    QString textOf(const TraceRecord &record) const;
+    QString explainedText(const QByteArray &frame) const;
+    QString judgedText(const TraceRecord &record) const;
+
+    QVector<Tag> tags_;
+    QByteArray request_;
+};
+
+} // namespace kvt
+
+#endif

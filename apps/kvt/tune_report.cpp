@@ -1,0 +1,164 @@
+#include "apps/kvt/tune_report.h"
+
+#include "apps/kvt/outcome_text.h"
+
+#include <QJsonArray>
+
+#include <algorithm>
+#include <cmath>
+
+namespace kvt
+{
+
+namespace
+{
+
+const double ACCEPTED_FAILURE_RATE = 1e-6;
+const int MOST_RETRIES = 5;
+
+int wholeMilliseconds(double time_ns)
+{
+    return std::max(1, static_cast<int>(std::ceil(time_ns / 1e6)));
+}
+
+double withMargin(qint64 time_ns, int margin_percent)
+{
+    return static_cast<double>(time_ns) * (1.0 + margin_percent / 100.0);
+}
+
+QJsonObject stationToJson(int number, const StationStatistics &station)
+{
+    const Histogram &times = station.replyTime;
+    return {{QStringLiteral("station"), number},
+            {QStringLiteral("attempts"), static_cast<double>(station.attempts)},
+            {QStringLiteral("replies"), static_cast<double>(times.count())},
+            {QStringLiteral("min_ms"), millisecondsOf(times.least_ns())},
+            {QStringLiteral("median_ms"), millisecondsOf(times.quantile_ns(0.5))},
+            {QStringLiteral("p99_ms"), millisecondsOf(times.quantile_ns(0.99))},
+            {QStringLiteral("max_ms"), millisecondsOf(times.greatest_ns())}};
+}
+
+QString stationsText(const TuneReport &report)
+{
+    QString text =
+        QStringLiteral("station attempts replies        min     median    99 %        max\n");
+    for (auto station = report.first.stations.begin(); station != report.first.stations.end();
+         ++station)
+        text += QStringLiteral("%1 %2 %3 %4 %5 %6 %7\n")
+                    .arg(station.key(), 7)
+                    .arg(station->attempts, 8)
+                    .arg(station->replyTime.count(), 7)
+                    .arg(timeText(station->replyTime.least_ns()), 10)
+                    .arg(timeText(station->replyTime.quantile_ns(0.5)), 10)
+                    .arg(timeText(station->replyTime.quantile_ns(0.99)), 10)
+                    .arg(timeText(station->replyTime.greatest_ns()), 10);
+    for (const int station : report.silentStations)
+        text += QStringLiteral("station %1 does not answer\n").arg(station);
+    return text;
+}
+
+QString trialsText(const TuneReport &report)
+{
+    if (report.trials.isEmpty())
+        return QString();
+    QString text = QStringLiteral("\ntime-out  attempts  failed   rate        scan\n");
+    for (const TuneTrial &trial : report.trials)
+        text += QStringLiteral("%1 ms %2 %3 %4 % %5\n")
+                    .arg(trial.timeout_ms, 5)
+                    .arg(trial.attempts, 9)
+                    .arg(trial.failures, 7)
+                    .arg(100 * trial.errorRate(), 6, 'f', 2)
+                    .arg(trial.scan_ns > 0 ? timeText(trial.scan_ns) : QStringLiteral("-"), 11);
+    return text;
+}
+
+} // namespace
+
+double TuneTrial::errorRate() const
+{
+    return attempts == 0 ? 0 : static_cast<double>(failures) / static_cast<double>(attempts);
+}
+
+qint64 slowestReply_ns(const Statistics &statistics)
+{
+    return statistics.total.replyTime.greatest_ns();
+}
+
+QVector<int> timeoutsToTry_ms(qint64 slowestReply_ns, int margin_percent)
+{
+    const auto slowest = static_cast<double>(slowestReply_ns);
+    const double wanted = withMargin(slowestReply_ns, margin_percent);
+    QVector<int> timeouts;
+    for (const double time_ns :
+         {0.25 * slowest, 0.5 * slowest, 0.75 * slowest, slowest, wanted, 2 * wanted})
+        timeouts.append(wholeMilliseconds(time_ns));
+    std::sort(timeouts.begin(), timeouts.end());
+    timeouts.erase(std::unique(timeouts.begin(), timeouts.end()), timeouts.end());
+    return timeouts;
+}
+
+void recommend(TuneReport *report)
+{
+    const qint64 slowest_ns = slowestReply_ns(report->first);
+    if (slowest_ns == 0)
+        return;
+    report->timeout_ms = wholeMilliseconds(withMargin(slowest_ns, report->margin_percent));
+    double rate = 1;
+    for (const TuneTrial &trial : report->trials) {
+        if (trial.timeout_ms < report->timeout_ms || trial.attempts == 0 ||
+            trial.errorRate() >= rate)
+            continue;
+        rate = trial.errorRate();
+        report->timeout_ms = trial.timeout_ms;
+    }
+    report->retries = 1;
+    while (report->retries < MOST_RETRIES &&
+           std::pow(rate, report->retries + 1) > ACCEPTED_FAILURE_RATE)
+        ++report->retries;
+}
+
+QString tuneText(const TuneReport &report)
+{
+    const QString text = stationsText(report) + trialsText(report);
+    if (report.timeout_ms == 0)
+        return text + QStringLiteral("\nnothing can be recommended: no station answered\n");
+    const double slowest_ms = millisecondsOf(slowestReply_ns(report.first));
+    const double margin = 100 * (report.timeout_ms - slowest_ms) / slowest_ms;
+    return text + QStringLiteral("\nrecommended: --timeout %1 --retries %2 (slowest reply %3 ms, "
+                                 "so a margin of %4 %)\n")
+                      .arg(report.timeout_ms)
+                      .arg(report.retries)
+                      .arg(slowest_ms, 0, 'f', 1)
+                      .arg(margin, 0, 'f', 0);
+}
+
+QJsonObject tuneToJson(const TuneReport &report)
+{
+    QJsonArray stations;
+    for (auto station = report.first.stations.begin(); station != report.first.stations.end();
+         ++station)
+        stations.append(stationToJson(station.key(), *station));
+    QJsonArray trials;
+    for (const TuneTrial &trial : report.trials)
+        trials.append(QJsonObject{{QStringLiteral("timeout_ms"), trial.timeout_ms},
+                                  {QStringLiteral("attempts"), static_cast<double>(trial.attempts)},
+                                  {QStringLiteral("failures"), static_cast<double>(trial.failures)},
+                                  {QStringLiteral("errorRate"), trial.errorRate()},
+                                  {QStringLiteral("scan_ms"), millisecondsOf(trial.scan_ns)}});
+    QJsonArray silent;
+    for (const int station : report.silentStations)
+        silent.append(station);
+    QJsonObject object{{QStringLiteral("stations"), stations},
+                       {QStringLiteral("silentStations"), silent},
+                       {QStringLiteral("trials"), trials}};
+    if (report.timeout_ms > 0)
+        object.insert(QStringLiteral("recommended"),
+                      QJsonObject{{QStringLiteral("timeout_ms"), report.timeout_ms},
+                                  {QStringLiteral("retries"), report.retries},
+                                  {QStringLiteral("asked_margin_percent"), report.margin_percent},
+                                  {QStringLiteral("slowestReply_ms"),
+                                   millisecondsOf(slowestReply_ns(report.first))}});
+    return object;
+}
+
+} // namespace kvt

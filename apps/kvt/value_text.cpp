@@ -1,0 +1,59 @@
+#include "apps/kvt/value_text.h"
+
+#include "tags/tag_value.h"
+
+namespace kvt
+{
+
+QString qualityName(Quality quality)
+{
+    switch (quality) {
+    case Quality::NeverRead:
+        return QStringLiteral("never read");
+    case Quality::Good:
+        return QStringLiteral("good");
+    case Quality::Stale:
+        return QStringLiteral("stale");
+    case Quality::Failed:
+        return QStringLiteral("failed");
+    }
+    return QString();
+}
+
+QString rawText(const Tag &tag, quint16 raw)
+{
+    QByteArray bytes(1, static_cast<char>(raw & 0xFF));
+    bytes.append(static_cast<char>(raw >> 8));
+    return formatValue(tag.area, tag.type, bytes);
+}
+
+QString valueText(const Tag &tag, const CellValue &value)
+{
+    return value.quality == Quality::NeverRead ? QStringLiteral("-") : rawText(tag, value.raw);
+}
+
+int valueNumber(const Tag &tag, quint16 raw)
+{
+    return tag.type == ValueType::S16 ? static_cast<qint16>(raw) : raw;
+}
+
+QJsonObject tagToJson(const Tag &tag)
+{
+    QJsonObject object{
+        {QStringLiteral("area"), areaName(tag.area)},
+        {QStringLiteral("address"), tag.address},
+        {QStringLiteral("station"), tag.station},
+    };
+    if (!tag.name.isEmpty())
+        object.insert(QStringLiteral("name"), tag.name);
+    return object;
+}
+
+QString placeText(const Tag &tag)
+{
+    return QStringLiteral("%1 %2 at station %3")
+        .arg(areaName(tag.area), tag.address)
+        .arg(tag.station);
+}
+
+} // namespace kvt

@@ -1,0 +1,33 @@
+// Values as text and as JSON.
+#ifndef KVT_APPS_KVT_VALUE_TEXT_H
+#define KVT_APPS_KVT_VALUE_TEXT_H
+
+#include "host/value_table.h"
+#include "tags/tag.h"
+
+#include <QJsonObject>
+
+namespace kvt
+{
+
+/// Returns how a quality reads in a table.
+QString qualityName(Quality quality);
+
+/// Returns the text of a value as the tag's type shows it.
+QString rawText(const Tag &tag, quint16 raw);
+
+/// Returns the text of a tag's value; "-" while there is none.
+QString valueText(const Tag &tag, const CellValue &value);
+
+/// Returns a value as a number, with its sign if the tag's type has one.
+int valueNumber(const Tag &tag, quint16 raw);
+
+/// Returns what names a tag: its name if it has one, its area, address and station.
+QJsonObject tagToJson(const Tag &tag);
+
+/// Returns "D 5.2.1 at station 1".
+QString placeText(const Tag &tag);
+
+} // namespace kvt
+
+#endif

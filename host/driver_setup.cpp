@@ -1,0 +1,92 @@
+#include "host/driver_setup.h"
+
+#include "tags/tag_address.h"
+
+namespace kvt
+{
+
+namespace
+{
+
+// The driver takes the high digit of every area-C address from this local word.
+constexpr size_t BLOCK_DIGIT_WORD = 50000;
+
+constexpr int SEND_WRITES_TO_PLC = 2;
+
+// What the callbacks would tell follows from the records that DataCom returns.
+
+int ignoreOnceReadDone(int, int, int, int)
+{
+    return 0;
+}
+
+void ignoreOwnerNotify(QList<RW_VAR> *, int, int) {}
+
+int blockDigit(const Tag &tag)
+{
+    TagAddress address;
+    parseTagAddress(tag.area, tag.address, &address);
+    return address.b;
+}
+
+HOST_VAR hostVariable(const Tag &tag)
+{
+    HOST_VAR variable;
+    variable.areaType = static_cast<quint8>(tag.area);
+    variable.station = static_cast<quint8>(tag.station);
+    variable.addressText = tag.address;
+    return variable;
+}
+
+} // namespace
+
+DriverSetup::DriverSetup(const DriverApi &api, const QVector<Tag> &tags, int retryLimit,
+                         bool remoteMode)
+    : api_(api), localWords_(BLOCK_DIGIT_WORD + 1)
+{
+    comInfo_.retryLimit = retryLimit;
+    // A failing station must not cost the others their queued requests.
+    comInfo_.purgeByStation = 1;
+    comInfo_.remoteMode = remoteMode ? 1 : 0;
+    comInfo_.hostWriteMode = SEND_WRITES_TO_PLC;
+    QList<HOST_VAR> variables;
+    for (const Tag &tag : tags) {
+        variables.append(hostVariable(tag));
+        if (tag.area == Area::C)
+            localWords_[BLOCK_DIGIT_WORD] = static_cast<quint16>(blockDigit(tag));
+    }
+    api_.SetComInfo(&comInfo_);
+    api_.FlashLocalRegister(nullptr, localWords_.data(), nullptr);
+    api_.RegistCallBackFuncIntf(ignoreOnceReadDone, ignoreOwnerNotify);
+    readListLength_ = api_.ReCreatReadVarList(&variables);
+}
+
+void DriverSetup::stopCyclicReads()
+{
+    QList<HOST_VAR> none;
+    readListLength_ = api_.ReCreatReadVarList(&none);
+}
+
+DriverSetup::~DriverSetup()
+{
+    api_.FlashLocalRegister(nullptr, nullptr, nullptr);
+}
+
+QStringList DriverSetup::obstacles(const QVector<Tag> &tags)
+{
+    QStringList found;
+    const Tag *firstBlock = nullptr;
+    for (const Tag &tag : tags) {
+        if (tag.area != Area::C)
+            continue;
+        if (firstBlock == nullptr)
+            firstBlock = &tag;
+        else if (blockDigit(tag) != blockDigit(*firstBlock))
+            found.append(QStringLiteral("%1: all tags of area C must have the same second address "
+                                        "part, and %2 has another")
+                             .arg(tag.name, firstBlock->name));
+    }
+    return found;
+}
+
+} // namespace kvt

@@ -1,0 +1,53 @@
+// One-time readings that wait in the driver's queue.
+#ifndef KVT_HOST_ONCE_READS_H
+#define KVT_HOST_ONCE_READS_H
+
+#include <QList>
+
+#include <functional>
+
+namespace kvt
+{
+
+/// Mirrors the driver's queue of one-time reads, so that the end of each is reported once.
+/// Polling thread.
+class OnceReads
+{
+public:
+    /// Called at the end of each, from within the call that ends it.
+    using Report = std::function<void(int id, int tag, bool good)>;
+
+    explicit OnceReads(Report report);
+
+    /// One has been queued.
+    void queued(int id, int tag, int station);
+
+    /// The one with this id has been served.
+    void ended(int id, bool good);
+
+    /// A request to `station` has failed for good: the driver has purged that station's.
+    void stationFailed(int station);
+
+    /// The host ends: all have failed.
+    void stopped();
+
+    /// Number in the driver's queue.
+    int count() const { return queue_.size(); }
+
+private:
+    struct Entry {
+        int id;
+        int tag;
+        int station;
+    };
+
+    template <typename Condition>
+    void endWhere(Condition condition, bool good);
+
+    Report report_;
+    QList<Entry> queue_;
+};
+
+} // namespace kvt
+
+#endif

@@ -1,0 +1,144 @@
+#include "host/scan_plan.h"
+
+#include "host/tag_index.h"
+
+#include <QMap>
+#include <QSet>
+
+#include <algorithm>
+
+namespace kvt
+{
+
+namespace
+{
+
+constexpr int READ_REQUEST_bytes = 8;
+constexpr int ACKNOWLEDGEMENT_bytes = 6;
+
+int replyLength(int area)
+{
+    switch (static_cast<Area>(area)) {
+    case Area::X:
+        return 6;
+    case Area::D:
+        return 8;
+    case Area::C:
+        break;
+    }
+    return 144;
+}
+
+int writeLength(Area area)
+{
+    return area == Area::D ? 12 : 10;
+}
+
+// Adds one request after the other to a plan.
+class Planner
+{
+public:
+    explicit Planner(const PlanSettings &settings) : settings_(settings) {}
+
+    void addRead(const ReadKey &key);
+    void addWritable(Area area);
+    ScanPlan finish();
+
+private:
+    qint64 exchange_ns(int station, int bytes) const;
+    qint64 failedAttempt_ns(int station, int expectedLength) const;
+    void planDeath(StationPlan *station, int longestReply) const;
+
+    PlanSettings settings_;
+    ScanPlan plan_;
+    QMap<int, StationPlan> stations_;
+    QMap<int, int> longestReply_; // by station
+};
+
+qint64 Planner::exchange_ns(int station, int bytes) const
+{
+    return bytes * settings_.engine.characterTime_ns + settings_.turnaround_ns +
+           settings_.overhead_ns + settings_.engine.timingOf(station).gapAfterReply_ns;
+}
+
+// The request, the wait for a reply that does not come, and the silence behind it.
+qint64 Planner::failedAttempt_ns(int station, int expectedLength) const
+{
+    return READ_REQUEST_bytes * settings_.engine.characterTime_ns +
+           settings_.engine.replyTimeout_ns(station, expectedLength) +
+           settings_.engine.quietTime_ns(station, expectedLength);
+}
+
+void Planner::addRead(const ReadKey &key)
+{
+    const int bytes = READ_REQUEST_bytes + replyLength(key.area);
+    const qint64 time_ns = exchange_ns(key.station, bytes);
+    ++plan_.reads;
+    plan_.bytes += bytes;
+    plan_.scan_ns += time_ns;
+    plan_.longestRead_ns = std::max(plan_.longestRead_ns, time_ns);
+    StationPlan &station = stations_[key.station];
+    station.station = key.station;
+    ++station.reads;
+    station.share_ns += time_ns;
+    longestReply_[key.station] = std::max(longestReply_.value(key.station), replyLength(key.area));
+}
+
+void Planner::addWritable(Area area)
+{
+    // Gaps of single stations are part of the reads; a write's is that of the common timing.
+    const int bytes = writeLength(area) + ACKNOWLEDGEMENT_bytes;
+    plan_.write_ns = std::max(plan_.write_ns, bytes * settings_.engine.characterTime_ns +
+                                                  settings_.turnaround_ns + settings_.overhead_ns +
+                                                  settings_.engine.defaultTiming.gapAfterReply_ns);
+}
+
+// Every attempt at a station that is On is made retryLimit + 1 times; a probe is made once.
+void Planner::planDeath(StationPlan *station, int longestReply) const
+{
+    const qint64 attempt_ns = failedAttempt_ns(station->station, longestReply);
+    const qint64 failure_ns = (settings_.retryLimit + 1) * attempt_ns;
+    station->deathOnce_ns = settings_.supervisor.failuresToSwitchOff * failure_ns;
+    station->deathProbe_ns = attempt_ns;
+    station->deathUnsupervised_ns = station->reads * failure_ns - station->share_ns;
+}
+
+// A write can come just after a request has gone out and must wait for its answer. At worst that
+// is the fifth write in a row: then five one-time reads and a cyclic read are served first, and
+// again after every five of the writes in front.
+ScanPlan Planner::finish()
+{
+    for (StationPlan &station : stations_) {
+        planDeath(&station, longestReply_.value(station.station));
+        plan_.stations.append(station);
+    }
+    if (plan_.write_ns > 0) {
+        const qint64 turns = 1 + settings_.writesAhead / BURST;
+        const qint64 others_ns = (BURST + 1) * plan_.longestRead_ns;
+        const qint64 writes = settings_.writesAhead + 2; // one under way, and the operator's own
+        plan_.writeAlone_ns = plan_.longestRead_ns + plan_.write_ns;
+        plan_.writeBusy_ns = writes * plan_.write_ns + turns * others_ns;
+    }
+    return plan_;
+}
+
+} // namespace
+
+ScanPlan planScan(const QVector<Tag> &tags, const PlanSettings &settings)
+{
+    const TagIndex index(tags);
+    Planner planner(settings);
+    QSet<ReadKey> known;
+    for (int cell = 0; cell < index.cells().size(); ++cell) {
+        const ReadKey key = index.readKeyOf(cell);
+        if (!known.contains(key))
+            planner.addRead(key);
+        known.insert(key);
+    }
+    for (const Tag &tag : tags)
+        if (tag.area != Area::C)
+            planner.addWritable(tag.area);
+    return planner.finish();
+}
+
+} // namespace kvt

@@ -1,0 +1,141 @@
+#include "host/trace_reader.h"
+
+#include <algorithm>
+#include <cstring>
+#include <iterator>
+
+namespace kvt
+{
+
+namespace
+{
+
+constexpr qint64 LONGEST_LINE = 1024 * 1024;
+
+// What the words of each record are: n a number, h bytes in hexadecimal, t a text, w any word.
+// The words of "info" differ in number.
+struct Form {
+    const char *name;
+    const char *words;
+};
+constexpr Form FORMS[] = {
+    {trace::LOCAL, "n"},    {trace::VARIABLE, "nnt"},   {trace::LIST, "n"},
+    {trace::STATION, "nn"}, {trace::WRITE, "nntnnnhn"}, {trace::ONCE, "nntnnnnn"},
+    {trace::NOTHING, "n"},  {trace::ASK, "hn"},         {trace::SENT, "h"},
+    {trace::RECEIVED, "h"}, {trace::DROPPED, "wn"},     {trace::JUDGED, "hnnnnn"},
+    {trace::ENDED, "wn"},   {trace::VALUE, "nntnnh"},   {trace::LINE, "w"},
+    {trace::FULL, ""},
+};
+
+bool isHexDigit(char c)
+{
+    return (c >= '0' && c <= '9') || (c >= 'A' && c <= 'F');
+}
+
+bool isBytes(const QByteArray &word)
+{
+    return word == trace::NO_BYTES ||
+           (word.size() % 2 == 0 && std::all_of(word.begin(), word.end(), isHexDigit));
+}
+
+bool hasForm(const QByteArray &word, char form)
+{
+    bool good = !word.isEmpty();
+    if (form == 'n')
+        word.toInt(&good);
+    else if (form == 'h')
+        good = good && isBytes(word);
+    return good;
+}
+
+bool isStamp(const QByteArray &word)
+{
+    return !word.isEmpty() && std::all_of(word.begin(), word.end(), [](char c) {
+        return (c >= '0' && c <= '9') || c == '.';
+    });
+}
+
+bool wordsFit(const TraceRecord &record)
+{
+    if (record.is(trace::INFO))
+        return true;
+    const auto form = std::find_if(std::begin(FORMS), std::end(FORMS),
+                                   [&](const Form &f) { return record.is(f.name); });
+    if (form == std::end(FORMS) ||
+        record.words.size() != static_cast<int>(std::strlen(form->words)))
+        return false;
+    for (int i = 0; i < record.words.size(); ++i)
+        if (!hasForm(record.words.at(i), form->words[i]))
+            return false;
+    return true;
+}
+
+} // namespace
+
+QByteArray TraceRecord::bytes(int index) const
+{
+    return QByteArray::fromHex(words.at(index));
+}
+
+QString TraceRecord::text(int index) const
+{
+    const QByteArray &word = words.at(index);
+    return word == trace::NO_BYTES ? QString()
+                                   : QString::fromUtf8(QByteArray::fromPercentEncoding(word));
+}
+
+bool TraceReader::open(const QString &path, QString *error)
+{
+    file_.setFileName(path);
+    if (!file_.open(QIODevice::ReadOnly)) {
+        *error = file_.errorString();
+        return false;
+    }
+    const QByteArray head = file_.readLine(LONGEST_LINE);
+    if (head.startsWith(QByteArrayLiteral("kvt-trace 1 ")))
+        return true;
+    *error = QStringLiteral("line 1: this is no trace, which begins with \"%1\"")
+                 .arg(QLatin1String(trace::HEAD));
+    return false;
+}
+
+bool TraceReader::next(TraceRecord *record)
+{
+    const QByteArray line = file_.readLine(LONGEST_LINE);
+    if (!line.endsWith('\n') && file_.atEnd())
+        return false;
+    ++line_;
+    *record = TraceRecord();
+    record->line = line_;
+    if (!line.endsWith('\n') || !parse(line.chopped(1), record))
+        return fail(QString::fromLatin1(line.left(60).trimmed()));
+    if (record->is(trace::ASK) && !exchangeOpen_) {
+        ++exchange_;
+        exchangeOpen_ = true;
+    } else if (record->is(trace::JUDGED) && record->number(1) != 0) {
+        exchangeOpen_ = false;
+    }
+    record->exchange = exchange_;
+    return true;
+}
+
+bool TraceReader::parse(const QByteArray &line, TraceRecord *record)
+{
+    record->words = line.split(' ');
+    if (record->words.size() < 2)
+        return false;
+    record->stamp = record->words.takeFirst();
+    record->name = record->words.takeFirst();
+    return isStamp(record->stamp) && wordsFit(*record);
+}
+
+bool TraceReader::fail(const QString &text)
+{
+    error_ = QStringLiteral("line %1 (exchange %2): \"%3\" is no record of a trace")
+                 .arg(line_)
+                 .arg(exchange_)
+                 .arg(text);
+    return false;
+}
+
+} // namespace kvt

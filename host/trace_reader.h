@@ -1,0 +1,55 @@
+// Reads a trace back, record by record.
+#ifndef KVT_HOST_TRACE_READER_H
+#define KVT_HOST_TRACE_READER_H
+
+#include "host/trace_writer.h"
+
+#include <QList>
+
+namespace kvt
+{
+
+/// One line of a trace.
+struct TraceRecord {
+    int line = 0;     ///< in the file, from 1
+    int exchange = 0; ///< number of the request that it belongs to; 0 before the first
+    QByteArray stamp; ///< seconds since the start, as they stand
+    QByteArray name;  ///< one of the names in `trace`
+    QList<QByteArray> words;
+
+    bool is(const char *what) const { return name == what; }
+
+    /// The word `index` as a number, as bytes, as text. The reader has checked that it is one.
+    int number(int index) const { return words.at(index).toInt(); }
+    QByteArray bytes(int index) const;
+    QString text(int index) const;
+};
+
+/// Reads a file. A last line that was cut off in the middle is passed over: the machine may have
+/// gone down.
+class TraceReader
+{
+public:
+    /// False, with `*error` (not null) set, when the file cannot be read or is no trace.
+    bool open(const QString &path, QString *error);
+
+    /// Reads the next record. False at the end, and at a line that is none, which `error` names.
+    bool next(TraceRecord *record);
+
+    /// What is wrong with the line at which `next` stopped; empty at the end of the trace.
+    QString error() const { return error_; }
+
+private:
+    bool fail(const QString &text);
+    bool parse(const QByteArray &line, TraceRecord *record);
+
+    QFile file_;
+    QString error_;
+    int line_ = 1;
+    int exchange_ = 0;
+    bool exchangeOpen_ = false;
+};
+
+} // namespace kvt
+
+#endif

@@ -1,0 +1,82 @@
+// Records a run: every call of the driver with its outcome, and every byte on the line.
+#ifndef KVT_HOST_TRACE_RECORDER_H
+#define KVT_HOST_TRACE_RECORDER_H
+
+#include "host/driver_library.h"
+#include "host/line_tap.h"
+#include "host/trace_writer.h"
+
+#include <mutex>
+
+namespace kvt
+{
+
+/// Stands between a host and its driver, and taps the line. What it writes is enough to put the
+/// same calls to a fresh driver again, in the same order; AddListReadVar and AddListWriteVar, which
+/// the host does without, are passed on unrecorded. One at a time, as the driver; it outlives every
+/// call of the entry points that it hands out.
+class TraceRecorder final : public LineTap
+{
+public:
+    /// As TraceWriter.
+    explicit TraceRecorder(TraceWriter::Clock clock, qint64 limit_bytes = TraceWriter::LIMIT_bytes);
+    ~TraceRecorder() override;
+    TraceRecorder(const TraceRecorder &) = delete;
+    TraceRecorder &operator=(const TraceRecorder &) = delete;
+
+    /// Creates the file, or empties it. On failure returns false and sets `*error` (not null).
+    bool open(const QString &path, QString *error);
+
+    /// Returns entry points that record and then do what those of `api` do. To be called before
+    /// the driver is set up. Each call may come from any thread that may make it of `api`; the
+    /// order in the trace is the true one only for calls of one thread.
+    DriverApi attach(const DriverApi &api);
+
+    /// Why the recording ended before its time; empty while it has not. Any thread.
+    QString endReason() const;
+
+    void bytesSent(const QByteArray &bytes) override;
+    void bytesReceived(const char *bytes, int count) override;
+    void bytesDropped(DroppedBytes kind, int count) override;
+    void attemptEnded(const Attempt &attempt) override;
+    void lineChanged(bool up) override;
+
+private:
+    friend struct RecordedCalls;
+
+    void add(const QByteArray &record);
+    void addLocked(const QByteArray &text);
+    void writeNothing();
+    void noteInfo();
+    void noteLocalWord();
+    void noteNothing();
+
+    mutable std::mutex mutex_; // all below
+    TraceWriter writer_;
+    DriverApi driver_;
+    const ComInfo *info_ = nullptr;
+    ComInfo lastInfo_ = ComInfo();
+    bool infoWritten_ = false;
+    const quint16 *localWords_ = nullptr;
+    int lastLocalWord_ = -1;
+    int timesNothing_ = 0; // ComCommunication in a row without a frame
+};
+
+/// Words of ComInfo that a host sets and the driver reads, in the trace by their names.
+struct TraceInfoWord {
+    const char *name;
+    qint32 ComInfo::*word;
+};
+constexpr TraceInfoWord TRACE_INFO_WORDS[] = {
+    {"defaultStation", &ComInfo::defaultStation}, {"retryLimit", &ComInfo::retryLimit},
+    {"retryCount", &ComInfo::retryCount},         {"purgeByStation", &ComInfo::purgeByStation},
+    {"remoteMode", &ComInfo::remoteMode},         {"localPlcNo", &ComInfo::localPlcNo},
+    {"hostWriteMode", &ComInfo::hostWriteMode},   {"portTag", &ComInfo::portTag},
+};
+
+/// The local word that reads of area C take their block digit from.
+constexpr int TRACE_LOCAL_WORD = 50000;
+
+} // namespace kvt
+
+#endif

@@ -1,0 +1,50 @@
+# shellcheck shell=bash
+# What the scripts share. Sourced, never run.
+
+# Root of the source tree, whatever the current directory is.
+root=$(cd -- "$(dirname -- "${BASH_SOURCE[0]}")/.." && pwd)
+
+# The four folders that make up the driver, and those around it.
+# shellcheck disable=SC2034 # used by the scripts that source this file
+driver_folders=(driver protocol varlist cache)
+# shellcheck disable=SC2034
+tool_folders=(tags simulator host rig apps examples)
+
+# Prints one line about what is going on.
+say()
+{
+    printf '%s\n' "$*" >&2
+}
+
+# Ends the script with a message.
+die()
+{
+    say "${0##*/}: $*"
+    exit 1
+}
+
+# Ends the script because of a wrong command line.
+die_usage()
+{
+    say "${0##*/}: $*; try --help"
+    exit 2
+}
+
+# Prints the comment at the top of the running script, which is its help text.
+print_help()
+{
+    awk 'NR > 1 && !/^#/ { exit } NR > 1 { sub(/^# ?/, ""); print }' "$0"
+}
+
+# Prints the files under the folders given that have one of the endings in $1 ("h cpp").
+sources_in()
+{
+    local endings=$1 folder ending
+    shift
+    for folder; do
+        [[ -d $root/$folder ]] || continue
+        for ending in $endings; do
+            (cd "$root" && find "$folder" -type f -name "*.$ending")
+        done
+    done | LC_ALL=C sort
+}

@@ -1,0 +1,304 @@
+// kvt decode and kvt explain.
+#include "tests/support/kvt_process.h"
+
+#include <QJsonArray>
+#include <QTemporaryDir>
+#include <QtTest>
+
+class TestKvtDecode : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void framesAreSummarized_data();
+    void framesAreSummarized();
+    void everyByteBelongsToAField_data();
+    void everyByteBelongsToAField();
+    void damagedFramesAreExplained_data();
+    void damagedFramesAreExplained();
+    void aReplyIsHeldAgainstItsRequest();
+    void aRequestNamesItsTags();
+    void framesAreReadFromStandardInput();
+    void badInputOfDecodeIsNamedInOneLine_data();
+    void badInputOfDecodeIsNamedInOneLine();
+
+    void codesAreExplained_data();
+    void codesAreExplained();
+    void codesAreExplainedAsJson();
+    void badInputOfExplainIsNamedInOneLine_data();
+    void badInputOfExplainIsNamedInOneLine();
+
+    void helpNamesTheOptions_data();
+    void helpNamesTheOptions();
+};
+
+namespace
+{
+
+QJsonObject decoded(const QString &frame)
+{
+    KvtProcess kvt;
+    return kvt.run({QStringLiteral("decode"), QStringLiteral("--json"), frame}) == 0
+               ? kvt.outputObject()
+               : QJsonObject();
+}
+
+QString problemsOf(const QJsonObject &frame)
+{
+    QStringList problems;
+    for (const QJsonValue &problem : frame.value(QStringLiteral("problems")).toArray())
+        problems.append(problem.toString());
+    return problems.join(QStringLiteral("; "));
+}
+
+void checkBadInput(const QStringList &arguments, const QByteArray &named)
+{
+    KvtProcess kvt;
+    QCOMPARE(kvt.run(arguments), 2);
+    const QByteArray errors = kvt.errors();
+    QVERIFY2(errors.startsWith("kvt: ") && errors.count('\n') == 1, errors.constData());
+    QVERIFY2(errors.contains(named), errors.constData());
+    QVERIFY(kvt.output().isEmpty());
+}
+
+} // namespace
+
+void TestKvtDecode::framesAreSummarized_data()
+{
+    QTest::addColumn<QString>("kind");
+    QTest::addColumn<int>("station");
+    QTest::addColumn<QString>("part"); // of the summary
+    QTest::newRow("05 30 31 30 35 32 38 0D") << "request" << 1 << "read of 5.2.1 (or 5.b.40";
+    QTest::newRow("05 30 31 30 35 30 33 0D") << "request" << 1 << "read of 5.b.3,";
+    QTest::newRow("05 30 31 30 37 33 30 0D") << "request" << 1 << "read of 7.3.0 (or 7.b.48";
+    QTest::newRow("05 30 31 30 31 32 31 46 46 0D")
+        << "request" << 1 << "write of 255 (0xFF) to X 1.2.0 (or 1.b.33";
+    QTest::newRow("05 30 32 30 33 34 31 31 32 33 34 0D")
+        << "request" << 2 << "write of 4660 (0x1234) to D 3.4.0 (or 3.b.65";
+    QTest::newRow("05 30 32 30 33 34 39 31 32 33 34 0D")
+        << "request" << 2 << "to D 3.4.1 (or 3.b.73";
+    QTest::newRow("05 30 31 31 32 31 31 0D")
+        << "request" << 1 << "command without a value (or read of address byte 0x11), D 18.1.0";
+    QTest::newRow("06 30 31 31 32 41 42 0D") << "reply" << 1 << "value 4779 (0x12AB) of area D";
+    QTest::newRow("06 46 46 38 30 30 30 0D") << "reply" << 255 << "with sign -32768";
+    QTest::newRow("06 30 31 37 42 0D") << "reply" << 1 << "value 123 (0x7B) of area X, or ack";
+    QTest::newRow("15 30 31 30 31 0D") << "refusal" << 1 << "refused";
+    QTest::newRow("15 30 31 0D") << "refusal" << 1 << "refused";
+    QTest::newRow("16 07 00 02 01 00 01 00 00 00 64 00 01 00 00 00 00 00 00 00 00 86")
+        << "envelope" << 1 << "read of 1 in area D, number 100, at station 1 of PLC 2";
+    QTest::newRow("18 07 01 02 01 00 01 00 00 00 64 00 01 00 00 00 00 00 00 00 00 34 12 CF")
+        << "envelope" << 1 << "write of 1 in area D, number 100, at station 1 of PLC 2";
+}
+
+void TestKvtDecode::framesAreSummarized()
+{
+    QFETCH(QString, kind);
+    QFETCH(int, station);
+    QFETCH(QString, part);
+    const QString frame = QLatin1String(QTest::currentDataTag());
+    const QJsonObject object = decoded(frame);
+    QCOMPARE(object.value(QStringLiteral("frame")).toString(), frame);
+    QCOMPARE(object.value(QStringLiteral("kind")).toString(), kind);
+    QCOMPARE(object.value(QStringLiteral("station")).toInt(), station);
+    const QString summary = object.value(QStringLiteral("summary")).toString();
+    QVERIFY2(summary.contains(part), qPrintable(summary));
+    QCOMPARE(problemsOf(object), QString());
+}
+
+void TestKvtDecode::everyByteBelongsToAField_data()
+{
+    framesAreSummarized_data();
+    QTest::newRow("05 30 31") << QString() << 0 << QString();
+    QTest::newRow("06 30 31 30 30 30 30 30 0D 00") << QString() << 0 << QString();
+    QTest::newRow("FF") << QString() << 0 << QString();
+}
+
+void TestKvtDecode::everyByteBelongsToAField()
+{
+    const QJsonObject object = decoded(QLatin1String(QTest::currentDataTag()));
+    QStringList bytes;
+    int offset = 0;
+    for (const QJsonValue &field : object.value(QStringLiteral("fields")).toArray()) {
+        QCOMPARE(field[QStringLiteral("offset")].toInt(), offset);
+        bytes.append(field[QStringLiteral("bytes")].toString());
+        offset = bytes.join(QLatin1Char(' ')).size() / 3 + 1;
+    }
+    QCOMPARE(bytes.join(QLatin1Char(' ')), QLatin1String(QTest::currentDataTag()));
+}
+
+void TestKvtDecode::damagedFramesAreExplained_data()
+{
+    QTest::addColumn<QString>("problem");
+    QTest::newRow("05") << "before the end of its station";
+    QTest::newRow("05 30 31 30 35 32 38") << "does not end with CR";
+    QTest::newRow("05 30 31 30 35 32 38 0A") << "does not end with CR";
+    QTest::newRow("05 30 67 30 35 32 38 0D") << "station: 30 67 are not upper-case";
+    QTest::newRow("05 30 31 30 35 32 38 31 0D") << "a value has 2 digits";
+    QTest::newRow("06 30 31 31 32 0D 0D") << "7 bytes: replies have";
+    QTest::newRow("06 30 31 31 61 0D") << "value: 31 61 are not upper-case";
+    QTest::newRow("15") << "before the end of its station";
+    QTest::newRow("41 42") << "begins neither with ENQ";
+    QTest::newRow("16 07 00 02 01 00 01 00 00 00 64 00 01 00 00 00 00 00 00 00 00 87")
+        << "checksum is 0x87, the bytes before it add up to 0x86";
+}
+
+void TestKvtDecode::damagedFramesAreExplained()
+{
+    QFETCH(QString, problem);
+    const QString problems = problemsOf(decoded(QLatin1String(QTest::currentDataTag())));
+    QVERIFY2(problems.contains(problem), qPrintable(problems));
+}
+
+void TestKvtDecode::aReplyIsHeldAgainstItsRequest()
+{
+    KvtProcess kvt;
+    QCOMPARE(kvt.run({QStringLiteral("decode"), QStringLiteral("053031303132314646 0D"),
+                      QStringLiteral("063032 3231 0D")}),
+             0);
+    const QByteArray text = kvt.output();
+    QVERIFY2(text.contains("reply: acknowledgement of the write, from station 2 (6 bytes)\n"),
+             text);
+    QVERIFY2(text.contains("  wrong: the request was for station 1, the reply names station 2\n"),
+             text);
+}
+
+void TestKvtDecode::aRequestNamesItsTags()
+{
+    const QTemporaryDir folder;
+    QFile file(folder.filePath(QStringLiteral("tags.csv")));
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    file.write("name,area,address,station,type\nlevel,D,5.2.1,1,u16\nother,D,5.2.1,2,u16\n"
+               "recipe,C,5.3.0.4,1,u8\nvalve,X,5.4.0,1,bool\n");
+    file.close();
+    KvtProcess kvt;
+    QCOMPARE(kvt.run({QStringLiteral("decode"), QStringLiteral("--tags"), file.fileName(),
+                      QStringLiteral("053031303532380D"), QStringLiteral("053031303533300D"),
+                      QStringLiteral("0530313035343130310D"), QStringLiteral("053031303534300D")}),
+             0);
+    QVERIFY(kvt.readLineWith("request: ").contains("at station 1: level (D) (8 bytes)"));
+    QVERIFY(kvt.readLineWith("request: ").contains("at station 1: recipe (C) (8 bytes)"));
+    QVERIFY(kvt.readLineWith("request: ").contains("at station 1: valve (X) (10 bytes)"));
+    QVERIFY(kvt.readLineWith("request: ").contains("at station 1: valve (X) (8 bytes)"));
+}
+
+void TestKvtDecode::framesAreReadFromStandardInput()
+{
+    QProcess kvt;
+    kvt.start(QStringLiteral(KVT_PROGRAM),
+              {QStringLiteral("decode"), QStringLiteral("--json"), QStringLiteral("-")});
+    kvt.write("05 30 31 30 35 32 38 0D\n\n0630313132 41420d\n");
+    kvt.closeWriteChannel();
+    QVERIFY(kvt.waitForFinished());
+    QCOMPARE(kvt.exitCode(), 0);
+    const QByteArrayList lines = kvt.readAllStandardOutput().trimmed().split('\n');
+    QCOMPARE(lines.size(), 2);
+    for (const QByteArray &line : lines)
+        QVERIFY(QJsonDocument::fromJson(line).isObject());
+}
+
+void TestKvtDecode::badInputOfDecodeIsNamedInOneLine_data()
+{
+    QTest::addColumn<QStringList>("words");
+    QTest::addColumn<QByteArray>("named");
+    QTest::newRow("nothing") << QStringList() << QByteArray("decode");
+    QTest::newRow("no digits") << QStringList{"0G"} << QByteArray("\"0G\"");
+    QTest::newRow("half a byte") << QStringList{"05303"} << QByteArray("\"05303\"");
+    QTest::newRow("no such file") << QStringList{"missing.trace"} << QByteArray("missing.trace");
+    QTest::newRow("no trace") << QStringList{KVT_PROGRAM} << QByteArray("line 1");
+    QTest::newRow("too long") << QStringList{QString(8194, '0')} << QByteArray("4096");
+    QTest::newRow("an option") << QStringList{"--frobnicate"} << QByteArray("frobnicate");
+    QTest::newRow("no tag list") << QStringList{"--tags", "missing.csv", "05"}
+                                 << QByteArray("missing.csv");
+}
+
+void TestKvtDecode::badInputOfDecodeIsNamedInOneLine()
+{
+    QFETCH(QStringList, words);
+    QFETCH(QByteArray, named);
+    checkBadInput(QStringList(QStringLiteral("decode")) + words, named);
+}
+
+void TestKvtDecode::codesAreExplained_data()
+{
+    QTest::addColumn<QByteArray>("parts"); // parted by |
+    QTest::newRow("0") << QByteArray("0: this attempt failed and will be repeated");
+    QTest::newRow("1") << QByteArray("1: success");
+    QTest::newRow("11") << QByteArray("11: the reply was refused|requester 0|check the address");
+    QTest::newRow("22") << QByteArray("22: the reply was refused|requester 11\n");
+    QTest::newRow("41") << QByteArray("41: no reply in time|requester 0|check cable");
+    QTest::newRow("52") << QByteArray("52: no reply in time|requester 11\n");
+    QTest::newRow("73") << QByteArray("73: the reply had the wrong length|requester 2\n");
+    QTest::newRow("100") << QByteArray("100: success of a request to another PLC");
+    QTest::newRow("111") << QByteArray("111: the reply was refused|another PLC|requester 0");
+    QTest::newRow("141") << QByteArray("141: no reply from the other PLC|requester 0");
+    QTest::newRow("182") << QByteArray("182: the reply had the wrong length|requester 11\n");
+    QTest::newRow("200") << QByteArray("200: failed for an unknown reason");
+}
+
+void TestKvtDecode::codesAreExplained()
+{
+    QFETCH(QByteArray, parts);
+    KvtProcess kvt;
+    QCOMPARE(kvt.run({QStringLiteral("explain"), QLatin1String(QTest::currentDataTag())}), 0);
+    const QByteArray text = kvt.output();
+    for (const QByteArray &part : parts.split('|'))
+        QVERIFY2(text.contains(part), text);
+}
+
+void TestKvtDecode::codesAreExplainedAsJson()
+{
+    KvtProcess kvt;
+    QCOMPARE(kvt.run({QStringLiteral("explain"), QStringLiteral("--json"), QStringLiteral("1"),
+                      QStringLiteral("43")}),
+             0);
+    const QJsonObject success = kvt.readObject();
+    QCOMPARE(success.value(QStringLiteral("code")).toInt(), 1);
+    QCOMPARE(success.value(QStringLiteral("success")).toBool(), true);
+    const QJsonObject failure = kvt.readObject();
+    QCOMPARE(failure.value(QStringLiteral("code")).toInt(), 43);
+    QCOMPARE(failure.value(QStringLiteral("success")).toBool(true), false);
+    QCOMPARE(failure.value(QStringLiteral("requester")).toString(), QStringLiteral("requester 2"));
+    QVERIFY(failure.value(QStringLiteral("checks")).toArray().size() > 2);
+}
+
+void TestKvtDecode::badInputOfExplainIsNamedInOneLine_data()
+{
+    QTest::addColumn<QString>("word");
+    for (const char *word : {"", "5", "10", "23", "40", "53", "101", "183", "201", "x", "1.0",
+                             "99999999999", "--frobnicate"})
+        QTest::newRow(word) << QString::fromLatin1(word);
+}
+
+void TestKvtDecode::badInputOfExplainIsNamedInOneLine()
+{
+    QFETCH(QString, word);
+    checkBadInput({QStringLiteral("explain"), QStringLiteral("41"), word},
+                  word.mid(word.lastIndexOf(QLatin1Char('-')) + 1).toLatin1());
+}
+
+void TestKvtDecode::helpNamesTheOptions_data()
+{
+    QTest::addColumn<QByteArrayList>("options");
+    QTest::newRow("decode") << QByteArrayList{"--tags", "--json", "FRAME"};
+    QTest::newRow("explain") << QByteArrayList{"--json", "CODE"};
+    QTest::newRow("replay") << QByteArrayList{"--json", "--driver", "FILE"};
+    QTest::newRow("plan") << QByteArrayList{"--tags",    "--baud",   "--format", "--turnaround",
+                                            "--timeout", "--writes", "--asked",  "--overhead",
+                                            "--retries", "--json"};
+    QTest::newRow("tune") << QByteArrayList{"--tags", "--exchanges", "--margin", "--serial",
+                                            "--tcp",  "--trace",     "--json"};
+}
+
+void TestKvtDecode::helpNamesTheOptions()
+{
+    QFETCH(QByteArrayList, options);
+    KvtProcess kvt;
+    QCOMPARE(kvt.run({QLatin1String(QTest::currentDataTag()), QStringLiteral("--help")}), 0);
+    const QByteArray help = kvt.output();
+    QVERIFY(kvt.errors().isEmpty());
+    for (const QByteArray &option : options)
+        QVERIFY2(help.contains(option), option);
+}
+
+QTEST_GUILESS_MAIN(TestKvtDecode)
+#include "tst_kvt_decode.moc"

@@ -1,0 +1,128 @@
+// kvt plan: figures worked out by hand, and bad input.
+#include "tests/support/kvt_process.h"
+
+#include <QJsonArray>
+#include <QTemporaryDir>
+#include <QtTest>
+
+class TestKvtPlan : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase();
+    void theScanFollowsFromBytesAndTurnaround();
+    void speedAndFormatCount();
+    void aWriteBehindOthersWaitsForTheReadsBetween();
+    void whatIsAskedIsComparedWithWhatIsAchievable();
+    void badInputIsNamedInOneLine_data();
+    void badInputIsNamedInOneLine();
+
+private:
+    QTemporaryDir folder_;
+    QString tagFile() const { return folder_.filePath(QStringLiteral("tags.csv")); }
+    QStringList arguments(const char *more) const
+    {
+        return QStringList{QStringLiteral("plan"), QStringLiteral("--tags"), tagFile()} +
+               QString::fromLatin1(more).split(QLatin1Char(' '));
+    }
+    QJsonObject plan(const char *more) const
+    {
+        KvtProcess kvt;
+        return kvt.run(arguments(more) + QStringList(QStringLiteral("--json"))) == 0
+                   ? kvt.outputObject()
+                   : QJsonObject();
+    }
+};
+
+// A byte, a word and a block: 14 + 16 + 152 bytes a scan.
+void TestKvtPlan::initTestCase()
+{
+    QFile file(tagFile());
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    file.write("name,area,address,station,type\nvalve,X,1.2.0,1,bool\nlevel,D,5.2.1,1,u16\n"
+               "recipe,C,7.0.1.4,2,u8\nlast,C,7.0.1.69,2,u8\n");
+}
+
+void TestKvtPlan::theScanFollowsFromBytesAndTurnaround()
+{
+    const QJsonObject object = plan("--baud 9600 --turnaround 4 --overhead 1000");
+    QCOMPARE(object.value(QStringLiteral("reads")).toInt(), 3);
+    QCOMPARE(object.value(QStringLiteral("bytes")).toInt(), 182);
+    // 182 bytes of 10 bits at 9,600 baud are 189.58 ms.
+    const double scan_ms = object.value(QStringLiteral("scan_ms")).toDouble();
+    QVERIFY(qAbs(scan_ms - (189.583 + 3 * 4 + 3 * 1)) < 0.01);
+    QCOMPARE(object[QStringLiteral("scanAt_ms")][QStringLiteral("9600")].toDouble(), scan_ms);
+    QCOMPARE(object.value(QStringLiteral("stations")).toArray().size(), 2);
+}
+
+void TestKvtPlan::speedAndFormatCount()
+{
+    const double at8N1_ms =
+        plan("--baud 1200 --turnaround 0 --overhead 0").value(QStringLiteral("scan_ms")).toDouble();
+    const double at7E2_ms = plan("--baud 1200 --turnaround 0 --overhead 0 --format 7E2")
+                                .value(QStringLiteral("scan_ms"))
+                                .toDouble();
+    QVERIFY(qAbs(at8N1_ms - 1516.667) < 0.01);
+    QVERIFY(qAbs(at7E2_ms - 1668.333) < 0.01);
+}
+
+void TestKvtPlan::aWriteBehindOthersWaitsForTheReadsBetween()
+{
+    // At 1,200 baud: 18 bytes of a write take 150 ms, 152 of a block 1,266.7 ms.
+    const QJsonObject object = plan("--baud 1200 --turnaround 0 --overhead 0 --writes 7");
+    QVERIFY(qAbs(object.value(QStringLiteral("writeAlone_ms")).toDouble() - 1416.667) < 0.01);
+    QVERIFY(qAbs(object.value(QStringLiteral("writeBusy_ms")).toDouble() -
+                 (9 * 150 + 12 * 1266.6667)) < 0.01);
+}
+
+void TestKvtPlan::whatIsAskedIsComparedWithWhatIsAchievable()
+{
+    KvtProcess kvt;
+    QCOMPARE(kvt.run(arguments("--asked 100")), 0);
+    const QByteArray text = kvt.output();
+    QVERIFY2(text.contains("\n100 ms asked, 196.2 ms achievable; 38400 baud would do\n"), text);
+    QVERIFY(kvt.errors().isEmpty());
+    const QJsonObject slow = plan("--asked 100");
+    QCOMPARE(slow.value(QStringLiteral("achievable")).toBool(true), false);
+    QCOMPARE(slow.value(QStringLiteral("asked_ms")).toInt(), 100);
+    QCOMPARE(plan("--asked 100 --baud 38400").value(QStringLiteral("achievable")).toBool(), true);
+    KvtProcess never;
+    QCOMPARE(never.run(arguments("--asked 1")), 0);
+    QVERIFY(never.output().contains("no speed up to 115200 baud is enough"));
+}
+
+void TestKvtPlan::badInputIsNamedInOneLine_data()
+{
+    QTest::addColumn<QStringList>("words");
+    QTest::addColumn<QByteArray>("named");
+    QTest::newRow("no tags") << QStringList() << QByteArray("--tags");
+    QTest::newRow("no file") << QStringList{"--tags", "missing.csv"} << QByteArray("missing.csv");
+    for (const char *option :
+         {"baud", "turnaround", "overhead", "timeout", "retries", "writes", "asked"})
+        for (const char *value : {"-1", "x", "99999999"})
+            QTest::addRow("%s %s", option, value)
+                << QStringList{"--tags", tagFile(),
+                               QStringLiteral("--%1=%2").arg(QLatin1String(option),
+                                                             QLatin1String(value))}
+                << QByteArray(option);
+    QTest::newRow("format") << QStringList{"--tags", tagFile(), "--format", "9X9"}
+                            << QByteArray("--format");
+    QTest::newRow("a word") << QStringList{"--tags", tagFile(), "word"} << QByteArray("word");
+    QTest::newRow("an option") << QStringList{"--frobnicate"} << QByteArray("frobnicate");
+}
+
+void TestKvtPlan::badInputIsNamedInOneLine()
+{
+    QFETCH(QStringList, words);
+    QFETCH(QByteArray, named);
+    KvtProcess kvt;
+    QCOMPARE(kvt.run(QStringList(QStringLiteral("plan")) + words), 2);
+    const QByteArray errors = kvt.errors();
+    QVERIFY2(errors.startsWith("kvt: ") && errors.count('\n') == 1, errors);
+    QVERIFY2(errors.contains(named), errors);
+    QVERIFY(kvt.output().isEmpty());
+}
+
+QTEST_GUILESS_MAIN(TestKvtPlan)
+#include "tst_kvt_plan.moc"

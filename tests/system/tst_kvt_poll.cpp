@@ -1,0 +1,292 @@
+// kvt poll against kvt sim, on a pseudo-terminal and over TCP.
+#include "tests/support/simulated_line.h"
+
+#include <QJsonArray>
+#include <QtTest>
+
+Q_DECLARE_METATYPE(SimulatedLine::Kind)
+
+namespace
+{
+
+QStringList pollArguments(const SimulatedLine &line, const char *more)
+{
+    return line.arguments(QStringLiteral("poll ") + QString::fromLatin1(more)) +
+           QStringList{QStringLiteral("--tags"), line.tagFile()};
+}
+
+// What a terminal gets to see of three scans; `more` is added to the environment.
+QByteArray pollOnTerminal(const SimulatedLine &line, const QProcessEnvironment &more)
+{
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.remove(QStringLiteral("NO_COLOR"));
+    environment.insert(more);
+    QProcess terminal;
+    terminal.setProcessEnvironment(environment);
+    const QString command =
+        QStringLiteral(KVT_PROGRAM " ") + pollArguments(line, "--cycles 3").join(QLatin1Char(' '));
+    terminal.start(QStringLiteral("script"),
+                   {QStringLiteral("--quiet"), QStringLiteral("--command"), command,
+                    QStringLiteral("/dev/null")});
+    terminal.waitForFinished();
+    return terminal.readAllStandardOutput();
+}
+
+// All lines of standard output as JSON objects.
+QVector<QJsonObject> objects(KvtProcess *kvt)
+{
+    QVector<QJsonObject> result;
+    const QByteArrayList lines = kvt->output().trimmed().split('\n');
+    for (const QByteArray &line : lines)
+        result.append(QJsonDocument::fromJson(line).object());
+    return result;
+}
+
+QJsonObject tagOf(const QJsonObject &shown, const char *name)
+{
+    const QJsonArray tags = shown.value(QStringLiteral("tags")).toArray();
+    for (const QJsonValue &tag : tags)
+        if (tag.toObject().value(QStringLiteral("name")).toString() == QLatin1String(name))
+            return tag.toObject();
+    return QJsonObject();
+}
+
+QJsonObject totalOf(const QJsonObject &shown)
+{
+    return shown.value(QStringLiteral("summary"))
+        .toObject()
+        .value(QStringLiteral("total"))
+        .toObject();
+}
+
+} // namespace
+
+class TestKvtPoll : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void everyTagIsShownAsJson_data();
+    void everyTagIsShownAsJson();
+    void aPipeGetsLinesForWhatHasChanged();
+    void aTerminalGetsATableInPlace();
+    void colourIsLeftOutOnRequest();
+    void itEndsAfterTheTimeAsked();
+    void ctrlCEndsWithTheSummary();
+    void aDeadStationIsShownAndTold();
+    void faultsAreCounted();
+    void aLineThatCannotBeOpenedIsAnErrorOfItsOwn();
+    void aLineThatBreaksIsWaitedFor();
+    void badInputIsNamed_data();
+    void badInputIsNamed();
+    void aBadTagListIsNamedByLine();
+};
+
+void TestKvtPoll::everyTagIsShownAsJson_data()
+{
+    QTest::addColumn<SimulatedLine::Kind>("kind");
+    QTest::newRow("pty") << SimulatedLine::Kind::Pty;
+    QTest::newRow("tcp") << SimulatedLine::Kind::Tcp;
+}
+
+void TestKvtPoll::everyTagIsShownAsJson()
+{
+    QFETCH(SimulatedLine::Kind, kind);
+    const SimulatedLine line(kind);
+    QVERIFY(line.isReady());
+    KvtProcess write;
+    QCOMPARE(write.run(line.arguments(QStringLiteral("write")) +
+                       QStringList{QStringLiteral("--tags"), line.tagFile(), QStringLiteral("--"),
+                                   QStringLiteral("offset"), QStringLiteral("-2")}),
+             0);
+    KvtProcess kvt;
+    QCOMPARE(kvt.run(pollArguments(line, "--cycles 3 --json")), 0);
+    const QVector<QJsonObject> shown = objects(&kvt);
+    QVERIFY(shown.size() >= 2);
+    const QJsonObject last = shown.at(shown.size() - 2);
+    QCOMPARE(last.value(QStringLiteral("tags")).toArray().size(), 5);
+    QCOMPARE(last.value(QStringLiteral("line_up")).toBool(), true);
+    QVERIFY(last.value(QStringLiteral("scans")).toInt() >= 3);
+    const QJsonObject offset = tagOf(last, "offset");
+    QCOMPARE(offset.value(QStringLiteral("value")).toInt(), -2);
+    QCOMPARE(offset.value(QStringLiteral("text")).toString(), QStringLiteral("-2"));
+    QCOMPARE(offset.value(QStringLiteral("quality")).toString(), QStringLiteral("good"));
+    QCOMPARE(offset.value(QStringLiteral("result")).toString(), QStringLiteral("ok"));
+    QVERIFY(offset.value(QStringLiteral("age_ms")).toDouble(-1) >= 0);
+    QVERIFY(totalOf(shown.last()).value(QStringLiteral("exchanges")).toInt() >= 15);
+    QVERIFY(kvt.errors().isEmpty());
+}
+
+void TestKvtPoll::aPipeGetsLinesForWhatHasChanged()
+{
+    const SimulatedLine line(SimulatedLine::Kind::Pty,
+                             {QStringLiteral("--values"), QStringLiteral("constant")});
+    KvtProcess kvt;
+    kvt.start(pollArguments(line, "--interval 20"));
+    QSet<QByteArray> names;
+    while (names.size() < 5) {
+        const QByteArrayList words = kvt.readLine().simplified().split(' ');
+        QVERIFY(kvt.isRunning());
+        if (words.value(3) == "good")
+            names.insert(words.value(1));
+    }
+    QCOMPARE(names, QSet<QByteArray>({"valve", "level", "offset", "speed", "recipe"}));
+    kvt.interrupt();
+    QCOMPARE(kvt.finish(), 0);
+    // Values that stand still are not printed again.
+    const QByteArray rest = kvt.output();
+    QVERIFY2(rest.startsWith("\nscans "), rest.constData());
+    QVERIFY(rest.contains(", failed 0"));
+    QVERIFY(!rest.contains('\x1b'));
+}
+
+void TestKvtPoll::aTerminalGetsATableInPlace()
+{
+    const SimulatedLine line(SimulatedLine::Kind::Pty);
+    const QByteArray screen = pollOnTerminal(line, QProcessEnvironment());
+    QVERIFY2(screen.contains("tag     area  address"), screen.constData());
+    QVERIFY(screen.contains("\x1b[32mgood      \x1b[0m"));
+    QCOMPARE(screen.count("recipe  C     2:7.0.1.4"), screen.count("valve   X     1:1.2.0"));
+}
+
+void TestKvtPoll::colourIsLeftOutOnRequest()
+{
+    const SimulatedLine line(SimulatedLine::Kind::Pty);
+    QProcessEnvironment environment;
+    environment.insert(QStringLiteral("NO_COLOR"), QStringLiteral("1"));
+    const QByteArray screen = pollOnTerminal(line, environment);
+    QVERIFY2(screen.contains("  good        "), screen.constData());
+    QVERIFY(!screen.contains("\x1b[32m"));
+}
+
+void TestKvtPoll::itEndsAfterTheTimeAsked()
+{
+    const SimulatedLine line(SimulatedLine::Kind::Pty);
+    KvtProcess kvt;
+    QCOMPARE(kvt.run(pollArguments(line, "--seconds 1 --json --interval 100")), 0);
+    const QVector<QJsonObject> shown = objects(&kvt);
+    const double elapsed_ms =
+        shown.at(shown.size() - 2).value(QStringLiteral("elapsed_ms")).toDouble();
+    QVERIFY(elapsed_ms >= 1000);
+}
+
+void TestKvtPoll::ctrlCEndsWithTheSummary()
+{
+    const SimulatedLine line(SimulatedLine::Kind::Tcp);
+    KvtProcess kvt;
+    kvt.start(pollArguments(line, "--json --interval 20"));
+    while (tagOf(kvt.readObject(), "recipe").value(QStringLiteral("quality")).toString() !=
+           QStringLiteral("good"))
+        QVERIFY(kvt.isRunning());
+    kvt.interrupt();
+    QCOMPARE(kvt.finish(), 0);
+    const QJsonObject summary = objects(&kvt).last();
+    QVERIFY(summary.value(QStringLiteral("scans")).toInt() >= 1);
+    QCOMPARE(summary.value(QStringLiteral("summary"))
+                 .toObject()
+                 .value(QStringLiteral("stations"))
+                 .toObject()
+                 .keys(),
+             QStringList({QStringLiteral("1"), QStringLiteral("2")}));
+}
+
+void TestKvtPoll::aDeadStationIsShownAndTold()
+{
+    const SimulatedLine line(SimulatedLine::Kind::Pty,
+                             {QStringLiteral("--faults"), QStringLiteral("noreply=100%@2")});
+    KvtProcess kvt;
+    QCOMPARE(kvt.run(pollArguments(line, "--cycles 6 --timeout 200 --retries 0 --json")), 1);
+    const QVector<QJsonObject> shown = objects(&kvt);
+    const QJsonObject last = shown.at(shown.size() - 2);
+    QCOMPARE(tagOf(last, "level").value(QStringLiteral("quality")).toString(),
+             QStringLiteral("good"));
+    const QJsonObject speed = tagOf(last, "speed");
+    QCOMPARE(speed.value(QStringLiteral("quality")).toString(), QStringLiteral("never read"));
+    QCOMPARE(speed.value(QStringLiteral("result")).toString(), QStringLiteral("no reply (41)"));
+    QVERIFY(!speed.contains(QStringLiteral("value")));
+    const QByteArray errors = kvt.errors();
+    QVERIFY2(errors.contains("kvt: station 2 does not answer"), errors.constData());
+    QVERIFY2(errors.endsWith("kvt: 2 of 5 tags have no good value\n"), errors.constData());
+}
+
+void TestKvtPoll::faultsAreCounted()
+{
+    SimulatedLine line(SimulatedLine::Kind::Pty,
+                       {QStringLiteral("--faults"), QStringLiteral("badend=every7")});
+    KvtProcess kvt;
+    QCOMPARE(kvt.run(pollArguments(line, "--cycles 20 --timeout 150 --json")), 0);
+    const QJsonObject total = totalOf(objects(&kvt).last());
+    line.plc().interrupt();
+    QCOMPARE(line.plc().finish(), 0);
+    const int retries = total.value(QStringLiteral("retries")).toInt();
+    QVERIFY(retries > 0);
+    QVERIFY(total.value(QStringLiteral("recoveries")).toInt() > 0);
+    const QByteArray summary = line.plc().output();
+    const int committed = summary.mid(summary.indexOf("badend ") + 7).trimmed().toInt();
+    // The last request may have been given up when the poll ended.
+    QVERIFY2(committed - retries <= 1, summary.constData());
+}
+
+void TestKvtPoll::aLineThatCannotBeOpenedIsAnErrorOfItsOwn()
+{
+    const SimulatedLine line(SimulatedLine::Kind::Pty);
+    KvtProcess kvt;
+    QCOMPARE(kvt.run({QStringLiteral("poll"), QStringLiteral("--tags"), line.tagFile(),
+                      QStringLiteral("--serial"), QStringLiteral("/nowhere/plc")}),
+             3);
+    QCOMPARE(kvt.errors(), QByteArray("kvt: /nowhere/plc: No such file or directory\n"));
+    QVERIFY(kvt.output().isEmpty());
+}
+
+void TestKvtPoll::aLineThatBreaksIsWaitedFor()
+{
+    const SimulatedLine line(SimulatedLine::Kind::Pty,
+                             {QStringLiteral("--faults"), QStringLiteral("break=7-7:200ms")});
+    KvtProcess kvt;
+    QCOMPARE(kvt.run(pollArguments(line, "--cycles 5")), 0);
+    const QByteArray errors = kvt.errors();
+    QVERIFY2(errors.startsWith("kvt: the line is down: "), errors.constData());
+    QVERIFY2(errors.endsWith("\nkvt: the line is up again\n"), errors.constData());
+    QVERIFY(kvt.output().contains("line failures: 1\n"));
+}
+
+void TestKvtPoll::badInputIsNamed_data()
+{
+    QTest::addColumn<QString>("named");
+    QTest::newRow("poll --serial x") << "--tags";
+    QTest::newRow("poll --tags x") << "--serial";
+    QTest::newRow("poll --tags x --serial x --cycles 0") << "--cycles";
+    QTest::newRow("poll --tags x --serial x --seconds now") << "--seconds";
+    QTest::newRow("poll --tags x --serial x --interval 1") << "--interval";
+    QTest::newRow("poll --tags /nowhere/tags.csv --serial x") << "/nowhere/tags.csv";
+    QTest::newRow("poll level --tags x --serial x") << "level";
+}
+
+void TestKvtPoll::badInputIsNamed()
+{
+    QFETCH(QString, named);
+    KvtProcess kvt;
+    QCOMPARE(kvt.run(QString::fromLatin1(QTest::currentDataTag()).split(QLatin1Char(' '))), 2);
+    const QString errors = QString::fromUtf8(kvt.errors());
+    QVERIFY2(errors.startsWith(QStringLiteral("kvt: ")) && errors.contains(named),
+             qPrintable(errors));
+    QCOMPARE(errors.count(QLatin1Char('\n')), 1);
+}
+
+void TestKvtPoll::aBadTagListIsNamedByLine()
+{
+    QTemporaryDir folder;
+    const QString path = folder.filePath(QStringLiteral("tags.csv"));
+    QFile file(path);
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    file.write("name,area,address,station,type\nlevel,D,5.2.1,1,u16\nspeed,D,5.2,1,u16\n");
+    file.close();
+    KvtProcess kvt;
+    QCOMPARE(kvt.run({QStringLiteral("poll"), QStringLiteral("--tags"), path,
+                      QStringLiteral("--serial"), QStringLiteral("x")}),
+             2);
+    QVERIFY(kvt.errors().startsWith("kvt: " + path.toUtf8() + ":3: "));
+}
+
+QTEST_GUILESS_MAIN(TestKvtPoll)
+#include "tst_kvt_poll.moc"

@@ -1,0 +1,272 @@
+// kvt read and kvt write against kvt sim, on a pseudo-terminal and over TCP.
+#include "tests/support/simulated_line.h"
+
+#include <QJsonArray>
+#include <QtTest>
+
+Q_DECLARE_METATYPE(SimulatedLine::Kind)
+
+namespace
+{
+
+const QString JSON = QStringLiteral("--json");
+
+QStringList words(const char *text)
+{
+    return QString::fromLatin1(text).split(QLatin1Char(' '));
+}
+
+// The only entry of what kvt read --json prints.
+QJsonObject onlyRead(KvtProcess *kvt)
+{
+    const QJsonArray reads = kvt->outputObject().value(QStringLiteral("reads")).toArray();
+    return reads.size() == 1 ? reads.first().toObject() : QJsonObject();
+}
+
+} // namespace
+
+class TestKvtRead : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void whatIsWrittenIsReadAgain_data();
+    void whatIsWrittenIsReadAgain();
+    void theWireCarriesOneRequestForEach();
+    void valuesOfSeveralAddressesComeInOrder();
+    void namesOfTagsStandForAddresses();
+    void aBlockIsReadForItsElement();
+    void aRefusalIsToldInWords();
+    void aStationThatIsNotThereGivesNoReply();
+    void aRefusedWriteIsToldInWords();
+    void aWriteWithoutReplyIsUncertain();
+    void aLineThatCannotBeOpenedIsAnErrorOfItsOwn();
+    void aLineThatBreaksEndsTheWait();
+    void ctrlCEndsTheWait();
+    void badInputIsNamedInOneLine_data();
+    void badInputIsNamedInOneLine();
+};
+
+void TestKvtRead::whatIsWrittenIsReadAgain_data()
+{
+    QTest::addColumn<SimulatedLine::Kind>("kind");
+    QTest::newRow("pty") << SimulatedLine::Kind::Pty;
+    QTest::newRow("tcp") << SimulatedLine::Kind::Tcp;
+}
+
+void TestKvtRead::whatIsWrittenIsReadAgain()
+{
+    QFETCH(SimulatedLine::Kind, kind);
+    const SimulatedLine line(kind);
+    QVERIFY(line.isReady());
+    KvtProcess write;
+    QCOMPARE(write.run(line.arguments(QStringLiteral("write D 5.2.1 4660"))), 0);
+    QVERIFY(write.output().startsWith("D 5.2.1 at station 1: 4660 acknowledged, "));
+    KvtProcess read;
+    QCOMPARE(read.run(line.arguments(QStringLiteral("read D 5.2.1"))), 0);
+    QVERIFY(read.output().startsWith("D 5.2.1 at station 1: 4660, "));
+    QVERIFY(read.errors().isEmpty());
+    KvtProcess json;
+    QCOMPARE(json.run(line.arguments(QStringLiteral("read d 5.2.1 --type hex --json"))), 0);
+    const QJsonObject object = onlyRead(&json);
+    QCOMPARE(object.value(QStringLiteral("value")).toInt(), 0x1234);
+    QCOMPARE(object.value(QStringLiteral("text")).toString(), QStringLiteral("0x1234"));
+    QCOMPARE(object.value(QStringLiteral("ok")).toBool(), true);
+    QCOMPARE(object.value(QStringLiteral("outcome")).toString(), QStringLiteral("ok"));
+    QCOMPARE(object.value(QStringLiteral("result")).toInt(), 1);
+    QCOMPARE(object.value(QStringLiteral("attempts")).toInt(), 1);
+    QVERIFY(object.value(QStringLiteral("reply_ms")).toDouble() > 0);
+}
+
+// Nothing is polled beside what was asked for.
+void TestKvtRead::theWireCarriesOneRequestForEach()
+{
+    SimulatedLine line(SimulatedLine::Kind::Pty, {QStringLiteral("--log")});
+    QVERIFY(line.isReady());
+    KvtProcess write;
+    QCOMPARE(write.run(line.arguments(QStringLiteral("write X 1.2.0 255"))), 0);
+    KvtProcess read;
+    QCOMPARE(read.run(line.arguments(QStringLiteral("read D 5.2.1"))), 0);
+    QVERIFY(line.plc().readLine().startsWith(
+        "1 station 1 write: 05 30 31 30 31 32 31 46 46 0D -> 06 30 31 "));
+    QVERIFY(
+        line.plc().readLine().startsWith("2 station 1 read: 05 30 31 30 35 32 38 0D -> 06 30 31 "));
+    line.plc().interrupt();
+    QCOMPARE(line.plc().finish(), 0);
+    QVERIFY(line.plc().output().startsWith("exchanges 2, "));
+}
+
+void TestKvtRead::valuesOfSeveralAddressesComeInOrder()
+{
+    const SimulatedLine line(SimulatedLine::Kind::Pty);
+    KvtProcess kvt;
+    QCOMPARE(kvt.run(line.arguments(QStringLiteral("read D 5.2.1 3.4.0 5.2.1 --type s16"))), 0);
+    const QByteArrayList lines = kvt.output().trimmed().split('\n');
+    QCOMPARE(lines.size(), 3);
+    QVERIFY(lines.at(0).startsWith("D 5.2.1 at"));
+    QVERIFY(lines.at(1).startsWith("D 3.4.0 at"));
+    QVERIFY(lines.at(2).startsWith("D 5.2.1 at"));
+}
+
+void TestKvtRead::namesOfTagsStandForAddresses()
+{
+    const SimulatedLine line(SimulatedLine::Kind::Pty);
+    const QStringList tags = {QStringLiteral("--tags"), line.tagFile()};
+    KvtProcess write;
+    QCOMPARE(write.run(line.arguments(QStringLiteral("write")) + tags + words("-- offset -300")),
+             0);
+    QVERIFY(write.output().startsWith("D 3.4.0 at station 1: -300 acknowledged"));
+    KvtProcess read;
+    QCOMPARE(read.run(line.arguments(QStringLiteral("read offset --json")) + tags), 0);
+    const QJsonObject object = onlyRead(&read);
+    QCOMPARE(object.value(QStringLiteral("name")).toString(), QStringLiteral("offset"));
+    QCOMPARE(object.value(QStringLiteral("value")).toInt(), -300);
+    KvtProcess unknown;
+    QCOMPARE(unknown.run(line.arguments(QStringLiteral("read nothing")) + tags), 2);
+    QVERIFY(unknown.errors().contains("there is no tag \"nothing\""));
+}
+
+void TestKvtRead::aBlockIsReadForItsElement()
+{
+    SimulatedLine line(
+        SimulatedLine::Kind::Pty,
+        {QStringLiteral("--log"), QStringLiteral("--values"), QStringLiteral("constant")});
+    KvtProcess kvt;
+    QCOMPARE(kvt.run(line.arguments(QStringLiteral("read C 7.0.1.4 --station 2 --json"))), 0);
+    const int value = onlyRead(&kvt).value(QStringLiteral("value")).toInt(-1);
+    const QByteArray exchange = line.plc().readLine();
+    const QByteArray reply = QByteArray::fromHex(exchange.mid(exchange.indexOf("->") + 2));
+    QCOMPARE(reply.size(), 144);
+    // Two digits for each element, behind the three leading bytes.
+    QCOMPARE(value, reply.mid(3 + 2 * 4, 2).toInt(nullptr, 16));
+}
+
+void TestKvtRead::aRefusalIsToldInWords()
+{
+    const SimulatedLine line(SimulatedLine::Kind::Pty);
+    KvtProcess kvt;
+    QCOMPARE(kvt.run(line.arguments(QStringLiteral("read D 9.9.0 5.2.1 --retries 1"))), 1);
+    // 71: a refusal is shorter than a word's reply, and that is what the driver sees first.
+    QCOMPARE(kvt.errors(), QByteArray("kvt: D 9.9.0 at station 1: refused (71) at 2 attempts\n"));
+    QVERIFY(kvt.output().startsWith("D 5.2.1 at station 1: "));
+}
+
+void TestKvtRead::aStationThatIsNotThereGivesNoReply()
+{
+    const SimulatedLine line(SimulatedLine::Kind::Tcp);
+    KvtProcess kvt;
+    QCOMPARE(kvt.run(line.arguments(
+                 QStringLiteral("read D 5.2.1 --station 7 --timeout 20 --retries 0 --json"))),
+             1);
+    const QJsonObject object = onlyRead(&kvt);
+    QCOMPARE(object.value(QStringLiteral("ok")).toBool(true), false);
+    QCOMPARE(object.value(QStringLiteral("outcome")).toString(), QStringLiteral("no reply (41)"));
+    QCOMPARE(object.value(QStringLiteral("result")).toInt(), 41);
+    QVERIFY(!object.contains(QStringLiteral("value")));
+}
+
+void TestKvtRead::aRefusedWriteIsToldInWords()
+{
+    const SimulatedLine line(SimulatedLine::Kind::Pty);
+    KvtProcess text;
+    QCOMPARE(text.run(line.arguments(QStringLiteral("write D 9.9.0 1 --retries 0"))), 1);
+    QCOMPARE(text.errors(), QByteArray("kvt: D 9.9.0 at station 1: refused (11)\n"));
+    KvtProcess json;
+    QCOMPARE(json.run(line.arguments(QStringLiteral("write D 9.9.0 1 --retries 0 --json"))), 1);
+    const QJsonObject object = json.outputObject();
+    QCOMPARE(object.value(QStringLiteral("state")).toString(), QStringLiteral("refused"));
+    QCOMPARE(object.value(QStringLiteral("uncertain")).toBool(true), false);
+}
+
+void TestKvtRead::aWriteWithoutReplyIsUncertain()
+{
+    const SimulatedLine line(SimulatedLine::Kind::Pty,
+                             {QStringLiteral("--faults"), QStringLiteral("noreply=100%")});
+    KvtProcess kvt;
+    QCOMPARE(
+        kvt.run(line.arguments(QStringLiteral("write D 5.2.1 1 --timeout 20 --retries 0 --json"))),
+        1);
+    const QJsonObject object = kvt.outputObject();
+    QCOMPARE(object.value(QStringLiteral("state")).toString(), QStringLiteral("timed out"));
+    QCOMPARE(object.value(QStringLiteral("uncertain")).toBool(), true);
+}
+
+void TestKvtRead::aLineThatCannotBeOpenedIsAnErrorOfItsOwn()
+{
+    KvtProcess serial;
+    QCOMPARE(serial.run(words("read D 5.2.1 --serial /nowhere/plc")), 3);
+    QCOMPARE(serial.errors(), QByteArray("kvt: /nowhere/plc: No such file or directory\n"));
+    KvtProcess write;
+    QCOMPARE(write.run(words("write D 5.2.1 1 --serial /dev/null")), 3);
+    QVERIFY(write.errors().startsWith("kvt: /dev/null: "));
+    SimulatedLine line(SimulatedLine::Kind::Tcp);
+    const QStringList arguments = line.arguments(QStringLiteral("read D 5.2.1"));
+    line.plc().interrupt();
+    QCOMPARE(line.plc().finish(), 0);
+    KvtProcess tcp;
+    QCOMPARE(tcp.run(arguments), 3);
+    QVERIFY(tcp.errors().contains("Connection refused"));
+}
+
+void TestKvtRead::aLineThatBreaksEndsTheWait()
+{
+    const SimulatedLine line(SimulatedLine::Kind::Tcp,
+                             {QStringLiteral("--faults"), QStringLiteral("break=100%:60s")});
+    KvtProcess kvt;
+    QCOMPARE(kvt.run(line.arguments(QStringLiteral("read D 5.2.1 --timeout 500"))), 3);
+    QVERIFY(kvt.errors().contains("the other end is gone"));
+}
+
+void TestKvtRead::ctrlCEndsTheWait()
+{
+    SimulatedLine line(
+        SimulatedLine::Kind::Pty,
+        {QStringLiteral("--faults"), QStringLiteral("noreply=100%"), QStringLiteral("--log")});
+    KvtProcess kvt;
+    kvt.start(line.arguments(QStringLiteral("read D 5.2.1 --timeout 1000 --retries 100")));
+    QVERIFY(!line.plc().readLine().isNull());
+    kvt.interrupt();
+    QCOMPARE(kvt.finish(), 1);
+    QCOMPARE(kvt.errors(), QByteArray("kvt: interrupted\n"));
+}
+
+void TestKvtRead::badInputIsNamedInOneLine_data()
+{
+    QTest::addColumn<QString>("named");
+    QTest::newRow("read D") << "address";
+    QTest::newRow("read E 1.2.0 --serial x") << "\"E\" is no area";
+    QTest::newRow("read D 1.2 --serial x") << "address 1.2: ";
+    QTest::newRow("read D 1.2.x --serial x") << "address 1.2.x: ";
+    QTest::newRow("read D 1.2.0") << "--serial";
+    QTest::newRow("read D 1.2.0 --serial x --tcp y:1") << "--serial";
+    QTest::newRow("read D 1.2.0 --tcp host") << "--tcp: \"host\"";
+    QTest::newRow("read D 1.2.0 --tcp host:0") << "--tcp";
+    QTest::newRow("read D 1.2.0 --serial x --baud 12345") << "--baud";
+    QTest::newRow("read D 1.2.0 --serial x --format 8X1") << "--format";
+    QTest::newRow("read D 1.2.0 --serial x --timeout 0") << "--timeout";
+    QTest::newRow("read D 1.2.0 --serial x --retries 101") << "--retries";
+    QTest::newRow("read D 1.2.0 --serial x --station 256") << "--station";
+    QTest::newRow("read D 1.2.0 --serial x --type u8") << "--type";
+    QTest::newRow("read D 1.2.0 --serial x --driver /nowhere/driver.so") << "--driver";
+    QTest::newRow("read C 7.0.0.0 7.1.0.0 --serial x") << "second part";
+    QTest::newRow("read level --tags /nowhere/tags.csv --serial x") << "/nowhere/tags.csv";
+    QTest::newRow("write D 1.2.0 --serial x") << "value";
+    QTest::newRow("write D 1.2.0 70000 --serial x") << "value \"70000\"";
+    QTest::newRow("write X 1.2.0 maybe --type bool --serial x") << "value \"maybe\"";
+    QTest::newRow("write C 7.0.0.0 1 --serial x") << "area C";
+}
+
+void TestKvtRead::badInputIsNamedInOneLine()
+{
+    QFETCH(QString, named);
+    KvtProcess kvt;
+    QCOMPARE(kvt.run(words(QTest::currentDataTag())), 2);
+    const QString errors = QString::fromUtf8(kvt.errors());
+    QVERIFY2(errors.startsWith(QStringLiteral("kvt: ")) && errors.contains(named),
+             qPrintable(errors));
+    QCOMPARE(errors.count(QLatin1Char('\n')), 1);
+    QVERIFY(kvt.output().isEmpty());
+}
+
+QTEST_GUILESS_MAIN(TestKvtRead)
+#include "tst_kvt_read.moc"

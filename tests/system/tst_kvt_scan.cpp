@@ -1,0 +1,137 @@
+// kvt scan against kvt sim, on a pseudo-terminal and over TCP.
+#include "tests/support/simulated_line.h"
+
+#include <QtTest>
+
+Q_DECLARE_METATYPE(SimulatedLine::Kind)
+
+class TestKvtScan : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void theStationsThatAnswerAreNamed_data();
+    void theStationsThatAnswerAreNamed();
+    void everyStationIsAnObjectOfJson();
+    void aDamagedReplyIsShown();
+    void noAnswerAtAllIsAFailure();
+    void ctrlCEndsWithTheSummary();
+    void aLineThatCannotBeOpenedIsAnErrorOfItsOwn();
+    void badInputIsNamedInOneLine_data();
+    void badInputIsNamedInOneLine();
+};
+
+void TestKvtScan::theStationsThatAnswerAreNamed_data()
+{
+    QTest::addColumn<SimulatedLine::Kind>("kind");
+    QTest::newRow("pty") << SimulatedLine::Kind::Pty;
+    QTest::newRow("tcp") << SimulatedLine::Kind::Tcp;
+}
+
+void TestKvtScan::theStationsThatAnswerAreNamed()
+{
+    QFETCH(SimulatedLine::Kind, kind);
+    SimulatedLine line(kind, {QStringLiteral("--log")});
+    QVERIFY(line.isReady());
+    KvtProcess kvt;
+    QCOMPARE(kvt.run(line.arguments(
+                 QStringLiteral("scan --stations 0-4 --address 5.2.1 --timeout 200"))),
+             0);
+    const QByteArrayList lines = kvt.output().trimmed().split('\n');
+    QCOMPARE(lines.size(), 3);
+    QVERIFY(lines.at(0).startsWith("station 1 answers, ") && lines.at(0).endsWith(" ms"));
+    QVERIFY(lines.at(1).startsWith("station 2 answers, ") && lines.at(1).endsWith(" ms"));
+    QCOMPARE(lines.at(2), QByteArray("2 of 5 stations answer"));
+    QVERIFY(kvt.errors().isEmpty());
+    line.plc().interrupt();
+    QCOMPARE(line.plc().finish(), 0);
+    // One request each.
+    QVERIFY(line.plc().output().contains("\nexchanges 5, reads 2, "));
+}
+
+void TestKvtScan::everyStationIsAnObjectOfJson()
+{
+    const SimulatedLine line(SimulatedLine::Kind::Pty);
+    KvtProcess kvt;
+    QCOMPARE(kvt.run(line.arguments(QStringLiteral("scan --stations 2-3 --timeout 200 --json"))),
+             0);
+    const QJsonObject present = kvt.readObject();
+    QCOMPARE(present.value(QStringLiteral("station")).toInt(), 2);
+    QCOMPARE(present.value(QStringLiteral("answers")).toBool(), true);
+    // The default address is none of its tags'.
+    QCOMPARE(present.value(QStringLiteral("outcome")).toString(), QStringLiteral("refused (71)"));
+    QVERIFY(present.value(QStringLiteral("reply_ms")).toDouble() > 0);
+    const QJsonObject absent = kvt.readObject();
+    QCOMPARE(absent.value(QStringLiteral("station")).toInt(), 3);
+    QCOMPARE(absent.value(QStringLiteral("answers")).toBool(true), false);
+    QVERIFY(!absent.contains(QStringLiteral("reply_ms")));
+    const QJsonObject summary = kvt.readObject().value(QStringLiteral("summary")).toObject();
+    QCOMPARE(summary.value(QStringLiteral("asked")).toInt(), 2);
+    QCOMPARE(summary.value(QStringLiteral("answer")).toInt(), 1);
+}
+
+void TestKvtScan::aDamagedReplyIsShown()
+{
+    const SimulatedLine line(SimulatedLine::Kind::Pty,
+                             {QStringLiteral("--faults"), QStringLiteral("badend=100%")});
+    KvtProcess kvt;
+    QCOMPARE(kvt.run(line.arguments(QStringLiteral("scan --stations 1 --address 5.2.1"))), 1);
+    QCOMPARE(kvt.output(), QByteArray("station 1: bad reply (11)\n0 of 1 stations answer\n"));
+}
+
+void TestKvtScan::noAnswerAtAllIsAFailure()
+{
+    const SimulatedLine line(SimulatedLine::Kind::Tcp);
+    KvtProcess kvt;
+    QCOMPARE(kvt.run(line.arguments(QStringLiteral("scan --stations 8-9 --timeout 20"))), 1);
+    QCOMPARE(kvt.output(), QByteArray("0 of 2 stations answer\n"));
+}
+
+void TestKvtScan::ctrlCEndsWithTheSummary()
+{
+    const SimulatedLine line(SimulatedLine::Kind::Pty);
+    KvtProcess kvt;
+    kvt.start(line.arguments(QStringLiteral("scan --stations 1-255 --timeout 1000 --json")));
+    QCOMPARE(kvt.readObject().value(QStringLiteral("station")).toInt(), 1);
+    kvt.interrupt();
+    QCOMPARE(kvt.finish(), 1);
+    QVERIFY(kvt.readLineWith("summary").contains("\"answer\""));
+    QCOMPARE(kvt.errors(), QByteArray("kvt: interrupted\n"));
+}
+
+void TestKvtScan::aLineThatCannotBeOpenedIsAnErrorOfItsOwn()
+{
+    KvtProcess kvt;
+    QCOMPARE(kvt.run({QStringLiteral("scan"), QStringLiteral("--serial"),
+                      QStringLiteral("/nowhere/plc")}),
+             3);
+    QCOMPARE(kvt.errors(), QByteArray("kvt: /nowhere/plc: No such file or directory\n"));
+}
+
+void TestKvtScan::badInputIsNamedInOneLine_data()
+{
+    QTest::addColumn<QString>("named");
+    QTest::newRow("scan") << "--serial";
+    QTest::newRow("scan --serial x --stations 5-1") << "--stations";
+    QTest::newRow("scan --serial x --stations 1-256") << "--stations";
+    QTest::newRow("scan --serial x --stations all") << "--stations";
+    QTest::newRow("scan --serial x --area E") << "\"E\"";
+    QTest::newRow("scan --serial x --address 1.2") << "--address";
+    QTest::newRow("scan --serial x --timeout soon") << "--timeout";
+    QTest::newRow("scan 1-5 --serial x") << "1-5";
+}
+
+void TestKvtScan::badInputIsNamedInOneLine()
+{
+    QFETCH(QString, named);
+    KvtProcess kvt;
+    QCOMPARE(kvt.run(QString::fromLatin1(QTest::currentDataTag()).split(QLatin1Char(' '))), 2);
+    const QString errors = QString::fromUtf8(kvt.errors());
+    QVERIFY2(errors.startsWith(QStringLiteral("kvt: ")) && errors.contains(named),
+             qPrintable(errors));
+    QCOMPARE(errors.count(QLatin1Char('\n')), 1);
+    QVERIFY(kvt.output().isEmpty());
+}
+
+QTEST_GUILESS_MAIN(TestKvtScan)
+#include "tst_kvt_scan.moc"

@@ -1,0 +1,146 @@
+// kvt tune against kvt sim.
+#include "tests/support/simulated_line.h"
+
+#include <QJsonArray>
+#include <QtTest>
+
+Q_DECLARE_METATYPE(SimulatedLine::Kind)
+
+class TestKvtTune : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void theTimeOutFollowsFromTheSlowestReply_data();
+    void theTimeOutFollowsFromTheSlowestReply();
+    void aSilentStationIsNamed();
+    void ctrlCEndsWithWhatIsKnown();
+    void theFirstMeasurementCanBeReplayed();
+    void aLineThatCannotBeOpenedIsAnErrorOfItsOwn();
+    void badInputIsNamedInOneLine_data();
+    void badInputIsNamedInOneLine();
+};
+
+void TestKvtTune::theTimeOutFollowsFromTheSlowestReply_data()
+{
+    QTest::addColumn<SimulatedLine::Kind>("kind");
+    QTest::newRow("pty") << SimulatedLine::Kind::Pty;
+    QTest::newRow("tcp") << SimulatedLine::Kind::Tcp;
+}
+
+void TestKvtTune::theTimeOutFollowsFromTheSlowestReply()
+{
+    QFETCH(SimulatedLine::Kind, kind);
+    const SimulatedLine line(kind, {QStringLiteral("--turnaround"), QStringLiteral("10")});
+    QVERIFY(line.isReady());
+    KvtProcess kvt;
+    QCOMPARE(kvt.run(line.arguments(QStringLiteral("tune --exchanges 3 --margin 100 --json")) +
+                     QStringList{QStringLiteral("--tags"), line.tagFile()}),
+             0);
+    const QJsonObject report = kvt.outputObject();
+    const QJsonArray stations = report.value(QStringLiteral("stations")).toArray();
+    QCOMPARE(stations.size(), 2);
+    for (const QJsonValue &station : stations) {
+        QVERIFY(station[QStringLiteral("replies")].toInt() >= 3);
+        QVERIFY(station[QStringLiteral("min_ms")].toDouble() >= 10);
+    }
+    const QJsonArray trials = report.value(QStringLiteral("trials")).toArray();
+    QVERIFY(trials.size() >= 4);
+    // A quarter of what the stations take is never enough.
+    QCOMPARE(trials.first()[QStringLiteral("errorRate")].toDouble(), 1.0);
+    const QJsonValue recommended = report.value(QStringLiteral("recommended"));
+    const double slowest_ms = recommended[QStringLiteral("slowestReply_ms")].toDouble();
+    QVERIFY(slowest_ms >= 10);
+    QVERIFY(recommended[QStringLiteral("timeout_ms")].toInt() >= 2 * slowest_ms);
+    QVERIFY(recommended[QStringLiteral("retries")].toInt() >= 1);
+}
+
+void TestKvtTune::aSilentStationIsNamed()
+{
+    const SimulatedLine line(SimulatedLine::Kind::Pty,
+                             {QStringLiteral("--faults"), QStringLiteral("noreply=100%@2")});
+    QVERIFY(line.isReady());
+    KvtProcess kvt;
+    QCOMPARE(kvt.run(line.arguments(QStringLiteral("tune --exchanges 3 --timeout 50")) +
+                     QStringList{QStringLiteral("--tags"), line.tagFile()}),
+             1);
+    const QByteArray text = kvt.output();
+    QVERIFY2(text.contains("\nstation 2 does not answer\n"), text);
+    QVERIFY2(text.contains("\nrecommended: --timeout "), text);
+}
+
+void TestKvtTune::ctrlCEndsWithWhatIsKnown()
+{
+    SimulatedLine line(SimulatedLine::Kind::Pty, {QStringLiteral("--log")});
+    QVERIFY(line.isReady());
+    KvtProcess kvt;
+    kvt.start(line.arguments(QStringLiteral("tune --exchanges 100000 --json")) +
+              QStringList{QStringLiteral("--tags"), line.tagFile()});
+    for (int i = 0; i < 20; ++i)
+        QVERIFY(!line.plc().readLine().isNull());
+    kvt.interrupt();
+    QCOMPARE(kvt.finish(), 0);
+    const QJsonObject report = kvt.outputObject();
+    QCOMPARE(report.value(QStringLiteral("stations")).toArray().size(), 2);
+    QVERIFY(report.contains(QStringLiteral("recommended")));
+    QVERIFY(report.value(QStringLiteral("trials")).toArray().isEmpty());
+}
+
+void TestKvtTune::theFirstMeasurementCanBeReplayed()
+{
+    const SimulatedLine line(SimulatedLine::Kind::Pty);
+    QVERIFY(line.isReady());
+    const QString path = line.filePath(QStringLiteral("trace"));
+    KvtProcess kvt;
+    QCOMPARE(kvt.run(line.arguments(QStringLiteral("tune --exchanges 2")) +
+                     QStringList{QStringLiteral("--tags"), line.tagFile(),
+                                 QStringLiteral("--trace"), path}),
+             0);
+    KvtProcess replay;
+    QCOMPARE(replay.run({QStringLiteral("replay"), path}), 0);
+    QVERIFY(replay.output().contains("no difference"));
+}
+
+void TestKvtTune::aLineThatCannotBeOpenedIsAnErrorOfItsOwn()
+{
+    const SimulatedLine line(SimulatedLine::Kind::Pty);
+    QVERIFY(line.isReady());
+    KvtProcess kvt;
+    QCOMPARE(kvt.run({QStringLiteral("tune"), QStringLiteral("--tags"), line.tagFile(),
+                      QStringLiteral("--serial"), line.filePath(QStringLiteral("missing"))}),
+             3);
+    const QByteArray errors = kvt.errors();
+    QVERIFY2(errors.contains("missing") && errors.count('\n') == 1, errors);
+    QVERIFY(kvt.output().isEmpty());
+}
+
+void TestKvtTune::badInputIsNamedInOneLine_data()
+{
+    QTest::addColumn<QStringList>("words");
+    QTest::addColumn<QByteArray>("named");
+    QTest::newRow("no tags") << QStringList{"--serial", "x"} << QByteArray("--tags");
+    QTest::newRow("no line") << QStringList{"--tags", "x"} << QByteArray("--serial");
+    QTest::newRow("no file") << QStringList{"--serial", "x", "--tags", "missing.csv"}
+                             << QByteArray("missing.csv");
+    QTest::newRow("exchanges") << QStringList{"--serial", "x", "--tags", "x", "--exchanges", "0"}
+                               << QByteArray("--exchanges");
+    QTest::newRow("margin") << QStringList{"--serial", "x", "--tags", "x", "--margin", "1001"}
+                            << QByteArray("--margin");
+    QTest::newRow("a word") << QStringList{"word"} << QByteArray("word");
+    QTest::newRow("an option") << QStringList{"--frobnicate"} << QByteArray("frobnicate");
+}
+
+void TestKvtTune::badInputIsNamedInOneLine()
+{
+    QFETCH(QStringList, words);
+    QFETCH(QByteArray, named);
+    KvtProcess kvt;
+    QCOMPARE(kvt.run(QStringList(QStringLiteral("tune")) + words), 2);
+    const QByteArray errors = kvt.errors();
+    QVERIFY2(errors.startsWith("kvt: ") && errors.count('\n') == 1, errors);
+    QVERIFY2(errors.contains(named), errors);
+    QVERIFY(kvt.output().isEmpty());
+}
+
+QTEST_GUILESS_MAIN(TestKvtTune)
+#include "tst_kvt_tune.moc"
