@@ -19,8 +19,8 @@
 namespace
 {
 
-// Done beforehand, so that buffers have grown to their size.
-const int WARM_UPS = 1;
+// Done beforehand, so that buffers have grown to their size and the heap has settled.
+const int WARM_UPS = 3;
 
 void repeat(const Operation &operation, int times)
 {
