@@ -12,7 +12,8 @@ struct ExpectedReply {
     int dataCount; ///< number of data digits
 };
 
-/// Returns part 2 of an address text as the high nibble of an address byte: 0x00 to 0xF0.
+/// Returns the second number of an address text as the high nibble of an address byte: 0x00 to
+/// 0xF0.
 int highNibble(int value);
 
 /// Returns the address byte for selector `part3` and the high nibble `high`: selectors 1 and 0 give

@@ -28,7 +28,7 @@ int parsePart(const QString &text)
 
 QString rangeError(int index, const QString &part, int highest)
 {
-    return QStringLiteral("part %1 is %2, not 0 to %3")
+    return QStringLiteral("field %1 is %2, not 0 to %3")
         .arg(QString::number(index), part, QString::number(highest));
 }
 
@@ -43,7 +43,7 @@ QString rangeErrors(Area area, const QStringList &parts, const TagAddress &addre
     if (address.c > 255)
         return rangeError(3, parts[2], 255);
     if (address.c > 1 && address.b != 0)
-        return QStringLiteral("part 2 must be 0 when part 3 is 2 or more: it would not be sent");
+        return QStringLiteral("field 2 must be 0 when field 3 is 2 or more: it would not be sent");
     if (address.d >= ELEMENTS_PER_BLOCK)
         return rangeError(4, parts[3], ELEMENTS_PER_BLOCK - 1);
     return QString();
@@ -62,7 +62,7 @@ QString parseTagAddress(Area area, const QString &text, TagAddress *address)
     for (int i = 0; i < count; ++i) {
         values[i] = parsePart(parts[i]);
         if (values[i] < 0)
-            return QStringLiteral("part %1 of \"%2\" is not a decimal number")
+            return QStringLiteral("field %1 of \"%2\" is not a decimal number")
                 .arg(QString::number(i + 1), text);
     }
     *address = TagAddress{values[0], values[1], values[2], values[3]};

@@ -68,35 +68,35 @@ void TestTagAddress::badAddressesAreNamed_data()
     QTest::newRow("C with three") << Area::C << "5.2.1"
                                   << "\"5.2.1\" has 3 parts; area C takes 4";
     QTest::newRow("empty part") << Area::D << "1..2"
-                                << "part 2 of \"1..2\" is not a decimal number";
+                                << "field 2 of \"1..2\" is not a decimal number";
     QTest::newRow("sign") << Area::D << "-1.0.0"
-                          << "part 1 of \"-1.0.0\" is not a decimal number";
+                          << "field 1 of \"-1.0.0\" is not a decimal number";
     QTest::newRow("plus") << Area::D << "1.0.+1"
-                          << "part 3 of \"1.0.+1\" is not a decimal number";
+                          << "field 3 of \"1.0.+1\" is not a decimal number";
     QTest::newRow("blank") << Area::D << "1. 2.3"
-                           << "part 2 of \"1. 2.3\" is not a decimal number";
+                           << "field 2 of \"1. 2.3\" is not a decimal number";
     QTest::newRow("letters") << Area::D << "1.x.3"
-                             << "part 2 of \"1.x.3\" is not a decimal number";
+                             << "field 2 of \"1.x.3\" is not a decimal number";
     QTest::newRow("percent") << Area::D << "%2.0.0"
-                             << "part 1 of \"%2.0.0\" is not a decimal number";
+                             << "field 1 of \"%2.0.0\" is not a decimal number";
     QTest::newRow("other digits") << Area::D << QString::fromUtf8("\xD9\xA1.0.0")
                                   << QString::fromUtf8(
-                                         "part 1 of \"\xD9\xA1.0.0\" is not a decimal number");
+                                         "field 1 of \"\xD9\xA1.0.0\" is not a decimal number");
     QTest::newRow("a") << Area::D << "256.0.0"
-                       << "part 1 is 256, not 0 to 255";
+                       << "field 1 is 256, not 0 to 255";
     QTest::newRow("a, huge") << Area::D << "99999999999.0.0"
-                             << "part 1 is 99999999999, not 0 to 255";
+                             << "field 1 is 99999999999, not 0 to 255";
     QTest::newRow("b") << Area::D << "0.16.0"
-                       << "part 2 is 16, not 0 to 15";
+                       << "field 2 is 16, not 0 to 15";
     QTest::newRow("c") << Area::X << "0.0.256"
-                       << "part 3 is 256, not 0 to 255";
+                       << "field 3 is 256, not 0 to 255";
     QTest::newRow("c of C") << Area::C << "0.0.2.0"
-                            << "part 3 is 2, not 0 to 1";
+                            << "field 3 is 2, not 0 to 1";
     QTest::newRow("d") << Area::C << "0.0.1.70"
-                       << "part 4 is 70, not 0 to 69";
+                       << "field 4 is 70, not 0 to 69";
     QTest::newRow("b beside an address byte")
         << Area::D << "5.2.3"
-        << "part 2 must be 0 when part 3 is 2 or more: it would not be sent";
+        << "field 2 must be 0 when field 3 is 2 or more: it would not be sent";
 }
 
 void TestTagAddress::badAddressesAreNamed()

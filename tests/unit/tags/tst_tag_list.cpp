@@ -144,7 +144,7 @@ void TestTagList::badRowsAreNamedByLineAndColumn_data()
     QTest::newRow("area in lower case")
         << QByteArray("a,d,5.2.1,1,u16") << "t:2: 2 \"area\": \"d\" is no area (X, D or C)";
     QTest::newRow("address") << QByteArray("a,D,5.16.1,1,u16")
-                             << "t:2: 3 \"address\": part 2 is 16, not 0 to 15";
+                             << "t:2: 3 \"address\": field 2 is 16, not 0 to 15";
     QTest::newRow("station 256") << QByteArray("a,D,5.2.1,256,u16")
                                  << "t:2: 4 \"station\": \"256\" is no station (0 to 255)";
     QTest::newRow("no station") << QByteArray("a,D,5.2.1,,u16")
@@ -174,7 +174,7 @@ void TestTagList::badRowsAreNamedByLineAndColumn_data()
     QTest::newRow("UTF-8 that ends early")
         << QByteArray("a,D,5.2.1,1,u16,\xC3") << "t:2: 6 \"description\": is not UTF-8 text";
     QTest::newRow("several in one row") << QByteArray("a,D,5.2.300,x,u8")
-                                        << "t:2: 3 \"address\": part 3 is 300, not 0 to 255\n"
+                                        << "t:2: 3 \"address\": field 3 is 300, not 0 to 255\n"
                                            "t:2: 4 \"station\": \"x\" is no station (0 to 255)\n"
                                            "t:2: 5 \"type\": type u8 does not fit area D";
 }
