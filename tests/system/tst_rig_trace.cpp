@@ -122,7 +122,7 @@ void TestRigTrace::aRunWithFaultsReplaysWithoutDifference_data()
 void TestRigTrace::aRunWithFaultsReplaysWithoutDifference()
 {
     QFETCH(quint64, seed);
-    const quint64 exchanges = record(path(), seed, seconds(60));
+    const quint64 exchanges = record(path(), seed, seconds(20));
     QVERIFY(exchanges > 500);
     const ReplayResult result = replay(path());
     QVERIFY2(result.difference.isEmpty(), qPrintable(result.difference));
@@ -135,7 +135,7 @@ void TestRigTrace::aRunWithFaultsReplaysWithoutDifference()
 
 void TestRigTrace::everyKindOfRecordIsWritten()
 {
-    QVERIFY(record(path(), 4, seconds(120)) > 0);
+    QVERIFY(record(path(), 4, seconds(60)) > 0);
     QMap<QByteArray, int> counts;
     for (const QByteArray &line : linesOf(path()))
         ++counts[line.split(' ').value(1)];
