@@ -10,7 +10,7 @@ namespace kvt
 namespace
 {
 
-constexpr qint64 LONGEST_LINE = 1024 * 1024;
+constexpr int LONGEST_LINE = 1024 * 1024;
 
 // What the words of each record are: n a number, h bytes in hexadecimal, t a text, w any word.
 // The words of "info" differ in number.
@@ -91,7 +91,7 @@ bool TraceReader::open(const QString &path, QString *error)
         *error = file_.errorString();
         return false;
     }
-    const QByteArray head = file_.readLine(LONGEST_LINE);
+    const QByteArray head = readLine();
     if (head.startsWith(QByteArrayLiteral("kvt-trace 1 ")))
         return true;
     *error = QStringLiteral("line 1: this is no trace, which begins with \"%1\"")
@@ -99,9 +99,17 @@ bool TraceReader::open(const QString &path, QString *error)
     return false;
 }
 
+// Through a buffer that stays: QFile would make one of the longest line for every line.
+QByteArray TraceReader::readLine()
+{
+    buffer_.resize(LONGEST_LINE + 1);
+    const qint64 length = file_.readLine(buffer_.data(), buffer_.size());
+    return QByteArray(buffer_.constData(), static_cast<int>(qMax<qint64>(length, 0)));
+}
+
 bool TraceReader::next(TraceRecord *record)
 {
-    const QByteArray line = file_.readLine(LONGEST_LINE);
+    const QByteArray line = readLine();
     if (!line.endsWith('\n') && file_.atEnd())
         return false;
     ++line_;

@@ -42,8 +42,10 @@ public:
 private:
     bool fail(const QString &text);
     bool parse(const QByteArray &line, TraceRecord *record);
+    QByteArray readLine();
 
     QFile file_;
+    QByteArray buffer_;
     QString error_;
     int line_ = 1;
     int exchange_ = 0;
