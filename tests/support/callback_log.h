@@ -43,4 +43,10 @@ inline void logOwnerNotify(QList<RW_VAR> *out, int ownerId, int flag)
         callbackLog().inside();
 }
 
+/// The calls so far as one text.
+inline QString calls()
+{
+    return callbackLog().calls.join(QStringLiteral(", "));
+}
+
 #endif

@@ -3,9 +3,11 @@
 #define KVT_TESTS_SUPPORT_DRIVER_REQUESTS_H
 
 #include "driver/driver_object.h"
+#include "tests/support/callback_log.h"
 #include "tests/support/driver_fixture.h"
 
 #include <QStringList>
+#include <QtTest>
 
 /// The read of a word, area D, address text 5.2.1; `name` tells entries apart.
 inline RW_VAR wordRead(const QString &name, int station = 1)
@@ -72,6 +74,31 @@ inline QByteArray wordReply()
 inline QByteArray acknowledgement()
 {
     return bytes("06 30 31 30 30 0D");
+}
+
+/// Empties the log of callbacks and has the driver call into it.
+inline void logCallbacks()
+{
+    callbackLog() = CallbackLog();
+    PLC_driver.onceReadDone = logOnceReadDone;
+    PLC_driver.ownerNotify = logOwnerNotify;
+}
+
+/// A column "kind" with a row for each of the three lists.
+inline void addKindRows()
+{
+    QTest::addColumn<int>("kind");
+    QTest::newRow("cyclic read") << int(KIND_CYCLIC_READ);
+    QTest::newRow("write") << int(KIND_WRITE);
+    QTest::newRow("once-read") << int(KIND_ONCE_READ);
+}
+
+/// The list that holds the requests of `kind`, one of the three of addKindRows.
+inline QList<RW_VAR> &listOf(int kind)
+{
+    return kind == KIND_WRITE       ? PLC_driver.writeList
+           : kind == KIND_ONCE_READ ? PLC_driver.onceReadList
+                                    : PLC_driver.readList;
 }
 
 /// The names of the entries of `list`, in order, separated by blanks.

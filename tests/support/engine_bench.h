@@ -61,6 +61,15 @@ struct BenchVariable {
     const char *address;
 };
 
+/// Two words of station 1, the requests that read them in turn, and a reply to either.
+inline const QVector<BenchVariable> TWO_WORDS = {{AREA_D, 1, "5.2.1"}, {AREA_D, 1, "5.3.1"}};
+inline const QByteArray FIRST_REQUEST("\x05"
+                                      "010528\r");
+inline const QByteArray SECOND_REQUEST("\x05"
+                                       "010538\r");
+inline const QByteArray REPLY("\x06"
+                              "011234\r");
+
 /// Loads the driver for itself, hands it cyclic variables and puts an engine on it. One character
 /// takes 1 ms, a station answers within 50 ms, the interface holds nothing back: the time-out of
 /// an eight-byte reply is 58 ms, the silence after a failure as long, a gap in a reply 4 ms.

@@ -48,12 +48,6 @@ inline RW_VAR queuedWrite(int station)
     return var;
 }
 
-/// The callbacks so far, in order.
-inline QString calls()
-{
-    return callbackLog().calls.join(QStringLiteral(", "));
-}
-
 /// Base of a test that drives the loaded library.
 class LoadedHost
 {

@@ -1,10 +1,7 @@
 // A host and a simulated PLC on a real pseudo-terminal.
-#include "host/driver_library.h"
-#include "host/poller.h"
 #include "host/serial_line.h"
-#include "simulator/plc_runner.h"
 #include "simulator/pty_port.h"
-#include "tests/support/event_recorder.h"
+#include "tests/support/plant.h"
 
 #include <QTemporaryDir>
 #include <QtTest>
@@ -24,40 +21,28 @@ QVector<Tag> plantTags()
     };
 }
 
-/// A plant on a pseudo-terminal and a host that polls it through a link.
-class Plant
+/// The folder of the link, made before it and removed after it.
+struct LinkFolder {
+    QTemporaryDir folder;
+};
+
+/// A plant on a pseudo-terminal that the host opens through a link.
+class PtyPlant : private LinkFolder, public Plant<PtyPort>
 {
 public:
-    Plant()
-        : plc(plantTags(), constantValues(), 1), port(folder.filePath(QStringLiteral("plc"))),
-          runner(&plc, &port)
-    {
-        QString error;
-        ready = library.load(QStringLiteral(KVT_LIBRARY), &error) && runner.start(&error);
-        if (!ready)
-            qWarning("%s", qPrintable(error));
-    }
+    PtyPlant() : Plant(plantTags(), folder.filePath(QStringLiteral("plc"))) {}
 
-    void startHost(PollerSettings settings = PollerSettings())
+    void startHost()
     {
         SerialSettings serial;
         serial.path = port.name();
         serial.baud = 115200;
-        poller = std::make_unique<Poller>(library.api(), settings, plantTags(),
-                                          std::make_unique<SerialLine>(serial), &recorder);
-        poller->start();
-    }
-
-    static PlcConfig constantValues()
-    {
-        PlcConfig config;
-        config.signalPlan.all = SignalKind::Constant;
-        return config;
+        Plant::startHost(std::make_unique<SerialLine>(serial));
     }
 
     void set(int tag, int value)
     {
-        const Tag plantTag = plantTags().at(tag);
+        const Tag &plantTag = tags.at(tag);
         runner.withPlc([&](SimulatedPlc &simulated) {
             simulated.memory().setValue(plantTag.station, plantTag.area, plantTag.address, value);
             return 0;
@@ -66,23 +51,19 @@ public:
 
     int held(int tag)
     {
-        const Tag plantTag = plantTags().at(tag);
+        const Tag &plantTag = tags.at(tag);
         return runner.withPlc([&](SimulatedPlc &simulated) {
             return simulated.memory()
                 .value(plantTag.station, plantTag.area, plantTag.address)
                 .value_or(-1);
         });
     }
-
-    QTemporaryDir folder;
-    SimulatedPlc plc;
-    PtyPort port;
-    PlcRunner runner;
-    DriverLibrary library;
-    EventRecorder recorder;
-    std::unique_ptr<Poller> poller; // destroyed before the driver is unloaded
-    bool ready = false;
 };
+
+bool lastTagRead(const RecordedEvents &events)
+{
+    return events.readingsOf(3) > 0;
+}
 
 } // namespace
 
@@ -101,13 +82,13 @@ private Q_SLOTS:
 
 void TestHostPty::valuesOfEveryAreaArrive()
 {
-    Plant plant;
+    PtyPlant plant;
     QVERIFY(plant.ready);
     const QVector<int> values = {0xA5, 0x1234, 0xFFFE, 0x7B};
     for (int tag = 0; tag < values.size(); ++tag)
         plant.set(tag, values.at(tag));
     plant.startHost();
-    QVERIFY(plant.recorder.waitFor([&](const RecordedEvents &events) {
+    QVERIFY(plant.waitFor([&](const RecordedEvents &events) {
         return events.readingsOf(0) > 1 && events.readingsOf(1) > 1 && events.readingsOf(2) > 1 &&
                events.readingsOf(3) > 1;
     }));
@@ -121,11 +102,11 @@ void TestHostPty::valuesOfEveryAreaArrive()
 
 void TestHostPty::aWriteReachesThePlcAndIsReadBack()
 {
-    Plant plant;
+    PtyPlant plant;
     QVERIFY(plant.ready);
     plant.startHost();
     const int id = plant.poller->write(1, QByteArray::fromHex("3412"));
-    QVERIFY(plant.recorder.waitFor([&](const RecordedEvents &events) {
+    QVERIFY(plant.waitFor([&](const RecordedEvents &events) {
         return events.hasEnded(id) && !events.readings.isEmpty() &&
                events.readings.last().tag == 1 && events.readings.last().raw == 0x1234;
     }));
@@ -137,12 +118,12 @@ void TestHostPty::aWriteReachesThePlcAndIsReadBack()
 
 void TestHostPty::aOnceReadEnds()
 {
-    Plant plant;
+    PtyPlant plant;
     QVERIFY(plant.ready);
     plant.startHost();
     const int id = plant.poller->readOnce(3);
-    QVERIFY(plant.recorder.waitFor(
-        [](const RecordedEvents &events) { return !events.onceReads.isEmpty(); }));
+    QVERIFY(
+        plant.waitFor([](const RecordedEvents &events) { return !events.onceReads.isEmpty(); }));
     const RecordedEvents::OnceRead ended = plant.recorder.events().onceReads.first();
     QCOMPARE(ended.id, id);
     QCOMPARE(ended.tag, 3);
@@ -151,38 +132,25 @@ void TestHostPty::aOnceReadEnds()
 
 void TestHostPty::aMissingPortIsWaitedFor()
 {
-    Plant plant;
+    PtyPlant plant;
     QVERIFY(plant.ready);
     QVERIFY(plant.runner.setPlugged(false));
     plant.startHost();
-    QVERIFY(plant.recorder.waitFor(
-        [](const RecordedEvents &events) { return events.lineStates.contains(false); }));
+    QVERIFY(plant.waitUntilDown());
     QVERIFY(!plant.recorder.events().lineReasons.first().isEmpty());
     QVERIFY(plant.runner.setPlugged(true));
-    QVERIFY(plant.recorder.waitFor(
-        [](const RecordedEvents &events) { return !events.readings.isEmpty(); }));
+    QVERIFY(plant.waitFor([](const RecordedEvents &events) { return !events.readings.isEmpty(); }));
     QCOMPARE(plant.recorder.events().lineStates, QVector<bool>({false, true}));
 }
 
 void TestHostPty::pollingGoesOnAfterTheLineWasUnplugged()
 {
-    Plant plant;
+    PtyPlant plant;
     QVERIFY(plant.ready);
     plant.startHost();
-    for (int time = 0; time < 3; ++time) {
-        QVERIFY(plant.recorder.waitFor(
-            [](const RecordedEvents &events) { return events.readingsOf(3) > 0; }));
-        QVERIFY(plant.runner.setPlugged(false));
-        QVERIFY(plant.recorder.waitFor(
-            [](const RecordedEvents &events) { return events.lineStates.contains(false); }));
-        plant.recorder.clear();
-        const qint64 plugged_ns = monotonicNow_ns();
-        QVERIFY(plant.runner.setPlugged(true));
-        QVERIFY(plant.recorder.waitFor(
-            [](const RecordedEvents &events) { return !events.readings.isEmpty(); }));
-        const qint64 recovery_ns = plant.recorder.events().readings.first().at_ns - plugged_ns;
-        qInfo("reading again after %lld ms", static_cast<long long>(recovery_ns / 1000000));
-    }
+    QVERIFY(plant.waitFor(lastTagRead));
+    for (int time = 0; time < 3; ++time)
+        QVERIFY(plant.readsAgainAfterABreak(lastTagRead));
     const Statistics statistics = plant.poller->statistics();
     QCOMPARE(statistics.lineFailures, quint64(3));
     QCOMPARE(statistics.total.stateChanges, quint64(0));
@@ -192,7 +160,7 @@ void TestHostPty::pollingGoesOnAfterTheLineWasUnplugged()
 
 void TestHostPty::unfinishedWritesEndWhenTheHostStops()
 {
-    Plant plant;
+    PtyPlant plant;
     QVERIFY(plant.ready);
     QVERIFY(plant.runner.setPlugged(false));
     plant.startHost();

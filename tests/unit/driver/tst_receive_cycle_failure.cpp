@@ -15,11 +15,6 @@ int failNext()
     return DataCom(nullptr, 0)->result;
 }
 
-QString calls()
-{
-    return callbackLog().calls.join(QStringLiteral(", "));
-}
-
 } // namespace
 
 class ReceiveCycleFailureTest : public QObject
@@ -32,9 +27,7 @@ private Q_SLOTS:
     void init()
     {
         resetDriver(info);
-        callbackLog() = CallbackLog();
-        PLC_driver.onceReadDone = logOnceReadDone;
-        PLC_driver.ownerNotify = logOwnerNotify;
+        logCallbacks();
         info.portTag = 7;
     }
 

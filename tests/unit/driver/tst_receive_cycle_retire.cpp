@@ -22,11 +22,6 @@ void exchange(int turns)
     }
 }
 
-QString calls()
-{
-    return callbackLog().calls.join(QStringLiteral(", "));
-}
-
 } // namespace
 
 class ReceiveCycleRetireTest : public QObject
@@ -39,9 +34,7 @@ private Q_SLOTS:
     void init()
     {
         resetDriver(info);
-        callbackLog() = CallbackLog();
-        PLC_driver.onceReadDone = logOnceReadDone;
-        PLC_driver.ownerNotify = logOwnerNotify;
+        logCallbacks();
         info.portTag = 7;
     }
 
@@ -111,13 +104,7 @@ private Q_SLOTS:
         QCOMPARE(calls(), QString());
     }
 
-    void emptiedListRetiresNothing_data()
-    {
-        QTest::addColumn<int>("kind");
-        QTest::newRow("cyclic read") << int(KIND_CYCLIC_READ);
-        QTest::newRow("write") << int(KIND_WRITE);
-        QTest::newRow("once-read") << int(KIND_ONCE_READ);
-    }
+    void emptiedListRetiresNothing_data() { addKindRows(); }
 
     void emptiedListRetiresNothing()
     {

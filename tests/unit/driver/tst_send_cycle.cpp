@@ -88,20 +88,12 @@ private Q_SLOTS:
         QCOMPARE(info.framesReceived, 0);
     }
 
-    void entryStaysAtTheHeadWhileItsFrameIsOut_data()
-    {
-        QTest::addColumn<int>("kind");
-        QTest::newRow("cyclic read") << int(KIND_CYCLIC_READ);
-        QTest::newRow("write") << int(KIND_WRITE);
-        QTest::newRow("once-read") << int(KIND_ONCE_READ);
-    }
+    void entryStaysAtTheHeadWhileItsFrameIsOut_data() { addKindRows(); }
 
     void entryStaysAtTheHeadWhileItsFrameIsOut()
     {
         QFETCH(int, kind);
-        QList<RW_VAR> *lists[] = {&PLC_driver.readList, &PLC_driver.writeList,
-                                  &PLC_driver.onceReadList};
-        QList<RW_VAR> &list = *lists[kind];
+        QList<RW_VAR> &list = listOf(kind);
         fill(list, kind == KIND_WRITE ? wordWrite : wordRead, QStringLiteral("e"), 2);
         QVERIFY(ComCommunication() != nullptr);
         QCOMPARE(names(list), QStringLiteral("e1 e2"));

@@ -30,9 +30,7 @@ private Q_SLOTS:
     void init()
     {
         resetDriver(info);
-        callbackLog() = CallbackLog();
-        PLC_driver.onceReadDone = logOnceReadDone;
-        PLC_driver.ownerNotify = logOwnerNotify;
+        logCallbacks();
     }
 
     void stationIsKnownAsDisabled()
@@ -58,20 +56,12 @@ private Q_SLOTS:
         PLC_driver.listMutex.unlock();
     }
 
-    void sendCycleTestsTheStationUnderTheListMutex_data()
-    {
-        QTest::addColumn<int>("kind");
-        QTest::newRow("cyclic read") << int(KIND_CYCLIC_READ);
-        QTest::newRow("write") << int(KIND_WRITE);
-        QTest::newRow("once-read") << int(KIND_ONCE_READ);
-    }
+    void sendCycleTestsTheStationUnderTheListMutex_data() { addKindRows(); }
 
     void sendCycleTestsTheStationUnderTheListMutex()
     {
         QFETCH(int, kind);
-        QList<RW_VAR> *lists[] = {&PLC_driver.readList, &PLC_driver.writeList,
-                                  &PLC_driver.onceReadList};
-        lists[kind]->append(wordRead(QStringLiteral("e")));
+        listOf(kind).append(wordRead(QStringLiteral("e")));
         bool listMutexFree = true;
         bool areaMutexFree = false;
         QVERIFY(waitsFor(

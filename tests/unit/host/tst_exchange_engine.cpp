@@ -8,14 +8,6 @@ using namespace kvt;
 namespace
 {
 
-const QVector<BenchVariable> TWO_WORDS = {{AREA_D, 1, "5.2.1"}, {AREA_D, 1, "5.3.1"}};
-
-const QByteArray FIRST_REQUEST("\x05"
-                               "010528\r");
-const QByteArray SECOND_REQUEST("\x05"
-                                "010538\r");
-const QByteArray REPLY("\x06"
-                       "011234\r");
 const QByteArray REFUSAL("\x15"
                          "0103\r");
 
