@@ -21,13 +21,14 @@ Q_DECL_EXPORT int DigitalToASCII(int value);
 /// and "@", give 0; everything above gives code - 0x37, lower case not folded. Any thread; no lock.
 Q_DECL_EXPORT int ASCIIToDigital(int code);
 
-/// Do what DigitalToASCII and ASCIIToDigital do, for the driver's own loops.
+/// Does what DigitalToASCII does, in line for the driver's own loops.
 inline int digitOf(int value)
 {
     // Unsigned, because a value far out of range would overflow; the result wraps.
     return static_cast<int>(static_cast<quint32>(value) + (value <= 9 ? 0x30U : 0x37U));
 }
 
+/// Does what ASCIIToDigital does, in line for the driver's own loops.
 inline int nibbleOf(int code)
 {
     if (code <= 0x2F || code == 0x40)
