@@ -199,7 +199,8 @@ void Poller::opened()
 {
     lineState_ = LineState::Open;
     downReported_ = false;
-    session_.engine().setPaced(line_->isPaced());
+    lineIsPaced_ = line_->isPaced();
+    session_.engine().setPaced(lineIsPaced_);
     session_.engine().lineUp(monotonicNow_ns());
 }
 

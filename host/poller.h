@@ -61,6 +61,9 @@ public:
     /// The line's time for one character, in nanoseconds; 0 when it has none.
     qint64 characterTime_ns() const { return line_->characterTime_ns(); }
 
+    /// True when the line, as it was last open, keeps the pace of its speed.
+    bool lineIsPaced() const { return lineIsPaced_; }
+
 private:
     static SessionSettings forLine(SessionSettings settings, const Line &line);
 
@@ -84,6 +87,7 @@ private:
     WakeUp wakeUp_;
     std::thread thread_;
     std::atomic<bool> stopping_{false};
+    std::atomic<bool> lineIsPaced_{false};
 
     LineState lineState_ = LineState::Closed;
     qint64 lineDeadline_ns_ = 0; // to open it again, or to give an opening up

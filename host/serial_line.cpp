@@ -2,6 +2,7 @@
 
 #include <QFile>
 
+#include <cerrno>
 #include <fcntl.h>
 #include <linux/serial.h>
 #include <sys/ioctl.h>
@@ -120,7 +121,7 @@ Opening SerialLine::open(QString *error)
     const int descriptor = ::open(path.constData(), O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC);
     setDescriptor(descriptor);
     if (descriptor < 0 || !configure(descriptor, settings_)) {
-        *error = systemError();
+        *error = errno == ENOTTY ? QStringLiteral("not a serial port") : systemError();
         close();
         return Opening::Failed;
     }

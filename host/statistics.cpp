@@ -1,5 +1,7 @@
 #include "host/statistics.h"
 
+#include <numeric>
+
 namespace kvt
 {
 
@@ -36,6 +38,11 @@ Outcome outcomeOf(int resultCode)
     return Outcome::Unknown;
 }
 
+quint64 StationStatistics::refusals() const
+{
+    return std::accumulate(refused.begin(), refused.end(), quint64{0});
+}
+
 void StationStatistics::add(const Attempt &attempt)
 {
     ++attempts;
@@ -49,7 +56,10 @@ void StationStatistics::add(const Attempt &attempt)
     if (!attempt.isFinal())
         return;
     ++exchanges;
-    ++outcomes.at(indexOf(outcomeOf(attempt.resultCode)));
+    const size_t outcome = indexOf(outcomeOf(attempt.resultCode));
+    ++outcomes.at(outcome);
+    if (attempt.end == AttemptEnd::Refused)
+        ++refused.at(outcome);
     if (attempt.isSuccess() && attempt.number > 1)
         ++recoveries;
 }

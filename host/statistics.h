@@ -40,6 +40,7 @@ struct StationStatistics {
     quint64 retries = 0;                         ///< attempts beyond the first at their request
     quint64 recoveries = 0;                      ///< requests that succeeded at a later attempt
     std::array<quint64, OUTCOMES> outcomes = {}; ///< of exchanges, by Outcome
+    std::array<quint64, OUTCOMES> refused = {};  ///< those of `outcomes` that ended in a refusal
     std::array<quint64, ATTEMPT_ENDS> attemptEnds = {}; ///< of attempts, by AttemptEnd
     quint64 doubtfulReplies = 0; ///< replies that do not look like one to their request
     quint64 staleBytes = 0;      ///< dropped: before a request was out, or behind a reply
@@ -47,6 +48,9 @@ struct StationStatistics {
     quint64 echoBytes = 0;       ///< dropped: the host's own request
     quint64 stateChanges = 0;    ///< times switched off or on again
     Histogram replyTime;         ///< of good replies: last byte sent to last byte received
+
+    /// Requests that the station has refused.
+    quint64 refusals() const;
 
     void add(const Attempt &attempt);
     void addDropped(DroppedBytes kind, int count);

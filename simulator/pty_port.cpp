@@ -55,8 +55,16 @@ bool PtyPort::open(QString *error)
 bool PtyPort::makeLink(QString *error)
 {
     const QFileInfo present(link_);
-    if (present.isSymLink())
+    // One that was left behind leads nowhere, or to this terminal, which got the same number.
+    const bool isLeftBehind =
+        present.isSymLink() && (!present.exists() || present.symLinkTarget() == device_);
+    if (isLeftBehind)
         QFile::remove(link_);
+    else if (present.isSymLink()) {
+        *error = QStringLiteral("link %1 is in use: it leads to %2; name another one or remove it")
+                     .arg(link_, present.symLinkTarget());
+        return false;
+    }
     if (QFile::link(device_, link_))
         return true;
     *error = QStringLiteral("link %1 cannot be made: %2").arg(link_, qt_error_string(errno));

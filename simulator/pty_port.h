@@ -14,7 +14,7 @@ class PtyPort : public Port
 {
 public:
     /// `link` is the path of a symbolic link to the device; empty for none. It replaces a symbolic
-    /// link that is there, but nothing else, and is removed by `close` and at the end.
+    /// link that leads nowhere, but nothing else, and is removed by `close` and at the end.
     explicit PtyPort(const QString &link = QString()) : link_(link) {}
     ~PtyPort() override { PtyPort::close(); }
 

@@ -61,6 +61,9 @@ bool feedLines(Reader *reader, const QByteArray &text)
     for (int from = 0; from < text.size(); ++line) {
         const int to = lineEnd(text, from);
         const QByteArray bytes = text.mid(from, to - from);
+        from = to;
+        if (betweenRows && bytes.trimmed().startsWith('#'))
+            continue;
         if (betweenRows)
             reader->row.line = line;
         reader->rowEnded = false;
@@ -70,7 +73,6 @@ bool feedLines(Reader *reader, const QByteArray &text)
             return false;
         }
         betweenRows = reader->rowEnded || (betweenRows && bytes.trimmed().isEmpty());
-        from = to;
     }
     return true;
 }
@@ -92,8 +94,9 @@ CsvRows splitCsv(const QByteArray &text)
 
 void appendCsvField(QByteArray *row, const QByteArray &field)
 {
-    const bool plain = field.trimmed() == field && field.indexOf(',') < 0 &&
-                       field.indexOf('"') < 0 && field.indexOf('\n') < 0 && field.indexOf('\r') < 0;
+    const bool plain = field.trimmed() == field && !field.startsWith('#') &&
+                       field.indexOf(',') < 0 && field.indexOf('"') < 0 &&
+                       field.indexOf('\n') < 0 && field.indexOf('\r') < 0;
     if (plain) {
         row->append(field);
         return;

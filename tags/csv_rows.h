@@ -15,8 +15,8 @@ struct CsvRow {
     QVector<QByteArray> fields;
 };
 
-/// The rows up to the first malformed one. Lines that are blank or hold only empty fields are left
-/// out.
+/// The rows up to the first malformed one. Lines that are blank, hold only empty fields or begin
+/// with `#` are left out.
 struct CsvRows {
     QVector<CsvRow> rows;
     int errorLine = 0;   ///< line of the malformed row; 0 when there is none

@@ -8,6 +8,7 @@
 #include <QTextCodec>
 
 #include <algorithm>
+#include <iterator>
 
 namespace kvt
 {
@@ -33,6 +34,42 @@ QString decoded(const QByteArray &bytes, bool *good)
         QTextCodec::codecForName("UTF-8")->toUnicode(bytes.constData(), bytes.size(), &state);
     *good = state.invalidChars == 0 && state.remainingChars == 0;
     return text;
+}
+
+/// Returns what parts the titles of a header line if it is not commas; else an empty text.
+QString wrongSeparator(const QByteArray &header)
+{
+    const QString line = QString::fromUtf8(header).remove(QLatin1Char('"'));
+    const auto partsBy = [&](QChar separator) {
+        const QStringList titles = line.split(separator);
+        return titles.size() > 1 &&
+               std::any_of(titles.begin(), titles.end(), [](const QString &title) {
+                   return title.trimmed().compare(columnName(NAME), Qt::CaseInsensitive) == 0;
+               });
+    };
+    if (partsBy(QLatin1Char(';')))
+        return QStringLiteral("semicolons");
+    return partsBy(QLatin1Char('\t')) ? QStringLiteral("tabs") : QString();
+}
+
+/// Finds out what is wrong with the form of the file as a whole; without a text if nothing is.
+TagError wrongForm(const QByteArray &csv)
+{
+    if (csv.startsWith("\xFF\xFE") || csv.startsWith("\xFE\xFF"))
+        return {0, 0, QString(), QStringLiteral("is UTF-16 text; UTF-8 is needed")};
+    int number = 0;
+    for (const QByteArray &line : csv.split('\n')) {
+        ++number;
+        const QByteArray text = line.trimmed();
+        if (text.isEmpty() || text.startsWith('#'))
+            continue;
+        const QString separator = wrongSeparator(text);
+        if (separator.isEmpty())
+            break;
+        return {number, 0, QString(),
+                QStringLiteral("the columns are parted by %1; commas are needed").arg(separator)};
+    }
+    return {};
 }
 
 bool typeFits(Area area, ValueType type)
@@ -67,6 +104,7 @@ private:
     void checkName(const QString &name);
     void checkLength();
     void fail(int column, const QString &text);
+    void failRow(const CsvRows &rows);
 
     TagListResult result_;
     int fieldOf_[COLUMN_COUNT] = {-1, -1, -1, -1, -1, -1}; ///< index in a row; -1: no such column
@@ -218,10 +256,28 @@ void ListReader::readRow(const CsvRow &row)
         result_.tags.append(tag);
 }
 
+// Names the column of a malformed row, if the header could be read.
+void ListReader::failRow(const CsvRows &rows)
+{
+    const int *const column =
+        std::find(std::begin(fieldOf_), std::end(fieldOf_), rows.errorColumn - 1);
+    const bool isNamed = column != std::end(fieldOf_);
+    result_.errors.append(
+        {rows.errorLine, rows.errorColumn,
+         isNamed ? columnName(static_cast<int>(column - std::begin(fieldOf_))) : QString(),
+         rows.errorText});
+}
+
 TagListResult ListReader::read(const QByteArray &csv)
 {
     const bool marked = csv.startsWith(BYTE_ORDER_MARK);
-    const CsvRows rows = splitCsv(marked ? csv.mid(3) : csv);
+    const QByteArray text = marked ? csv.mid(3) : csv;
+    const TagError form = wrongForm(text);
+    if (!form.text.isEmpty()) {
+        result_.errors.append(form);
+        return result_;
+    }
+    const CsvRows rows = splitCsv(text);
     if (rows.rows.isEmpty() && rows.errorLine == 0)
         result_.errors.append({0, 0, QString(), QStringLiteral("there is no header line")});
     if (!rows.rows.isEmpty() && readHeader(rows.rows.first())) {
@@ -229,7 +285,7 @@ TagListResult ListReader::read(const QByteArray &csv)
             readRow(rows.rows[i]);
     }
     if (rows.errorLine != 0)
-        result_.errors.append({rows.errorLine, rows.errorColumn, QString(), rows.errorText});
+        failRow(rows);
     return result_;
 }
 
@@ -290,7 +346,7 @@ QString formatTagError(const QString &file, const TagError &error)
     if (error.line > 0)
         text += QLatin1Char(':') + QString::number(error.line);
     if (error.column > 0)
-        text += QLatin1String(": ") + QString::number(error.column);
+        text += QLatin1String(": column ") + QString::number(error.column);
     if (!error.columnName.isEmpty())
         text += QLatin1String(" \"") + error.columnName + QLatin1Char('"');
     return text + QLatin1String(": ") + error.text;

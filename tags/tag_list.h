@@ -3,7 +3,7 @@
 // The header line names the columns name, area, address, station, type and description, in any
 // order and any case; description may be left out, other columns are passed over. Text is UTF-8
 // with or without a byte order mark, lines end in LF or CRLF, fields may be quoted, and lines
-// without any text are skipped.
+// without any text or with a # in front are skipped.
 #ifndef KVT_TAGS_TAG_LIST_H
 #define KVT_TAGS_TAG_LIST_H
 
@@ -43,7 +43,7 @@ QByteArray formatTagList(const QVector<Tag> &tags);
 /// sets `*error` (if not null) when it cannot be written.
 bool saveTagList(const QString &path, const QVector<Tag> &tags, QString *error);
 
-/// Returns `file:line: column "address": text`, without the parts that the error does not have.
+/// Returns `file:line: column 3 "address": text`, without the parts that the error does not have.
 QString formatTagError(const QString &file, const TagError &error);
 
 } // namespace kvt

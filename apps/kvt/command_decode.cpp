@@ -88,7 +88,7 @@ int decodeInput(const DecodeOptions &options)
     QFile input;
     if (!input.open(stdin, QIODevice::ReadOnly))
         return EXIT_USAGE;
-    for (QByteArray line = input.readLine(LONGEST_LINE); !line.isEmpty();
+    for (QByteArray line = input.readLine(LONGEST_LINE); !line.isEmpty() && !outputFailed();
          line = input.readLine(LONGEST_LINE))
         if (!line.trimmed().isEmpty() && !decoder.decode(QString::fromLatin1(line).trimmed()))
             return EXIT_USAGE;
@@ -105,7 +105,7 @@ int decodeTrace(const QString &path, const DecodeOptions &options)
     }
     TraceText trace(options.tags);
     TraceRecord record;
-    while (reader.next(&record)) {
+    while (!outputFailed() && reader.next(&record)) {
         if (!options.json)
             printOut(trace.line(record));
         else if (const QJsonObject object = trace.json(record); !object.isEmpty())

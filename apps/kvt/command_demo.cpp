@@ -2,6 +2,7 @@
 #include "apps/kvt/commands.h"
 #include "apps/kvt/console.h"
 #include "apps/kvt/demo_witness.h"
+#include "apps/kvt/driver_option.h"
 #include "apps/kvt/exit_codes.h"
 #include "apps/kvt/live_view.h"
 #include "apps/kvt/options.h"
@@ -188,11 +189,8 @@ int runWith(const DemoOptions &options)
     if (!readPollableTags(options.tagFile, &tags))
         return EXIT_USAGE;
     DriverLibrary library;
-    QString error;
-    if (!library.load(options.driver, &error)) {
-        printError(QStringLiteral("--driver: %1").arg(error));
+    if (!loadDriver(options.driver, &library))
         return EXIT_USAGE;
-    }
     return Demo(library.api(), tags).run(options.seconds);
 }
 

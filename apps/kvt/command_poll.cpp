@@ -30,6 +30,7 @@ struct PollOptions {
     int seconds = 0; // 0: until Ctrl-C
     int cycles = 0;  // 0: any number
     int interval_ms = 500;
+    int stale_ms = 5000; // age at which a value is no longer good
 };
 
 PollOutput::Form formOf(const PollOptions &options)
@@ -52,9 +53,11 @@ public:
     int run();
 
 private:
-    void show();
+    QVector<CellValue> show();
     int conclude();
-    void summarize();
+    int judge(const QVector<CellValue> &values) const;
+    qint64 limitingCharacterTime_ns() const;
+    void summarize() const;
 
     PollOptions options_;
     QVector<Tag> tags_;
@@ -70,7 +73,9 @@ int Poll::run()
     const StopSignal stopSignal;
     if (!link_.load(options_.line))
         return EXIT_USAGE;
-    link_.connect(options_.line, pollerSettings(options_.line), tags_, &watcher_);
+    PollerSettings settings = pollerSettings(options_.line);
+    settings.session.staleAfter_ns = milliseconds(options_.stale_ms);
+    link_.connect(options_.line, settings, tags_, &watcher_);
     startedAt_ns_ = monotonicNow_ns();
     link_.poller()->start();
 
@@ -85,10 +90,12 @@ int Poll::run()
     return conclude();
 }
 
-void Poll::show()
+// Returns the values that it has shown.
+QVector<CellValue> Poll::show()
 {
     const Poller &poller = *link_.poller();
-    const qint64 now_ns = monotonicNow_ns();
+    const QVector<CellValue> values = poller.values();
+    const qint64 now_ns = monotonicNow_ns(); // no earlier than any of the values
     PollState state;
     state.line = lineName(options_.line);
     state.lineIsUp = watcher_.isUp();
@@ -96,7 +103,8 @@ void Poll::show()
     state.scans = watcher_.scans();
     state.exchanges = poller.statistics().total.exchanges;
     state.elapsed_ns = now_ns - startedAt_ns_;
-    output_.show({poller.values(), watcher_.results(), now_ns}, state);
+    output_.show({values, watcher_.results(), now_ns}, state);
+    return values;
 }
 
 int Poll::conclude()
@@ -105,30 +113,46 @@ int Poll::conclude()
         printError(QStringLiteral("%1: %2").arg(lineName(options_.line), watcher_.lineError()));
         return EXIT_NO_LINE;
     }
-    show();
-    const QVector<CellValue> values = link_.poller()->values();
+    // The last reading of the last scan may be on its way to the values.
     link_.poller()->stop();
+    const QVector<CellValue> values = show();
     summarize();
-    const auto bad = std::count_if(values.begin(), values.end(), [](const CellValue &value) {
-        return value.quality == Quality::NeverRead || value.quality == Quality::Failed;
-    });
-    if (bad > 0)
-        printError(QStringLiteral("%1 of %2 tags have no good value").arg(bad).arg(tags_.size()));
-    return bad > 0 ? EXIT_NO_ANSWER : EXIT_GOOD;
+    return judge(values);
 }
 
-void Poll::summarize()
+// What counts is the end: values that were good once are no proof that the PLC still answers.
+int Poll::judge(const QVector<CellValue> &values) const
+{
+    const auto bad = std::count_if(values.begin(), values.end(), [](const CellValue &value) {
+        return value.quality != Quality::Good;
+    });
+    const QString lineError = watcher_.lineError();
+    if (!lineError.isEmpty())
+        printError(QStringLiteral("the line is still down: %1").arg(lineError));
+    if (bad > 0)
+        printError(QStringLiteral("%1 of %2 tags have no good value").arg(bad).arg(tags_.size()));
+    return bad > 0 || !lineError.isEmpty() ? EXIT_NO_ANSWER : EXIT_GOOD;
+}
+
+// Use of the line makes sense only where its speed limits it, which a pseudo-terminal's does not.
+qint64 Poll::limitingCharacterTime_ns() const
+{
+    const Poller &poller = *link_.poller();
+    return options_.line.isTcp || poller.lineIsPaced() ? poller.characterTime_ns() : 0;
+}
+
+void Poll::summarize() const
 {
     const Poller &poller = *link_.poller();
     const Statistics statistics = poller.statistics();
     const qint64 now_ns = monotonicNow_ns();
     if (options_.line.json)
         printOut(jsonLine({{QStringLiteral("summary"),
-                            statisticsToJson(statistics, now_ns, poller.characterTime_ns())},
+                            statisticsToJson(statistics, now_ns, limitingCharacterTime_ns())},
                            {QStringLiteral("scans"), watcher_.scans()}}));
     else
         printOut(QStringLiteral("\nscans %1, ").arg(watcher_.scans()) +
-                 statisticsText(statistics, now_ns, poller.characterTime_ns()));
+                 statisticsText(statistics, now_ns, limitingCharacterTime_ns()));
 }
 
 void addOptions(QCommandLineParser *parser)
@@ -151,6 +175,11 @@ void addOptions(QCommandLineParser *parser)
                                       "3600000 (default: 500). The poll itself is as fast as the "
                                       "line."),
                        QStringLiteral("MS"), QStringLiteral("500")});
+    parser->addOption({QStringLiteral("stale"),
+                       QStringLiteral("Age at which a value is no longer good but stale, in "
+                                      "milliseconds, 100 to 3600000 (default: 5000). Raise it "
+                                      "where a scan takes longer."),
+                       QStringLiteral("MS"), QStringLiteral("5000")});
 }
 
 bool readOptions(const QCommandLineParser &parser, PollOptions *options)
@@ -167,6 +196,7 @@ bool readOptions(const QCommandLineParser &parser, PollOptions *options)
         !readNumber(parser, QStringLiteral("cycles"), 1, MOST_SCANS, &options->cycles))
         return false;
     return readNumber(parser, QStringLiteral("interval"), 20, 3600000, &options->interval_ms) &&
+           readNumber(parser, QStringLiteral("stale"), 100, 3600000, &options->stale_ms) &&
            readLineOptions(parser, &options->line);
 }
 
@@ -178,8 +208,9 @@ int runPoll(const QStringList &arguments)
     parser.setApplicationDescription(QStringLiteral(
         "Polls the tags of a list without pause and shows value, quality, age and the result of "
         "the latest reading: as a table on a terminal, as lines for what has changed in a pipe, "
-        "or as one JSON object per line. Ends with a summary. The exit status is 0 if every tag "
-        "has been read and its latest reading did not fail."));
+        "or as one JSON object per line. Ends with a summary. The exit status is 0 if the line is "
+        "up at the end and the value of every tag good: its latest reading did not fail and is "
+        "younger than --stale."));
     addOptions(&parser);
     int exitCode = EXIT_GOOD;
     if (parseOptions(&parser, QStringLiteral("poll"), arguments, &exitCode))

@@ -37,28 +37,35 @@ void printRead(const Tag &tag, const RequestOutcome &outcome)
         printError(failureText(tag, outcome));
 }
 
+// Those that were never asked for are named too.
+void printJson(const QVector<Tag> &tags, const QVector<RequestOutcome> &outcomes, bool complete)
+{
+    QJsonArray reads;
+    for (int tag = 0; tag < tags.size(); ++tag)
+        reads.append(readToJson(tags.at(tag), outcomes.at(tag)));
+    printOut(jsonLine({{QStringLiteral("reads"), reads}, {QStringLiteral("complete"), complete}}));
+}
+
 int readAll(const LineOptions &options, const QVector<Tag> &tags)
 {
     Enquiry enquiry(options, tags);
     int exitCode = enquiry.open();
-    if (exitCode != EXIT_GOOD)
+    if (exitCode != EXIT_GOOD && exitCode != EXIT_NO_ANSWER)
         return exitCode;
-    QJsonArray reads;
-    for (int tag = 0; tag < tags.size(); ++tag) {
-        RequestOutcome outcome;
-        if (!enquiry.read(tag, &outcome)) {
+    QVector<RequestOutcome> outcomes(tags.size());
+    bool complete = exitCode == EXIT_GOOD;
+    for (int tag = 0; tag < tags.size() && complete; ++tag) {
+        RequestOutcome &outcome = outcomes[tag];
+        complete = enquiry.read(tag, &outcome);
+        if (!complete)
             exitCode = enquiry.reportStop();
-            break;
-        }
-        if (!outcome.good)
+        else if (!outcome.good)
             exitCode = EXIT_NO_ANSWER;
-        if (options.json)
-            reads.append(readToJson(tags.at(tag), outcome));
-        else
+        if (complete && !options.json)
             printRead(tags.at(tag), outcome);
     }
     if (options.json)
-        printOut(jsonLine({{QStringLiteral("reads"), reads}}));
+        printJson(tags, outcomes, complete);
     return exitCode;
 }
 

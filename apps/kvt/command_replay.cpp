@@ -1,6 +1,7 @@
 // kvt replay: puts a recorded run to the driver again.
 #include "apps/kvt/commands.h"
 #include "apps/kvt/console.h"
+#include "apps/kvt/driver_option.h"
 #include "apps/kvt/exit_codes.h"
 #include "apps/kvt/options.h"
 #include "host/trace_replay.h"
@@ -44,10 +45,8 @@ int replay(const QString &path, const QString &driver, bool json)
         return EXIT_USAGE;
     }
     DriverLibrary library;
-    if (!library.load(driver, &error)) {
-        printError(QStringLiteral("--driver: %1").arg(error));
+    if (!loadDriver(driver, &library))
         return EXIT_USAGE;
-    }
     const ReplayResult result = replayTrace(&reader, library.api());
     if (!result.error.isEmpty()) {
         printError(QStringLiteral("%1: %2").arg(path, result.error));

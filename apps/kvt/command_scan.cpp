@@ -73,7 +73,7 @@ int scan(const ScanOptions &options)
     ProgressBar bar(tags.size());
     int answers = 0;
     int asked = 0;
-    for (; asked < tags.size() && exitCode == EXIT_GOOD; ++asked) {
+    for (; asked < tags.size() && !outputFailed(); ++asked) {
         bar.show(asked, QStringLiteral("station %1").arg(tags.at(asked).station));
         RequestOutcome outcome;
         if (!enquiry.read(asked, &outcome)) {
@@ -104,9 +104,11 @@ bool readRange(const QString &text, ScanOptions *options)
 
 bool readProbe(const QCommandLineParser &parser, Tag *probe)
 {
-    probe->address = parser.value(QStringLiteral("address"));
     if (!readArea(parser.value(QStringLiteral("area")), &probe->area))
         return false;
+    probe->address = probe->area == Area::C ? QStringLiteral("0.0.0.0") : QStringLiteral("0.0.0");
+    if (parser.isSet(QStringLiteral("address")))
+        probe->address = parser.value(QStringLiteral("address"));
     TagAddress address;
     const QString error = parseTagAddress(probe->area, probe->address, &address);
     if (!error.isEmpty())
@@ -124,8 +126,9 @@ void addOptions(QCommandLineParser *parser)
                        QStringLiteral("AREA"), QStringLiteral("D")});
     parser->addOption({QStringLiteral("address"),
                        QStringLiteral("Address that each station is asked for. One that it refuses "
-                                      "will do: it answers all the same (default: 0.0.0)."),
-                       QStringLiteral("ADDRESS"), QStringLiteral("0.0.0")});
+                                      "will do: it answers all the same (default: 0.0.0, in area C "
+                                      "0.0.0.0)."),
+                       QStringLiteral("ADDRESS")});
     addLineOptions(parser, 0);
 }
 

@@ -86,10 +86,12 @@ int tune(const TuneOptions &options)
     TuneReport report;
     report.margin_percent = options.margin_percent;
     report.first = first.statistics;
-    report.silentStations = removeSilentStations(first.statistics, &settings.tags);
     Measurement::End end = first.end;
+    if (end == Measurement::End::Complete)
+        report.silentStations = removeSilentStations(first.statistics, &settings.tags);
     if (end == Measurement::End::Complete && !settings.tags.isEmpty())
         end = runTrials(settings, &report);
+    report.complete = end == Measurement::End::Complete;
     recommend(&report);
     printOut(settings.line.json ? jsonLine(tuneToJson(report)) : tuneText(report));
     if (end == Measurement::End::NoLine)

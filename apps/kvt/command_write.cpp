@@ -10,17 +10,13 @@
 #include "apps/kvt/value_text.h"
 #include "tags/tag_value.h"
 
+#include <QRegularExpression>
+
 namespace kvt
 {
 
 namespace
 {
-
-// Whether a write that failed may have taken effect all the same.
-bool isUncertain(const RequestOutcome &outcome)
-{
-    return outcome.write.state == WriteState::TimedOut;
-}
 
 void printWrite(const Tag &tag, const QString &value, const RequestOutcome &outcome)
 {
@@ -29,10 +25,17 @@ void printWrite(const Tag &tag, const QString &value, const RequestOutcome &outc
                      .arg(placeText(tag), value, timeText(outcome.replyTime_ns)));
         return;
     }
+    if (outcome.interrupted) {
+        printError(QStringLiteral("%1: the value %2")
+                       .arg(placeText(tag), outcome.isUncertain()
+                                                ? QStringLiteral("may have been taken")
+                                                : QStringLiteral("was not sent")));
+        return;
+    }
     QString text = failureText(tag, outcome);
     if (!outcome.asked)
         text += QStringLiteral(", ") + writeReasonText(outcome.write.reason);
-    if (isUncertain(outcome))
+    if (outcome.isUncertain())
         text += QStringLiteral("; whether the value was taken is not known");
     printError(text);
 }
@@ -43,25 +46,29 @@ void printJson(const Tag &tag, const QString &value, const RequestOutcome &outco
     object.insert(QStringLiteral("text"), value);
     object.insert(QStringLiteral("state"), writeStateName(outcome.write.state));
     object.insert(QStringLiteral("reason"), writeReasonText(outcome.write.reason));
-    object.insert(QStringLiteral("uncertain"), isUncertain(outcome));
+    object.insert(QStringLiteral("uncertain"), outcome.isUncertain());
     printOut(jsonLine(object));
 }
 
 int writeOne(const LineOptions &options, const Tag &tag, const QByteArray &bytes)
 {
     Enquiry enquiry(options, {tag});
-    const int exitCode = enquiry.open();
-    if (exitCode != EXIT_GOOD)
+    int exitCode = enquiry.open();
+    if (exitCode != EXIT_GOOD && exitCode != EXIT_NO_ANSWER)
         return exitCode;
     RequestOutcome outcome;
-    if (!enquiry.write(0, bytes, &outcome))
-        return enquiry.reportStop();
+    outcome.interrupted = true;
+    outcome.write.state = WriteState::Dropped;
+    if (exitCode == EXIT_GOOD && !enquiry.write(0, bytes, &outcome))
+        exitCode = enquiry.reportStop();
+    else if (!outcome.good)
+        exitCode = EXIT_NO_ANSWER;
     const QString value = formatValue(tag.area, tag.type, bytes);
     if (options.json)
         printJson(tag, value, outcome);
     else
         printWrite(tag, value, outcome);
-    return outcome.good ? EXIT_GOOD : EXIT_NO_ANSWER;
+    return exitCode;
 }
 
 bool readValue(const Tag &tag, const QString &text, QByteArray *bytes)
@@ -75,6 +82,26 @@ bool readValue(const Tag &tag, const QString &text, QByteArray *bytes)
         printError(QStringLiteral("value \"%1\": %2").arg(text, value.error));
     *bytes = value.bytes;
     return value.error.isEmpty();
+}
+
+// Puts a negative number behind all else, where it is not taken for an option. `arguments` are the
+// words behind the command's name.
+QStringList withNegativeValueLast(const QStringList &arguments)
+{
+    static const QRegularExpression negative(QStringLiteral("\\A-[0-9]+\\z"));
+    QStringList words;
+    QStringList values;
+    for (const QString &word : arguments) {
+        const QString before = words.value(words.size() - 1);
+        const bool belongsToOption = before.startsWith(QLatin1String("--")) &&
+                                     !before.contains(QLatin1Char('=')) &&
+                                     before != QLatin1String("--json");
+        const bool isValue = negative.match(word).hasMatch() && !belongsToOption;
+        (isValue ? values : words).append(word);
+    }
+    if (values.isEmpty() || arguments.contains(QStringLiteral("--")))
+        return arguments;
+    return words + QStringList(QStringLiteral("--")) + values;
 }
 
 // The words ahead of the value name one tag.
@@ -91,6 +118,9 @@ bool readTarget(const QCommandLineParser &parser, Tag *tag)
     if (!readTargets(parser, words.mid(0, words.size() - 1), &tags))
         return false;
     *tag = tags.first();
+    const bool isTyped = byName || parser.isSet(QStringLiteral("type"));
+    if (!isTyped && tag->area == Area::D && words.last().startsWith(QLatin1Char('-')))
+        tag->type = ValueType::S16;
     return true;
 }
 
@@ -101,7 +131,7 @@ int runWrite(const QStringList &arguments)
     QCommandLineParser parser;
     parser.setApplicationDescription(QStringLiteral(
         "Writes a value once and says what became of it. The exit status is 0 if the PLC has "
-        "acknowledged it. Put \"--\" ahead of the words when a value is negative."));
+        "acknowledged it."));
     parser.addPositionalArgument(QStringLiteral("AREA"), QStringLiteral("X or D."));
     parser.addPositionalArgument(
         QStringLiteral("ADDRESS"),
@@ -109,11 +139,12 @@ int runWrite(const QStringList &arguments)
                        "of area and address."));
     parser.addPositionalArgument(
         QStringLiteral("VALUE"),
-        QStringLiteral("A decimal number; for bool also true, false, on, off; for hex, digits."));
+        QStringLiteral("A decimal number; for bool also true, false, on, off; for hex, digits. A "
+                       "negative number is of type s16 unless another is given."));
     addTargetOptions(&parser);
     addLineOptions(&parser);
     int exitCode = EXIT_GOOD;
-    if (parseOptions(&parser, QStringLiteral("write"), arguments, &exitCode))
+    if (parseOptions(&parser, QStringLiteral("write"), withNegativeValueLast(arguments), &exitCode))
         return exitCode;
     LineOptions options;
     Tag tag;

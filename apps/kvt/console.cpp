@@ -1,7 +1,12 @@
 #include "apps/kvt/console.h"
 
+#include "apps/kvt/exit_codes.h"
+
+#include <QCoreApplication>
 #include <QJsonDocument>
 
+#include <atomic>
+#include <cerrno>
 #include <cstdio>
 
 #include <sys/ioctl.h>
@@ -10,11 +15,36 @@
 namespace kvt
 {
 
+namespace
+{
+
+std::atomic<int> outputError{0}; // errno of the first text that was lost
+
+}
+
 void printOut(const QString &text)
 {
     const QByteArray bytes = text.toUtf8();
-    std::fwrite(bytes.constData(), 1, static_cast<size_t>(bytes.size()), stdout);
-    std::fflush(stdout);
+    const auto size = static_cast<size_t>(bytes.size());
+    const bool written =
+        std::fwrite(bytes.constData(), 1, size, stdout) == size && std::fflush(stdout) == 0;
+    int none = 0;
+    if (!written && outputError.compare_exchange_strong(none, errno))
+        QMetaObject::invokeMethod(QCoreApplication::instance(), &QCoreApplication::quit,
+                                  Qt::QueuedConnection);
+}
+
+bool outputFailed()
+{
+    return outputError != 0;
+}
+
+int checkOutput(int exitCode)
+{
+    if (!outputFailed())
+        return exitCode;
+    printError(QStringLiteral("standard output: %1").arg(qt_error_string(outputError)));
+    return exitCode == EXIT_GOOD ? EXIT_NO_ANSWER : exitCode;
 }
 
 QString jsonLine(const QJsonObject &object)

@@ -8,8 +8,16 @@
 namespace kvt
 {
 
-/// Writes data to standard output, at once.
+/// Writes data to standard output, at once. The first text that cannot be written quits the event
+/// loop, so that a command that runs on ends. Any thread.
 void printOut(const QString &text);
+
+/// True when something could not be written to standard output.
+bool outputFailed();
+
+/// Returns the exit status of a command that ended with `exitCode`: EXIT_NO_ANSWER, with a message,
+/// if all went well but for standard output.
+int checkOutput(int exitCode);
 
 /// Returns an object as one line, with its end.
 QString jsonLine(const QJsonObject &object);

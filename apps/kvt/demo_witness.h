@@ -26,7 +26,7 @@ public:
     bool expectWrite(int tag, int value);
 
     /// How the latest reading of each tag ended.
-    QStringList results() const { return results_.texts(); }
+    QVector<TagResult> results() const { return results_.results(); }
 
     qint64 valuesRead() const { return valuesRead_; }
     qint64 writesConfirmed() const { return writesConfirmed_; }

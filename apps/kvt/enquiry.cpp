@@ -68,8 +68,12 @@ void Enquiry::begin(int tag)
 bool Enquiry::finish(RequestOutcome *outcome)
 {
     const bool ended = waitUntil([this] { return ended_; });
+    // What has become of a write that was cut short is known once nothing can leave any more.
+    if (!ended)
+        link_.poller()->stop();
     const std::lock_guard<std::mutex> lock(mutex_);
     *outcome = outcome_;
+    outcome->interrupted = !ended;
     return ended;
 }
 
@@ -77,17 +81,16 @@ bool Enquiry::finish(RequestOutcome *outcome)
 template <typename Condition>
 bool Enquiry::waitUntil(Condition condition)
 {
-    while (!stopSignal_.isRequested()) {
+    for (;;) {
         {
             const std::lock_guard<std::mutex> lock(mutex_);
             if (condition())
                 return true;
-            if (!lineError_.isEmpty())
+            if (!lineError_.isEmpty() || stopSignal_.isRequested())
                 return false;
         }
         loop_.exec();
     }
-    return false;
 }
 
 void Enquiry::wakeUp()

@@ -15,7 +15,8 @@ namespace kvt
 /// How a request ended; times in nanoseconds.
 struct RequestOutcome {
     bool good = false;
-    bool asked = false; ///< at least one attempt was made; else the rest says nothing
+    bool interrupted = false; ///< it was begun, but its end was not waited for
+    bool asked = false;       ///< at least one attempt has ended; else the rest says nothing
     AttemptEnd end = AttemptEnd::NoReply; ///< of the last attempt
     int resultCode = 0;                   ///< of the driver
     int attempts = 0;
@@ -25,6 +26,9 @@ struct RequestOutcome {
 
     /// True when the station was heard, even if it refused.
     bool stationAnswered() const { return asked && (good || end == AttemptEnd::Refused); }
+
+    /// True when a write that failed may have taken effect all the same.
+    bool isUncertain() const { return write.state == WriteState::TimedOut; }
 };
 
 /// Asks the PLC for one thing at a time; nothing is polled meanwhile. All calls from the thread of
@@ -41,7 +45,7 @@ public:
     int open();
 
     /// Reads a tag, or writes it, `bytes` least significant first. False when Ctrl-C or the line
-    /// came between; `stopReason` tells which.
+    /// came between; `reportStop` tells which. Nothing can be asked for any more then.
     bool read(int tag, RequestOutcome *outcome);
     bool write(int tag, const QByteArray &bytes, RequestOutcome *outcome);
 

@@ -1,6 +1,7 @@
 #include "apps/kvt/host_link.h"
 
 #include "apps/kvt/console.h"
+#include "apps/kvt/driver_option.h"
 
 namespace kvt
 {
@@ -15,13 +16,11 @@ HostLink::~HostLink()
 
 bool HostLink::load(const LineOptions &options)
 {
-    QString error;
-    if (!library_.load(options.driver, &error)) {
-        printError(QStringLiteral("--driver: %1").arg(error));
+    if (!loadDriver(options.driver, &library_))
         return false;
-    }
     if (options.trace.isEmpty())
         return true;
+    QString error;
     traceFile_ = options.trace;
     recorder_ = std::make_unique<TraceRecorder>(monotonicNow_ns);
     const bool recording = recorder_->open(traceFile_, &error);

@@ -29,6 +29,7 @@ public:
 
     /// The poller; null before `connect`.
     Poller *poller() { return poller_.get(); }
+    const Poller *poller() const { return poller_.get(); }
 
 private:
     DriverLibrary library_;

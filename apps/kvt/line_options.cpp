@@ -1,6 +1,7 @@
 #include "apps/kvt/line_options.h"
 
 #include "apps/kvt/console.h"
+#include "apps/kvt/driver_option.h"
 #include "apps/kvt/options.h"
 
 namespace kvt

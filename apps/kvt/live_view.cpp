@@ -3,6 +3,8 @@
 #include "apps/kvt/console.h"
 #include "apps/kvt/value_text.h"
 
+#include <QStringList>
+
 #include <algorithm>
 
 namespace kvt
@@ -11,7 +13,8 @@ namespace kvt
 namespace
 {
 
-const QString CURSOR_UP = QStringLiteral("\x1b[%1A");
+// To the first column too: Ctrl-C leaves its echo behind the cursor.
+const QString CURSOR_UP = QStringLiteral("\r\x1b[%1A");
 const QString CLEAR_TO_END_OF_LINE = QStringLiteral("\x1b[K");
 const QString CLEAR_TO_END_OF_SCREEN = QStringLiteral("\x1b[J");
 const QString CUT_LONG_LINES = QStringLiteral("\x1b[?7l");
@@ -79,7 +82,7 @@ QString LiveView::row(int tag, const Snapshot &snapshot) const
          areaName(description.area).leftJustified(AREA_WIDTH), address.leftJustified(ADDRESS_WIDTH),
          valueText(description, value).rightJustified(VALUE_WIDTH),
          coloured(quality, value.quality), ageText(value, snapshot.at_ns).rightJustified(AGE_WIDTH),
-         snapshot.results.at(tag)});
+         resultText(snapshot.results.at(tag))});
 }
 
 QString LiveView::heading() const

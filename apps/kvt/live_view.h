@@ -2,10 +2,11 @@
 #ifndef KVT_APPS_KVT_LIVE_VIEW_H
 #define KVT_APPS_KVT_LIVE_VIEW_H
 
+#include "apps/kvt/tag_results.h"
 #include "host/value_table.h"
 #include "tags/tag.h"
 
-#include <QStringList>
+#include <QString>
 #include <QVector>
 
 namespace kvt
@@ -14,7 +15,7 @@ namespace kvt
 /// What is known of all tags at one time, in the order of the tags.
 struct Snapshot {
     QVector<CellValue> values;
-    QStringList results; ///< how their latest readings ended
+    QVector<TagResult> results;
     qint64 at_ns = 0;
 };
 

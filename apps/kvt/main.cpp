@@ -6,6 +6,7 @@
 #include <QCoreApplication>
 
 #include <algorithm>
+#include <csignal>
 #include <iterator>
 
 namespace
@@ -38,8 +39,38 @@ QString usage()
         text += QStringLiteral("  %1 %2\n")
                     .arg(QLatin1String(command.name), -8)
                     .arg(QLatin1String(command.summary));
-    text += QStringLiteral("\n\"kvt COMMAND --help\" tells the options of a command.\n");
+    text += QStringLiteral("  %1 tell the options of a command: kvt help COMMAND\n")
+                .arg(QLatin1String("help"), -8);
     return text;
+}
+
+int runNamed(const QString &name, const QStringList &arguments)
+{
+    const auto command =
+        std::find_if(std::begin(COMMANDS), std::end(COMMANDS),
+                     [&](const Command &c) { return name == QLatin1String(c.name); });
+    if (command != std::end(COMMANDS))
+        return command->run(arguments);
+    kvt::printError(name.isEmpty() ? QStringLiteral("no command given, see kvt --help")
+                                   : QStringLiteral("no command \"%1\", see kvt --help").arg(name));
+    return kvt::EXIT_USAGE;
+}
+
+int runWords(const QStringList &words)
+{
+    const QString name = words.value(0);
+    const bool isHelp = name == QLatin1String("help");
+    if (isHelp && words.size() > 1)
+        return runNamed(words.at(1), {QStringLiteral("--help")});
+    if (isHelp || name == QLatin1String("--help") || name == QLatin1String("-h")) {
+        kvt::printOut(usage());
+        return kvt::EXIT_GOOD;
+    }
+    if (name == QLatin1String("--version")) {
+        kvt::printOut(QStringLiteral("kvt %1\n").arg(QLatin1String(KVT_VERSION)));
+        return kvt::EXIT_GOOD;
+    }
+    return runNamed(name, words.mid(1));
 }
 
 } // namespace
@@ -49,24 +80,7 @@ int main(int argc, char *argv[])
     QCoreApplication app(argc, argv);
     QCoreApplication::setApplicationName(QStringLiteral("kvt"));
     QCoreApplication::setApplicationVersion(QStringLiteral(KVT_VERSION));
-
-    const QString name = QCoreApplication::arguments().value(1);
-    if (name == QLatin1String("--help") || name == QLatin1String("-h")) {
-        kvt::printOut(usage());
-        return kvt::EXIT_GOOD;
-    }
-    if (name == QLatin1String("--version")) {
-        kvt::printOut(QStringLiteral("kvt %1\n").arg(QLatin1String(KVT_VERSION)));
-        return kvt::EXIT_GOOD;
-    }
-    const auto command =
-        std::find_if(std::begin(COMMANDS), std::end(COMMANDS),
-                     [&](const Command &c) { return name == QLatin1String(c.name); });
-    if (command == std::end(COMMANDS)) {
-        kvt::printError(name.isEmpty()
-                            ? QStringLiteral("no command given, see kvt --help")
-                            : QStringLiteral("no command \"%1\", see kvt --help").arg(name));
-        return kvt::EXIT_USAGE;
-    }
-    return command->run(QCoreApplication::arguments().mid(2));
+    // A reader that goes away is an error of writing, after which links and traces are closed.
+    (void)std::signal(SIGPIPE, SIG_IGN);
+    return kvt::checkOutput(runWords(QCoreApplication::arguments().mid(1)));
 }

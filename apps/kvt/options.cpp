@@ -6,7 +6,6 @@
 #include "tags/tag_list.h"
 
 #include <QCoreApplication>
-#include <QFileInfo>
 
 namespace kvt
 {
@@ -14,7 +13,9 @@ namespace kvt
 bool parseOptions(QCommandLineParser *parser, const QString &command, const QStringList &arguments,
                   int *exitCode)
 {
-    const QCommandLineOption help = parser->addHelpOption();
+    const QCommandLineOption help({QStringLiteral("h"), QStringLiteral("help")},
+                                  QStringLiteral("Print this help."));
+    parser->addOption(help);
     const QString program = QStringLiteral("kvt %1").arg(command);
     if (!parser->parse(QStringList(program) + arguments)) {
         printError(QStringLiteral("%1: %2").arg(command, parser->errorText()));
@@ -35,24 +36,6 @@ bool noArguments(const QCommandLineParser &parser, const QString &command)
     if (!words.isEmpty())
         printError(QStringLiteral("%1: what is \"%2\"?").arg(command, words.first()));
     return words.isEmpty();
-}
-
-QCommandLineOption driverOption()
-{
-    return {QStringLiteral("driver"),
-            QStringLiteral("The driver to load (default: libKVT.so.1 beside this program, else "
-                           "where the system finds it)."),
-            QStringLiteral("PATH")};
-}
-
-QString driverPath(const QCommandLineParser &parser)
-{
-    if (parser.isSet(QStringLiteral("driver")))
-        return parser.value(QStringLiteral("driver"));
-    const QString name = QStringLiteral("libKVT.so.1");
-    const QString beside =
-        QCoreApplication::applicationDirPath() + QStringLiteral("/../lib/") + name;
-    return QFileInfo::exists(beside) ? beside : name;
 }
 
 bool readNumber(const QCommandLineParser &parser, const QString &option, int least, int most,

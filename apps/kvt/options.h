@@ -18,10 +18,6 @@ bool parseOptions(QCommandLineParser *parser, const QString &command, const QStr
 /// False, with a message, when there are words that are no options.
 bool noArguments(const QCommandLineParser &parser, const QString &command);
 
-/// The option --driver, and the path that it or the place of this program gives.
-QCommandLineOption driverOption();
-QString driverPath(const QCommandLineParser &parser);
-
 /// Reads a whole number from `least` to `most`. False, with a message that names the option, when
 /// its value is none.
 bool readNumber(const QCommandLineParser &parser, const QString &option, int least, int most,

@@ -22,8 +22,17 @@ QString judgedText(int resultCode)
     }
 }
 
-QString failureText(AttemptEnd end, int resultCode)
+bool isSuccess(int resultCode)
 {
+    return resultCode == 1 || resultCode == 100;
+}
+
+} // namespace
+
+QString outcomeWord(AttemptEnd end, int resultCode)
+{
+    if (isSuccess(resultCode))
+        return QStringLiteral("ok");
     switch (end) {
     case AttemptEnd::Refused:
         return QStringLiteral("refused");
@@ -41,14 +50,12 @@ QString failureText(AttemptEnd end, int resultCode)
     return judgedText(resultCode);
 }
 
-} // namespace
-
 QString outcomeText(AttemptEnd end, int resultCode)
 {
-    if (resultCode == 1 || resultCode == 100)
-        return QStringLiteral("ok");
-    const QString text = failureText(end, resultCode);
-    return resultCode == 0 ? text : QStringLiteral("%1 (%2)").arg(text).arg(resultCode);
+    const QString word = outcomeWord(end, resultCode);
+    return resultCode == 0 || isSuccess(resultCode)
+               ? word
+               : QStringLiteral("%1 (%2)").arg(word).arg(resultCode);
 }
 
 QString timeText(qint64 time_ns)

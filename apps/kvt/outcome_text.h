@@ -9,8 +9,10 @@
 namespace kvt
 {
 
-/// Returns how an attempt ended: "ok", "refused", "no reply" and the like, with the driver's result
-/// code behind a final failure: "no reply (41)".
+/// Returns how an attempt ended: "ok", "refused", "no reply" and the like.
+QString outcomeWord(AttemptEnd end, int resultCode);
+
+/// The same with the driver's result code behind a final failure: "no reply (41)".
 QString outcomeText(AttemptEnd end, int resultCode);
 
 /// Returns "3.4 ms"; times in nanoseconds.

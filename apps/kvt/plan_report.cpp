@@ -98,7 +98,7 @@ QJsonObject stationToJson(const StationPlan &station)
 
 bool isAchievable(const PlanReport &report)
 {
-    return report.asked_ms == 0 || report.plan.scan_ns <= milliseconds(report.asked_ms);
+    return report.plan.scan_ns <= milliseconds(report.asked_ms);
 }
 
 QString planText(const PlanReport &report)
@@ -132,10 +132,11 @@ QJsonObject planToJson(const PlanReport &report)
         {QStringLiteral("writeAlone_ms"), millisecondsOf(report.plan.writeAlone_ns)},
         {QStringLiteral("writeBusy_ms"), millisecondsOf(report.plan.writeBusy_ns)},
         {QStringLiteral("stations"), stations},
-        {QStringLiteral("achievable"), isAchievable(report)},
     };
-    if (report.asked_ms > 0)
+    if (report.asked_ms > 0) {
         object.insert(QStringLiteral("asked_ms"), report.asked_ms);
+        object.insert(QStringLiteral("achievable"), isAchievable(report));
+    }
     return object;
 }
 

@@ -19,7 +19,7 @@ struct PlanReport {
     QMap<int, qint64> scanAt_ns; ///< the scan at other speeds, by baud
 };
 
-/// True when the scan is as fast as asked, or nothing was asked.
+/// True when the scan is as fast as asked.
 bool isAchievable(const PlanReport &report);
 
 QString planText(const PlanReport &report);

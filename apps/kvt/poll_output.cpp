@@ -24,11 +24,15 @@ QString statusText(const PollState &state)
     return text;
 }
 
-QJsonObject cellToJson(const Tag &tag, const CellValue &value, const QString &result, qint64 now_ns)
+QJsonObject cellToJson(const Tag &tag, const CellValue &value, const TagResult &result,
+                       qint64 now_ns)
 {
     QJsonObject object = tagToJson(tag);
     object.insert(QStringLiteral("quality"), qualityName(value.quality));
-    object.insert(QStringLiteral("result"), result);
+    object.insert(QStringLiteral("result"), result.code);
+    object.insert(QStringLiteral("outcome"), result.code == 0
+                                                 ? QStringLiteral("none yet")
+                                                 : outcomeWord(result.end, result.code));
     if (value.quality == Quality::NeverRead)
         return object;
     object.insert(QStringLiteral("value"), valueNumber(tag, value.raw));
@@ -68,7 +72,7 @@ void PollOutput::showLines(const Snapshot &snapshot, const PollState &state)
     for (int i = 0; i < tags_.size(); ++i) {
         const CellValue &value = snapshot.values.at(i);
         const QStringList words = {tags_.at(i).name, valueText(tags_.at(i), value),
-                                   qualityName(value.quality), snapshot.results.at(i)};
+                                   qualityName(value.quality), resultText(snapshot.results.at(i))};
         const QString line = words.join(QStringLiteral("  "));
         if (line != shown_.at(i))
             text += time + QStringLiteral("  ") + line + QLatin1Char('\n');

@@ -4,6 +4,8 @@
 
 #include "apps/kvt/live_view.h"
 
+#include <QStringList>
+
 namespace kvt
 {
 

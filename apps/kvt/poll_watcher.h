@@ -20,7 +20,7 @@ public:
     PollWatcher(const QVector<Tag> &tags, int scans, bool verbose);
 
     // Any thread.
-    QStringList results() const { return results_.texts(); }
+    QVector<TagResult> results() const { return results_.results(); }
     int scans() const;
     QString lineError() const; ///< why the line is down; empty while it is not
     bool isUp() const;

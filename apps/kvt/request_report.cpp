@@ -9,10 +9,12 @@ namespace kvt
 namespace
 {
 
-QString wordsOf(const RequestOutcome &outcome)
+// With `text` standing for an outcome that there is.
+QString wordOr(const RequestOutcome &outcome, QString (*text)(AttemptEnd, int))
 {
-    return outcome.asked ? outcomeText(outcome.end, outcome.resultCode)
-                         : QStringLiteral("not sent");
+    if (outcome.interrupted)
+        return QStringLiteral("interrupted");
+    return outcome.asked ? text(outcome.end, outcome.resultCode) : QStringLiteral("not sent");
 }
 
 } // namespace
@@ -21,7 +23,7 @@ QJsonObject outcomeToJson(const Tag &tag, const RequestOutcome &outcome)
 {
     QJsonObject object = tagToJson(tag);
     object.insert(QStringLiteral("ok"), outcome.good);
-    object.insert(QStringLiteral("outcome"), wordsOf(outcome));
+    object.insert(QStringLiteral("outcome"), wordOr(outcome, outcomeWord));
     object.insert(QStringLiteral("result"), outcome.resultCode);
     object.insert(QStringLiteral("attempts"), outcome.attempts);
     if (outcome.stationAnswered())
@@ -31,7 +33,7 @@ QJsonObject outcomeToJson(const Tag &tag, const RequestOutcome &outcome)
 
 QString failureText(const Tag &tag, const RequestOutcome &outcome)
 {
-    QString text = QStringLiteral("%1: %2").arg(placeText(tag), wordsOf(outcome));
+    QString text = QStringLiteral("%1: %2").arg(placeText(tag), wordOr(outcome, outcomeText));
     if (outcome.attempts > 1)
         text += QStringLiteral(" at %1 attempts").arg(outcome.attempts);
     return text;

@@ -67,8 +67,8 @@ QStringList badReplyChecks()
 
 QStringList wrongLengthChecks()
 {
-    return {QStringLiteral("a refusal, which is shorter than most replies: see the bytes with "
-                           "\"--trace FILE\" and \"kvt decode FILE\""),
+    return {QStringLiteral("the address, if the station refuses the request: \"kvt read\" says so, "
+                           "and \"--trace FILE\" with \"kvt decode FILE\" shows the bytes"),
             QStringLiteral("speed and format of the line at both ends"),
             QStringLiteral("two stations with the same number"),
             QStringLiteral("noise, termination and ground of the line")};
@@ -85,7 +85,9 @@ void explainFailure(Outcome outcome, CodeExplanation *explanation)
         explanation->meaning = QStringLiteral("the reply was refused (NAK) or did not end with CR");
         explanation->checks = badReplyChecks();
     } else {
-        explanation->meaning = QStringLiteral("the reply had the wrong length");
+        explanation->meaning =
+            QStringLiteral("the reply had the wrong length, as a refusal (NAK) has "
+                           "in place of a word or a block");
         explanation->checks = wrongLengthChecks();
     }
     if (!remote)

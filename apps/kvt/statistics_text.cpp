@@ -4,30 +4,44 @@
 
 #include <QStringList>
 
+#include <array>
+
 namespace kvt
 {
 
 namespace
 {
 
-quint64 outcomes(const StationStatistics &station, Outcome local, Outcome remote)
+using Counts = std::array<quint64, OUTCOMES>;
+
+// Of the driver's classes, the two for a request to this PLC and to another one.
+quint64 sumOf(const Counts &counts, Outcome local, Outcome remote)
 {
-    return station.outcomes.at(static_cast<size_t>(local)) +
-           station.outcomes.at(static_cast<size_t>(remote));
+    return counts.at(static_cast<size_t>(local)) + counts.at(static_cast<size_t>(remote));
+}
+
+// The driver sees a refusal as a bad reply or one of the wrong length; here it is neither.
+QString failuresText(const StationStatistics &station)
+{
+    const auto unrefused = [&](Outcome local, Outcome remote) {
+        return sumOf(station.outcomes, local, remote) - sumOf(station.refused, local, remote);
+    };
+    return QStringLiteral(" (no reply %1, refused %2, bad reply %3, wrong length %4)")
+        .arg(unrefused(Outcome::LocalNoReply, Outcome::RemoteNoReply))
+        .arg(station.refusals())
+        .arg(unrefused(Outcome::LocalBadReply, Outcome::RemoteBadReply))
+        .arg(unrefused(Outcome::LocalWrongLength, Outcome::RemoteWrongLength));
 }
 
 QString countsText(const StationStatistics &station)
 {
-    const quint64 good = outcomes(station, Outcome::Success, Outcome::SuccessNotStored);
+    const quint64 good = sumOf(station.outcomes, Outcome::Success, Outcome::SuccessNotStored);
     QString text = QStringLiteral("exchanges %1, good %2, failed %3")
                        .arg(station.exchanges)
                        .arg(good)
                        .arg(station.exchanges - good);
     if (station.exchanges != good)
-        text += QStringLiteral(" (no reply %1, bad reply %2, wrong length %3)")
-                    .arg(outcomes(station, Outcome::LocalNoReply, Outcome::RemoteNoReply))
-                    .arg(outcomes(station, Outcome::LocalBadReply, Outcome::RemoteBadReply))
-                    .arg(outcomes(station, Outcome::LocalWrongLength, Outcome::RemoteWrongLength));
+        text += failuresText(station);
     return text + QStringLiteral(", attempts repeated %1").arg(station.retries);
 }
 

@@ -1,7 +1,5 @@
 #include "apps/kvt/tag_results.h"
 
-#include "apps/kvt/outcome_text.h"
-
 namespace kvt
 {
 
@@ -21,15 +19,13 @@ void TagResults::attemptEnded(const Attempt &attempt)
         results_[cell] = {attempt.end, attempt.resultCode};
 }
 
-QStringList TagResults::texts() const
+QVector<TagResult> TagResults::results() const
 {
-    QStringList texts;
+    QVector<TagResult> results;
     const std::lock_guard<std::mutex> lock(mutex_);
-    for (int tag = 0; tag < tags_; ++tag) {
-        const Result &result = results_.at(index_.cellOf(tag));
-        texts.append(result.code == 0 ? QString() : outcomeText(result.end, result.code));
-    }
-    return texts;
+    for (int tag = 0; tag < tags_; ++tag)
+        results.append(results_.at(index_.cellOf(tag)));
+    return results;
 }
 
 } // namespace kvt

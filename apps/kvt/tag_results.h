@@ -5,12 +5,18 @@
 #include "host/exchange_observer.h"
 #include "host/tag_index.h"
 
-#include <QStringList>
+#include <QVector>
 
 #include <mutex>
 
 namespace kvt
 {
+
+/// How a tag's latest reading ended.
+struct TagResult {
+    AttemptEnd end = AttemptEnd::NoReply;
+    int code = 0; ///< the driver's result code; 0: there is none yet
+};
 
 /// Follows the attempts of a host. Any thread.
 class TagResults
@@ -21,18 +27,13 @@ public:
     /// An attempt has ended.
     void attemptEnded(const Attempt &attempt);
 
-    /// The outcome for each tag, in words; empty while there is none.
-    QStringList texts() const;
+    /// The result of each tag.
+    QVector<TagResult> results() const;
 
 private:
-    struct Result {
-        AttemptEnd end = AttemptEnd::NoReply;
-        int code = 0; // 0: none yet
-    };
-
     TagIndex index_;
     mutable std::mutex mutex_;
-    QVector<Result> results_; // by cell
+    QVector<TagResult> results_; // by cell
     int tags_;
 };
 

@@ -50,6 +50,14 @@ bool readType(const QString &text, Area area, ValueType *type)
 
 bool readAddress(const Tag &form, const QString &word, QVector<Tag> *tags)
 {
+    static const QStringList areas = {QStringLiteral("X"), QStringLiteral("D"),
+                                      QStringLiteral("C")};
+    if (areas.contains(word, Qt::CaseInsensitive)) {
+        printError(QStringLiteral("\"%1\" stands where an address is expected: one area for all "
+                                  "addresses, as in %2 1.2.0 3.4.0")
+                       .arg(word, areaName(form.area)));
+        return false;
+    }
     TagAddress address;
     const QString error = parseTagAddress(form.area, word, &address);
     if (!error.isEmpty()) {

@@ -100,7 +100,7 @@ QVector<int> timeoutsToTry_ms(qint64 slowestReply_ns, int margin_percent)
 void recommend(TuneReport *report)
 {
     const qint64 slowest_ns = slowestReply_ns(report->first);
-    if (slowest_ns == 0)
+    if (slowest_ns == 0 || !report->complete)
         return;
     report->timeout_ms = wholeMilliseconds(withMargin(slowest_ns, report->margin_percent));
     double rate = 1;
@@ -120,6 +120,9 @@ void recommend(TuneReport *report)
 QString tuneText(const TuneReport &report)
 {
     const QString text = stationsText(report) + trialsText(report);
+    if (!report.complete)
+        return text + QStringLiteral("\ninterrupted: nothing is recommended from a part of the "
+                                     "measurement\n");
     if (report.timeout_ms == 0)
         return text + QStringLiteral("\nnothing can be recommended: no station answered\n");
     const double slowest_ms = millisecondsOf(slowestReply_ns(report.first));
@@ -148,7 +151,8 @@ QJsonObject tuneToJson(const TuneReport &report)
     QJsonArray silent;
     for (const int station : report.silentStations)
         silent.append(station);
-    QJsonObject object{{QStringLiteral("stations"), stations},
+    QJsonObject object{{QStringLiteral("complete"), report.complete},
+                       {QStringLiteral("stations"), stations},
                        {QStringLiteral("silentStations"), silent},
                        {QStringLiteral("trials"), trials}};
     if (report.timeout_ms > 0)

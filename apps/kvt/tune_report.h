@@ -26,6 +26,7 @@ struct TuneReport {
     Statistics first; ///< of the measurement with the long time-out
     QVector<TuneTrial> trials;
     QVector<int> silentStations; ///< that never answered
+    bool complete = false;       ///< nothing cut the measurement short
     int timeout_ms = 0;          ///< recommended; 0: nothing can be said
     int retries = 0;             ///< recommended
 };
@@ -39,7 +40,7 @@ QVector<int> timeoutsToTry_ms(qint64 slowestReply_ns, int margin_percent);
 
 /// Fills in what is recommended: the slowest reply with the margin, or the shortest trial above it
 /// if that one had fewer failures; and as many retries as make a final failure rarer than one in a
-/// million at the error rate of that trial, 1 to 5.
+/// million at the error rate of that trial, 1 to 5. Nothing follows from part of a measurement.
 void recommend(TuneReport *report);
 
 QString tuneText(const TuneReport &report);

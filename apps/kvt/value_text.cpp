@@ -1,5 +1,6 @@
 #include "apps/kvt/value_text.h"
 
+#include "apps/kvt/outcome_text.h"
 #include "tags/tag_value.h"
 
 namespace kvt
@@ -32,6 +33,11 @@ QString valueText(const Tag &tag, const CellValue &value)
     return value.quality == Quality::NeverRead ? QStringLiteral("-") : rawText(tag, value.raw);
 }
 
+QString resultText(const TagResult &result)
+{
+    return result.code == 0 ? QString() : outcomeText(result.end, result.code);
+}
+
 int valueNumber(const Tag &tag, quint16 raw)
 {
     return tag.type == ValueType::S16 ? static_cast<qint16>(raw) : raw;
@@ -51,9 +57,9 @@ QJsonObject tagToJson(const Tag &tag)
 
 QString placeText(const Tag &tag)
 {
-    return QStringLiteral("%1 %2 at station %3")
-        .arg(areaName(tag.area), tag.address)
-        .arg(tag.station);
+    const QString place =
+        QStringLiteral("%1 %2 at station %3").arg(areaName(tag.area), tag.address).arg(tag.station);
+    return tag.name.isEmpty() ? place : QStringLiteral("%1 (%2)").arg(tag.name, place);
 }
 
 } // namespace kvt

@@ -2,6 +2,7 @@
 #ifndef KVT_APPS_KVT_VALUE_TEXT_H
 #define KVT_APPS_KVT_VALUE_TEXT_H
 
+#include "apps/kvt/tag_results.h"
 #include "host/value_table.h"
 #include "tags/tag.h"
 
@@ -19,13 +20,17 @@ QString rawText(const Tag &tag, quint16 raw);
 /// Returns the text of a tag's value; "-" while there is none.
 QString valueText(const Tag &tag, const CellValue &value);
 
+/// Returns how a reading ended, with its code: "no reply (41)"; empty while there is none.
+QString resultText(const TagResult &result);
+
 /// Returns a value as a number, with its sign if the tag's type has one.
 int valueNumber(const Tag &tag, quint16 raw);
 
 /// Returns what names a tag: its name if it has one, its area, address and station.
 QJsonObject tagToJson(const Tag &tag);
 
-/// Returns "D 5.2.1 at station 1".
+/// Returns "D 5.2.1 at station 1", with the tag's name if it has one: "level (D 5.2.1 at station
+/// 1)".
 QString placeText(const Tag &tag);
 
 } // namespace kvt

@@ -27,6 +27,10 @@ public:
         }
     }
 
+    /// Before the start: where standard output goes, and the folder to run in.
+    void sendOutputTo(const QString &file) { process_.setStandardOutputFile(file); }
+    void runIn(const QString &folder) { process_.setWorkingDirectory(folder); }
+
     void start(const QStringList &arguments)
     {
         process_.start(QStringLiteral(KVT_PROGRAM), arguments);
@@ -87,5 +91,22 @@ private:
 
     QProcess process_;
 };
+
+/// Runs kvt with words of which one is wrong. Returns an empty text if it ended with status 2, said
+/// `named` in a single line of error and printed no data; else what it did instead.
+inline QString faultAtBadInput(const QStringList &words, const QString &named)
+{
+    KvtProcess kvt;
+    const int status = kvt.run(words);
+    const QString errors = QString::fromUtf8(kvt.errors());
+    const QByteArray output = kvt.output();
+    if (status != 2)
+        return QStringLiteral("status %1, %2").arg(status).arg(errors);
+    if (!errors.startsWith(QLatin1String("kvt: ")) || errors.count(QLatin1Char('\n')) != 1)
+        return QStringLiteral("not one line of error: ") + errors;
+    if (!errors.contains(named))
+        return QStringLiteral("not named: ") + errors;
+    return output.isEmpty() ? QString() : QStringLiteral("data: ") + QString::fromUtf8(output);
+}
 
 #endif

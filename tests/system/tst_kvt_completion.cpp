@@ -24,6 +24,7 @@ void TestKvtCompletion::wordsAreCompleted_data()
     QTest::newRow("read --type s") << "s16";
     QTest::newRow("read D") << "D";
     QTest::newRow("poll --tags x") << ""; // a file
+    QTest::newRow("help sc") << "scan";
     QTest::newRow("nothing --ta") << "";
 }
 

@@ -29,6 +29,8 @@ class TestKvtSim : public QObject
 
 private Q_SLOTS:
     void theProgramTellsWhatItCan();
+    void helpIsACommandToo();
+    void outputThatIsLostIsAFailure();
     void aWrongCommandIsNamed();
     void helpNamesEveryOption_data();
     void helpNamesEveryOption();
@@ -39,6 +41,9 @@ private Q_SLOTS:
     void exchangesAreLoggedAsJson();
     void faultsAreCommitted();
     void theLinkGoesWithTheProgram();
+    void aLinkInUseIsLeftToItsOwner();
+    void aLinkThatLeadsNowhereIsReplaced();
+    void aLinkThatLeadsElsewhereIsNotRemoved();
     void aLineThatCannotBeMadeIsAnErrorOfItsOwn();
     void itEndsByItself();
 };
@@ -53,6 +58,31 @@ void TestKvtSim::theProgramTellsWhatItCan()
     KvtProcess version;
     QCOMPARE(version.run({QStringLiteral("--version")}), 0);
     QVERIFY(version.output().startsWith("kvt "));
+}
+
+void TestKvtSim::helpIsACommandToo()
+{
+    KvtProcess all;
+    QCOMPARE(all.run({QStringLiteral("help")}), 0);
+    QVERIFY(all.output().contains("\n  poll "));
+    KvtProcess one;
+    QCOMPARE(one.run({QStringLiteral("help"), QStringLiteral("poll")}), 0);
+    const QByteArray help = one.output();
+    QVERIFY(help.startsWith("Usage: kvt poll "));
+    QVERIFY(!help.contains("help-all"));
+    QCOMPARE(faultAtBadInput({QStringLiteral("help"), QStringLiteral("pool")},
+                             QStringLiteral("\"pool\"")),
+             QString());
+}
+
+void TestKvtSim::outputThatIsLostIsAFailure()
+{
+    for (const char *words : {"--help", "help sim", "explain 11", "sim --tcp 0"}) {
+        KvtProcess kvt;
+        kvt.sendOutputTo(QStringLiteral("/dev/full"));
+        QCOMPARE(kvt.run(QString::fromLatin1(words).split(QLatin1Char(' '))), 1);
+        QCOMPARE(kvt.errors(), QByteArray("kvt: standard output: No space left on device\n"));
+    }
 }
 
 void TestKvtSim::aWrongCommandIsNamed()
@@ -126,13 +156,9 @@ void TestKvtSim::badInputIsNamedInOneLine_data()
 void TestKvtSim::badInputIsNamedInOneLine()
 {
     QFETCH(QString, named);
-    KvtProcess kvt;
-    QCOMPARE(kvt.run(QString::fromLatin1(QTest::currentDataTag()).split(QLatin1Char(' '))), 2);
-    const QString errors = QString::fromUtf8(kvt.errors());
-    QVERIFY2(errors.startsWith(QStringLiteral("kvt: ")) && errors.contains(named),
-             qPrintable(errors));
-    QCOMPARE(errors.count(QLatin1Char('\n')), 1);
-    QVERIFY(kvt.output().isEmpty());
+    QCOMPARE(faultAtBadInput(QString::fromLatin1(QTest::currentDataTag()).split(QLatin1Char(' ')),
+                             named),
+             QString());
 }
 
 void TestKvtSim::theNameOfTheLineComesFirst()
@@ -215,6 +241,51 @@ void TestKvtSim::theLinkGoesWithTheProgram()
     plc.interrupt();
     QCOMPARE(plc.finish(), 0);
     QVERIFY(!QFileInfo(link).isSymLink());
+}
+
+void TestKvtSim::aLinkInUseIsLeftToItsOwner()
+{
+    QTemporaryDir folder;
+    const QString link = folder.filePath(QStringLiteral("plc"));
+    const QStringList arguments = {QStringLiteral("sim"), QStringLiteral("--pty"), link};
+    KvtProcess first;
+    first.start(arguments);
+    QCOMPARE(first.readLine(), link.toUtf8());
+    const QString device = QFileInfo(link).symLinkTarget();
+    KvtProcess second;
+    QCOMPARE(second.run(arguments), 3);
+    const QByteArray errors = second.errors();
+    QVERIFY2(errors.contains(link.toUtf8()) && errors.contains(device.toUtf8()),
+             errors.constData());
+    QCOMPARE(QFileInfo(link).symLinkTarget(), device);
+}
+
+void TestKvtSim::aLinkThatLeadsNowhereIsReplaced()
+{
+    QTemporaryDir folder;
+    const QString link = folder.filePath(QStringLiteral("plc"));
+    QVERIFY(QFile::link(QStringLiteral("/nowhere/plc"), link));
+    KvtProcess plc;
+    plc.start({QStringLiteral("sim"), QStringLiteral("--pty"), link});
+    QCOMPARE(plc.readLine(), link.toUtf8());
+    QVERIFY(QFileInfo::exists(link));
+    plc.interrupt();
+    QCOMPARE(plc.finish(), 0);
+    QVERIFY(!QFileInfo(link).isSymLink());
+}
+
+void TestKvtSim::aLinkThatLeadsElsewhereIsNotRemoved()
+{
+    QTemporaryDir folder;
+    const QString link = folder.filePath(QStringLiteral("plc"));
+    KvtProcess plc;
+    plc.start({QStringLiteral("sim"), QStringLiteral("--pty"), link});
+    QCOMPARE(plc.readLine(), link.toUtf8());
+    QVERIFY(QFile::remove(link));
+    QVERIFY(QFile::link(folder.path(), link));
+    plc.interrupt();
+    QCOMPARE(plc.finish(), 0);
+    QCOMPARE(QFileInfo(link).symLinkTarget(), folder.path());
 }
 
 void TestKvtSim::aLineThatCannotBeMadeIsAnErrorOfItsOwn()

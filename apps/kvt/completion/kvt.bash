@@ -31,6 +31,8 @@ _kvt() {
         mapfile -t COMPREPLY < <(compgen -W "$words" -- "$word")
     elif [[ $word == -* ]]; then
         mapfile -t COMPREPLY < <(compgen -W "$(_kvt_options "$program" "$command")" -- "$word")
+    elif ((COMP_CWORD == 2)) && [[ $command == help ]]; then
+        mapfile -t COMPREPLY < <(compgen -W "$(_kvt_commands "$program")" -- "$word")
     elif ((COMP_CWORD == 2)) && [[ $command == read || $command == write ]]; then
         mapfile -t COMPREPLY < <(compgen -W "X D C" -- "$word")
     fi

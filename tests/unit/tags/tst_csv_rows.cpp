@@ -44,6 +44,8 @@ void TestCsvRows::rowsKeepTheirFieldsAndLines_data()
     QTest::newRow("CR") << QByteArray("a,b\rc,d\r") << QByteArray("1:a|b 2:c|d");
     QTest::newRow("no final line end") << QByteArray("a,b\nc,d") << QByteArray("1:a|b 2:c|d");
     QTest::newRow("blank lines") << QByteArray("\n  \na\n\r\n\t\nb\n") << QByteArray("3:a 6:b");
+    QTest::newRow("comment lines")
+        << QByteArray("#a,\"b\r\n # c\nd,#e\n\"f\n#g\",h\n#") << QByteArray("3:d|#e 4:f\n#g|h");
     QTest::newRow("rows of empty fields")
         << QByteArray("a,b\n,,\nc,d\n") << QByteArray("1:a|b 3:c|d");
     QTest::newRow("empty field at the end") << QByteArray("a,\n") << QByteArray("1:a|");
@@ -98,6 +100,7 @@ void TestCsvRows::writtenFieldsAreReadBack_data()
     QTest::newRow("quote") << QByteArray("a\"b") << QByteArray("\"a\"\"b\"");
     QTest::newRow("line end") << QByteArray("a\r\nb") << QByteArray("\"a\r\nb\"");
     QTest::newRow("blank in front") << QByteArray(" a") << QByteArray("\" a\"");
+    QTest::newRow("number sign in front") << QByteArray("#a") << QByteArray("\"#a\"");
     QTest::newRow("tab behind") << QByteArray("a\t") << QByteArray("\"a\t\"");
 }
 

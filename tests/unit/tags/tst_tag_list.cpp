@@ -32,6 +32,8 @@ QVector<Tag> sampleTags()
              ValueType::S16, QString()},
             {QStringLiteral("pump"), Area::X, QStringLiteral("1.0.0"), 1, ValueType::Bool,
              QStringLiteral("two\nlines")},
+            {QStringLiteral("#1"), Area::X, QStringLiteral("1.0.1"), 1, ValueType::Bool,
+             QStringLiteral("# no comment")},
             {QStringLiteral(" text "), Area::C, QStringLiteral("9.1.1.69"), 0, ValueType::Hex,
              QStringLiteral("\r\n")}};
 }
@@ -69,6 +71,8 @@ void TestTagList::aTableIsRead_data()
     QTest::newRow("CRLF") << QByteArray(HEADER + row).replace("\n", "\r\n");
     QTest::newRow("no final line end") << (HEADER + row).chopped(1);
     QTest::newRow("blank lines") << QByteArray("\n\n") + HEADER + "\n , \n" + row + "\n\n";
+    QTest::newRow("lines of comment")
+        << QByteArray("# tanks, \"north\n") + HEADER + "#name;x\n  # more\n" + row + "#";
     QTest::newRow("all quoted") << QByteArray(
         "\"name\",\"area\",\"address\",\"station\",\"type\",\"description\"\n"
         "\"level\",\"D\",\"5.2.1\",\"1\",\"u16\",\"tank, north\"\n");
@@ -111,16 +115,20 @@ void TestTagList::badTablesAreRefused_data()
     QTest::newRow("blank lines alone") << QByteArray("\n \n") << "t: there is no header line";
     QTest::newRow("missing columns") << QByteArray("\nname,address,station,type\n")
                                      << "t:2: column \"area\" is missing from the header";
-    QTest::newRow("semicolons") << QByteArray("name;area;address;station;type\n")
-                                << "t:1: column \"name\" is missing from the header\n"
-                                   "t:1: column \"area\" is missing from the header\n"
-                                   "t:1: column \"address\" is missing from the header\n"
-                                   "t:1: column \"station\" is missing from the header\n"
-                                   "t:1: column \"type\" is missing from the header";
+    QTest::newRow("semicolons") << QByteArray(
+                                       "name;area;address;station;type\nlevel;D;5.2.1;1;u16\n")
+                                << "t:1: the columns are parted by semicolons; commas are needed";
+    QTest::newRow("semicolons and quotes")
+        << QByteArray("# tank\n\n\"Area\";\"Name\"\n")
+        << "t:3: the columns are parted by semicolons; commas are needed";
+    QTest::newRow("tabs") << QByteArray("\xEF\xBB\xBFname\tarea\taddress\tstation\ttype\n")
+                          << "t:1: the columns are parted by tabs; commas are needed";
+    QTest::newRow("UTF-16") << QByteArray("\xFF\xFEn\0a\0m\0e\0", 10)
+                            << "t: is UTF-16 text; UTF-8 is needed";
     QTest::newRow("column twice") << QByteArray("name,area,address,station,type,Name\n")
-                                  << "t:1: 6 \"Name\": this column is there twice";
+                                  << "t:1: column 6 \"Name\": this column is there twice";
     QTest::newRow("stray quote in the header")
-        << QByteArray("na\"me,area\n") << "t:1: 1: a quote stands where none may be";
+        << QByteArray("na\"me,area\n") << "t:1: column 1: a quote stands where none may be";
 }
 
 void TestTagList::badTablesAreRefused()
@@ -136,47 +144,50 @@ void TestTagList::badRowsAreNamedByLineAndColumn_data()
     QTest::addColumn<QByteArray>("row");
     QTest::addColumn<QString>("errors");
     QTest::newRow("no name") << QByteArray(",D,5.2.1,1,u16")
-                             << "t:2: 1 \"name\": a name is missing";
+                             << "t:2: column 1 \"name\": a name is missing";
     QTest::newRow("blank name") << QByteArray("\" \",D,5.2.1,1,u16")
-                                << "t:2: 1 \"name\": a name is missing";
+                                << "t:2: column 1 \"name\": a name is missing";
     QTest::newRow("area") << QByteArray("a,E,5.2.1,1,u16")
-                          << "t:2: 2 \"area\": \"E\" is no area (X, D or C)";
+                          << "t:2: column 2 \"area\": \"E\" is no area (X, D or C)";
     QTest::newRow("area in lower case")
-        << QByteArray("a,d,5.2.1,1,u16") << "t:2: 2 \"area\": \"d\" is no area (X, D or C)";
+        << QByteArray("a,d,5.2.1,1,u16") << "t:2: column 2 \"area\": \"d\" is no area (X, D or C)";
     QTest::newRow("address") << QByteArray("a,D,5.16.1,1,u16")
-                             << "t:2: 3 \"address\": field 2 is 16, not 0 to 15";
+                             << "t:2: column 3 \"address\": field 2 is 16, not 0 to 15";
     QTest::newRow("station 256") << QByteArray("a,D,5.2.1,256,u16")
-                                 << "t:2: 4 \"station\": \"256\" is no station (0 to 255)";
+                                 << "t:2: column 4 \"station\": \"256\" is no station (0 to 255)";
     QTest::newRow("no station") << QByteArray("a,D,5.2.1,,u16")
-                                << "t:2: 4 \"station\": \"\" is no station (0 to 255)";
-    QTest::newRow("signed station")
-        << QByteArray("a,D,5.2.1,+1,u16") << "t:2: 4 \"station\": \"+1\" is no station (0 to 255)";
+                                << "t:2: column 4 \"station\": \"\" is no station (0 to 255)";
+    QTest::newRow("signed station") << QByteArray("a,D,5.2.1,+1,u16")
+                                    << "t:2: column 4 \"station\": \"+1\" is no station (0 to 255)";
     QTest::newRow("negative station")
-        << QByteArray("a,D,5.2.1,-1,u16") << "t:2: 4 \"station\": \"-1\" is no station (0 to 255)";
-    QTest::newRow("type") << QByteArray("a,D,5.2.1,1,float")
-                          << "t:2: 5 \"type\": \"float\" is no type (bool, u8, s16, u16 or hex)";
+        << QByteArray("a,D,5.2.1,-1,u16")
+        << "t:2: column 4 \"station\": \"-1\" is no station (0 to 255)";
+    QTest::newRow("type")
+        << QByteArray("a,D,5.2.1,1,float")
+        << "t:2: column 5 \"type\": \"float\" is no type (bool, u8, s16, u16 or hex)";
     QTest::newRow("row that ends early")
         << QByteArray("a,D,5.2.1,1")
-        << "t:2: 5 \"type\": \"\" is no type (bool, u8, s16, u16 or hex)";
+        << "t:2: column 5 \"type\": \"\" is no type (bool, u8, s16, u16 or hex)";
     QTest::newRow("X u16") << QByteArray("a,X,5.2.1,1,u16")
-                           << "t:2: 5 \"type\": type u16 does not fit area X";
+                           << "t:2: column 5 \"type\": type u16 does not fit area X";
     QTest::newRow("X s16") << QByteArray("a,X,5.2.1,1,s16")
-                           << "t:2: 5 \"type\": type s16 does not fit area X";
+                           << "t:2: column 5 \"type\": type s16 does not fit area X";
     QTest::newRow("D u8") << QByteArray("a,D,5.2.1,1,u8")
-                          << "t:2: 5 \"type\": type u8 does not fit area D";
+                          << "t:2: column 5 \"type\": type u8 does not fit area D";
     QTest::newRow("C u16") << QByteArray("a,C,5.2.1.0,1,u16")
-                           << "t:2: 5 \"type\": type u16 does not fit area C";
+                           << "t:2: column 5 \"type\": type u16 does not fit area C";
     QTest::newRow("comma without quotes")
         << QByteArray("a,D,5.2.1,1,u16,tank, north")
-        << "t:2: 7: the header has no such column; a text with a comma must be quoted";
+        << "t:2: column 7: the header has no such column; a text with a comma must be quoted";
     QTest::newRow("not UTF-8") << QByteArray("a\xFF,D,5.2.1,1,u16")
-                               << "t:2: 1 \"name\": is not UTF-8 text";
+                               << "t:2: column 1 \"name\": is not UTF-8 text";
     QTest::newRow("UTF-8 that ends early")
-        << QByteArray("a,D,5.2.1,1,u16,\xC3") << "t:2: 6 \"description\": is not UTF-8 text";
-    QTest::newRow("several in one row") << QByteArray("a,D,5.2.300,x,u8")
-                                        << "t:2: 3 \"address\": field 3 is 300, not 0 to 255\n"
-                                           "t:2: 4 \"station\": \"x\" is no station (0 to 255)\n"
-                                           "t:2: 5 \"type\": type u8 does not fit area D";
+        << QByteArray("a,D,5.2.1,1,u16,\xC3") << "t:2: column 6 \"description\": is not UTF-8 text";
+    QTest::newRow("several in one row")
+        << QByteArray("a,D,5.2.300,x,u8")
+        << "t:2: column 3 \"address\": field 3 is 300, not 0 to 255\n"
+           "t:2: column 4 \"station\": \"x\" is no station (0 to 255)\n"
+           "t:2: column 5 \"type\": type u8 does not fit area D";
 }
 
 void TestTagList::badRowsAreNamedByLineAndColumn()
@@ -196,9 +207,10 @@ void TestTagList::allErrorsAreReportedAndGoodTagsKept()
                                                                         "b,Y,5.2.0,1,u16,\n"
                                                                         "c,X,1.0.0,1,bool,\n"
                                                                         "d,X,\"1.0.0\n");
-    QCOMPARE(errorsOf(result), QString("t:5: 1 \"name\": \"a\" is the name of line 2 already\n"
-                                       "t:6: 2 \"area\": \"Y\" is no area (X, D or C)\n"
-                                       "t:8: 3: a quoted field is not closed"));
+    QCOMPARE(errorsOf(result),
+             QString("t:5: column 1 \"name\": \"a\" is the name of line 2 already\n"
+                     "t:6: column 2 \"area\": \"Y\" is no area (X, D or C)\n"
+                     "t:8: column 3 \"address\": a quoted field is not closed"));
     QCOMPARE(result.tags.size(), 2);
     QCOMPARE(result.tags[1].name, QString("c"));
 }
@@ -243,7 +255,7 @@ void TestTagList::tagsThatGetInEachOthersWayAreRefused()
     QFETCH(QString, text);
     const TagListResult result =
         kvt::parseTagList(HEADER + ("a," + first) + "\nb," + second + "\n");
-    QCOMPARE(errorsOf(result), "t:3: 3 \"address\": " + text);
+    QCOMPARE(errorsOf(result), "t:3: column 3 \"address\": " + text);
     QCOMPARE(result.tags.size(), 1);
 }
 
