@@ -56,6 +56,8 @@ if(TARGET kvt)
   install(TARGETS kvt RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}" COMPONENT tools)
   install(DIRECTORY examples/ DESTINATION "${CMAKE_INSTALL_DATADIR}/kvt/examples"
     COMPONENT tools FILES_MATCHING PATTERN "*.csv")
+  install(FILES apps/kvt/completion/kvt.bash RENAME kvt
+    DESTINATION "${CMAKE_INSTALL_DATADIR}/bash-completion/completions" COMPONENT tools)
 endif()
 
 # Manual pages; Debian wants them compressed.

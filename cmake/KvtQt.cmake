@@ -1,22 +1,22 @@
-# The Qt to build with. Sets KVT_QT_CORE and KVT_QT_TEST to the targets to link.
+# The Qt to build with. Sets KVT_QT_CORE and, with Qt 5, KVT_QT_TEST to the targets to link.
 #   KVT_QT=5        Qt 5.15: library, tests, host, simulator and programs
-#   KVT_QT=4        Qt 4.8: library and unit tests, with a Qt that CMake finds by its qmake, or with
-#   KVT_QT4_ROOT=D  one that lies below D as include/, lib/libQtCore.so and, for the unit tests,
-#                   lib/libQtTest.so and bin/moc (a program of the machine that builds)
+#   KVT_QT=4        Qt 4.8: library and the test foreign_host, with a Qt that CMake finds by its
+#                   qmake, or with
+#   KVT_QT4_ROOT=D  one that lies below D as include/ and lib/libQtCore.so
 set(KVT_QT 5 CACHE STRING "Qt to build with, 5 or 4")
 set_property(CACHE KVT_QT PROPERTY STRINGS 5 4)
 set(KVT_QT4_ROOT "" CACHE PATH "Where the Qt 4.8 lies that CMake cannot find by itself")
 
-function(kvt_import_qt4 module)
-  set(library "${KVT_QT4_ROOT}/lib/libQt${module}.so")
-  set(headers "${KVT_QT4_ROOT}/include/Qt${module}")
+function(kvt_import_qt4)
+  set(library "${KVT_QT4_ROOT}/lib/libQtCore.so")
+  set(headers "${KVT_QT4_ROOT}/include/QtCore")
   foreach(path IN ITEMS "${library}" "${headers}")
     if(NOT EXISTS "${path}")
       message(FATAL_ERROR "KVT_QT4_ROOT: there is no ${path}")
     endif()
   endforeach()
-  add_library(Qt4::Qt${module} SHARED IMPORTED GLOBAL)
-  set_target_properties(Qt4::Qt${module} PROPERTIES
+  add_library(Qt4::QtCore SHARED IMPORTED GLOBAL)
+  set_target_properties(Qt4::QtCore PROPERTIES
     IMPORTED_LOCATION "${library}"
     INTERFACE_INCLUDE_DIRECTORIES "${KVT_QT4_ROOT}/include;${headers}")
 endfunction()
@@ -31,19 +31,10 @@ if(KVT_QT EQUAL 5)
 elseif(KVT_QT EQUAL 4)
   set(KVT_BUILD_TOOLS OFF) # they are written for Qt 5
   set(KVT_QT_CORE Qt4::QtCore)
-  set(KVT_QT_TEST Qt4::QtTest)
   if(KVT_QT4_ROOT)
-    kvt_import_qt4(Core)
-    if(KVT_BUILD_TESTS)
-      kvt_import_qt4(Test)
-      target_link_libraries(Qt4::QtTest INTERFACE Qt4::QtCore)
-      add_executable(Qt4::moc IMPORTED GLOBAL)
-      set_target_properties(Qt4::moc PROPERTIES IMPORTED_LOCATION "${KVT_QT4_ROOT}/bin/moc")
-      set(QT_VERSION_MAJOR 4)
-      set(QT_VERSION_MINOR 8)
-    endif()
+    kvt_import_qt4()
   else()
-    find_package(Qt4 4.8 REQUIRED COMPONENTS QtCore QtTest)
+    find_package(Qt4 4.8 REQUIRED COMPONENTS QtCore)
   endif()
 else()
   message(FATAL_ERROR "KVT_QT is ${KVT_QT}; it can be 5 or 4")
