@@ -174,13 +174,16 @@ int Demo::summarize(bool everyTagGood) const
             .arg(witness_.writesConfirmed())
             .arg(witness_.writesReadBack())
             .arg(total.exchanges - good));
-    const bool bothWays = everyTagGood && witness_.writesConfirmed() > 0 &&
-                          witness_.writesReadBack() > 0 && witness_.writesFailed() == 0;
-    if (!bothWays)
-        printError(QStringLiteral("values did not go both ways: %1")
-                       .arg(everyTagGood ? QStringLiteral("no write was confirmed and read back")
-                                         : QStringLiteral("not every tag has a good value")));
-    return bothWays ? EXIT_GOOD : EXIT_NO_ANSWER;
+    QString fault;
+    if (!everyTagGood)
+        fault = QStringLiteral("not every tag has a good value");
+    else if (witness_.writesFailed() > 0)
+        fault = QStringLiteral("%1 of the writes failed").arg(witness_.writesFailed());
+    else if (witness_.writesConfirmed() == 0 || witness_.writesReadBack() == 0)
+        fault = QStringLiteral("no write was confirmed and read back");
+    if (!fault.isEmpty())
+        printError(QStringLiteral("values did not go both ways: %1").arg(fault));
+    return fault.isEmpty() ? EXIT_GOOD : EXIT_NO_ANSWER;
 }
 
 int runWith(const DemoOptions &options)

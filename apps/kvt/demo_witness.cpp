@@ -24,8 +24,8 @@ void DemoWitness::stationSwitched(int station, bool on)
 
 void DemoWitness::writeChanged(const WriteReport &report)
 {
-    if (!report.isFinal())
-        return;
+    if (!report.isFinal() || report.reason == WriteReason::HostStopped)
+        return; // the end of the demonstration catches a write on its way now and then
     const Tag &tag = tags_.at(report.tag);
     const auto inMemory = runner_->withPlc([&tag](const SimulatedPlc &plc) {
         return plc.memory().value(tag.station, tag.area, tag.address);
