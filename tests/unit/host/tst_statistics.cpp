@@ -41,6 +41,7 @@ private Q_SLOTS:
     void aResultCodeHasItsClass();
     void anExchangeEndsWithItsLastAttempt();
     void countsAreKeptPerStationAndInAll();
+    void aRequestIsRefusedByItsLastAttempt();
     void onlyGoodRepliesHaveAReplyTime();
     void droppedBytesAreCountedByKind();
     void writesAreCountedByState();
@@ -119,6 +120,23 @@ void TestStatistics::countsAreKeptPerStationAndInAll()
     QCOMPARE(statistics.stations[3].stateChanges, quint64(0));
     QCOMPARE(statistics.stations[4].stateChanges, quint64(1));
     QCOMPARE(statistics.total.stateChanges, quint64(1));
+}
+
+void TestStatistics::aRequestIsRefusedByItsLastAttempt()
+{
+    Statistics statistics;
+    const Request request = wordRead(3);
+    Attempt refused = attemptAt(request, 0, 1);
+    refused.end = AttemptEnd::Refused;
+    statistics.attemptEnded(refused);
+    statistics.attemptEnded(attemptAt(request, 1, 2));
+    QCOMPARE(statistics.total.refusals(), quint64(0));
+    refused.resultCode = 71;
+    statistics.attemptEnded(refused);
+    QCOMPARE(statistics.total.refusals(), quint64(1));
+    QCOMPARE(statistics.stations[3].refusals(), quint64(1));
+    QCOMPARE(statistics.total.refused.at(size_t(Outcome::LocalWrongLength)), quint64(1));
+    QCOMPARE(statistics.total.outcomes.at(size_t(Outcome::LocalWrongLength)), quint64(1));
 }
 
 void TestStatistics::onlyGoodRepliesHaveAReplyTime()
