@@ -221,11 +221,7 @@ void ExchangeEngine::endAttempt(qint64 now_ns, AttemptEnd end, bool doubtful,
     attempt.sentAt_ns = sentAt_ns_;
     attempt.endedAt_ns = now_ns;
 
-    // What cannot be trusted is not handed over: to the driver the attempt had no reply.
-    QByteArray bytes;
-    if (end != AttemptEnd::Foreign && end != AttemptEnd::Disturbed)
-        bytes = reply_.bytes();
-    const RW_VAR *reply = api_.DataCom(&bytes, bytes.size());
+    const RW_VAR *reply = handOver(end);
     attempt.resultCode = reply->result;
     attemptNumber_ = attempt.isFinal() ? 0 : attemptNumber_ + 1;
     if (settings_.tap != nullptr)
@@ -238,6 +234,15 @@ void ExchangeEngine::endAttempt(qint64 now_ns, AttemptEnd end, bool doubtful,
         hold(now_ns, silence_ns, replied ? DroppedBytes::Stale : DroppedBytes::Late);
     else
         begin(now_ns);
+}
+
+const RW_VAR *ExchangeEngine::handOver(AttemptEnd end)
+{
+    // What cannot be trusted is not handed over: to the driver the attempt had no reply.
+    QByteArray bytes;
+    if (end != AttemptEnd::Foreign && end != AttemptEnd::Disturbed)
+        bytes = reply_.bytes();
+    return api_.DataCom(&bytes, bytes.size());
 }
 
 qint64 ExchangeEngine::silenceAfter(const Attempt &attempt, qint64 leastSilence_ns)

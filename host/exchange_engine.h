@@ -73,6 +73,7 @@ private:
     void bytesBeforeSent(const char *bytes, int count);
     void bytesWhileSilent(qint64 now_ns, int count);
     void endAttempt(qint64 now_ns, AttemptEnd end, bool doubtful, qint64 leastSilence_ns);
+    const RW_VAR *handOver(AttemptEnd end);
     qint64 silenceAfter(const Attempt &attempt, qint64 leastSilence_ns);
     void hold(qint64 now_ns, qint64 silence_ns, DroppedBytes meaning);
     void drop(DroppedBytes kind, int count);

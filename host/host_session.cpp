@@ -251,19 +251,20 @@ void HostSession::requestFailed(const Attempt &attempt)
 
 void HostSession::storeReadings(const ReadKey &key, qint64 now_ns)
 {
-    for (const int cell : index_.cellsRead(key))
+    const QVector<int> cells = index_.cellsRead(key);
+    for (const int cell : cells)
         storeReading(cell, now_ns);
 }
 
 void HostSession::storeReading(int cell, qint64 now_ns)
 {
     const TagCell &source = index_.cells().at(cell);
-    QByteArray bytes;
-    api_.GetRegisterData(QString(), source.area, source.addressText, source.station, bytes, 1);
-    if (bytes.size() < 2)
+    const int found = api_.GetRegisterData(QString(), source.area, source.addressText,
+                                           source.station, reading_, 1);
+    if (found == 0 || reading_.size() < 2)
         return;
-    const auto raw = static_cast<quint16>(static_cast<quint8>(bytes.at(0)) |
-                                          (static_cast<quint8>(bytes.at(1)) << 8));
+    const auto raw = static_cast<quint16>(static_cast<quint8>(reading_.at(0)) |
+                                          (static_cast<quint8>(reading_.at(1)) << 8));
     {
         const std::lock_guard<std::mutex> lock(mutex_);
         if (!values_.read(cell, raw, now_ns)) {

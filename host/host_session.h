@@ -111,6 +111,7 @@ private:
     OnceReads onceReads_;
     ExchangeEngine engine_;
     QString lineReason_;
+    QByteArray reading_{2, '\0'}; // what the driver fills in, kept so that none is made for each
 
     mutable std::mutex mutex_; // the members below; never held while calling out
     ValueTable values_;

@@ -8,10 +8,23 @@
 namespace kvt
 {
 
+namespace
+{
+
+constexpr int USUAL_REPLY = 256; // no reply on the ASCII link is longer
+
+} // namespace
+
+// Room that is reserved stays when the array is emptied, so that no reply costs an allocation.
+ReplyCollector::ReplyCollector()
+{
+    bytes_.reserve(USUAL_REPLY);
+}
+
 void ReplyCollector::start(const Request &request, bool remoteMode)
 {
     request_ = request.frame;
-    bytes_.clear();
+    bytes_.resize(0);
     echoed_ = 0;
     lengthLimit_ = request.expectedLength < 0 ? LONGEST_REPLY : request.expectedLength;
     remoteMode_ = remoteMode;

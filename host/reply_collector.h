@@ -14,6 +14,8 @@ constexpr int LONGEST_REPLY = 4096;
 class ReplyCollector
 {
 public:
+    ReplyCollector();
+
     /// Begins anew for the reply to `request`. In remote mode CR is a byte like any other.
     void start(const Request &request, bool remoteMode);
 
