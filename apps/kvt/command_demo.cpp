@@ -208,9 +208,11 @@ int runDemo(const QStringList &arguments)
         "and ends with a summary. The exit status is 0 only if values went both ways."));
     parser.addOption(driverOption());
     parser.addOption({QStringLiteral("tags"), QStringLiteral("Tag list (default: a sample)."),
-                      QStringLiteral("file"), QStringLiteral(":/plant.csv")});
-    parser.addOption({QStringLiteral("seconds"), QStringLiteral("End after so many seconds."),
-                      QStringLiteral("number")});
+                      QStringLiteral("FILE"), QStringLiteral(":/plant.csv")});
+    parser.addOption(
+        {QStringLiteral("seconds"),
+         QStringLiteral("End after so many seconds, 1 to 1000000 (default: at Ctrl-C)."),
+         QStringLiteral("N")});
     int exitCode = EXIT_GOOD;
     if (parseOptions(&parser, QStringLiteral("demo"), arguments, &exitCode))
         return exitCode;

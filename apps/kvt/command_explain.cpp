@@ -38,7 +38,8 @@ int runExplain(const QStringList &arguments)
     parser.setApplicationDescription(
         QStringLiteral("Explains result codes of the driver: what happened, who had asked, and "
                        "what to check."));
-    parser.addPositionalArgument(QStringLiteral("CODE"), QStringLiteral("A result code, 0 to 200."),
+    parser.addPositionalArgument(QStringLiteral("CODE"),
+                                 QStringLiteral("A result code of the driver, such as 41."),
                                  QStringLiteral("CODE..."));
     parser.addOption({QStringLiteral("json"), QStringLiteral("Print JSON, one object per line.")});
     int exitCode = EXIT_GOOD;

@@ -209,8 +209,8 @@ int runPoll(const QStringList &arguments)
         "Polls the tags of a list without pause and shows value, quality, age and the result of "
         "the latest reading: as a table on a terminal, as lines for what has changed in a pipe, "
         "or as one JSON object per line. Ends with a summary. The exit status is 0 if the line is "
-        "up at the end and the value of every tag good: its latest reading did not fail and is "
-        "younger than --stale."));
+        "up at the end and the value of every tag good: its latest reading did not fail and is no "
+        "older than --stale."));
     addOptions(&parser);
     int exitCode = EXIT_GOOD;
     if (parseOptions(&parser, QStringLiteral("poll"), arguments, &exitCode))

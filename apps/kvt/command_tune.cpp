@@ -101,7 +101,7 @@ int tune(const TuneOptions &options)
 
 void addOptions(QCommandLineParser *parser)
 {
-    addLineOptions(parser, 0);
+    addLineOptions(parser, 0, "1000");
     parser->addOption(
         {TAGS, QStringLiteral("Tag list, a CSV file. Needed."), QStringLiteral("FILE")});
     parser->addOption({EXCHANGES,
@@ -137,7 +137,7 @@ int runTune(const QStringList &arguments)
     QCommandLineParser parser;
     parser.setApplicationDescription(QStringLiteral(
         "Measures how long each station of a tag list takes to answer, first with a long time-out "
-        "(--timeout, here 1000 ms unless given), then tries shorter and longer ones, prints the "
+        "(--timeout), then tries shorter and longer ones, prints the "
         "share of attempts that failed with each, and recommends a setting. Every request is "
         "attempted once, whatever --retries says. --trace records the first measurement."));
     addOptions(&parser);

@@ -111,7 +111,7 @@ bool splitHostPort(const QString &text, QString *host, int *port)
     return isNumber && !host->isEmpty();
 }
 
-void addLineOptions(QCommandLineParser *parser, int retries)
+void addLineOptions(QCommandLineParser *parser, int retries, const char *timeout)
 {
     parser->addOption({SERIAL,
                        QStringLiteral("The line: a serial port or a pseudo-terminal, e.g. "
@@ -124,8 +124,8 @@ void addLineOptions(QCommandLineParser *parser, int retries)
                        QStringLiteral("HOST:PORT")});
     parser->addOption({TIMEOUT,
                        QStringLiteral("Longest wait for a reply to begin, in milliseconds, 1 to "
-                                      "60000 (default: time of the reply at the line's speed, "
-                                      "plus 70)."),
+                                      "60000 (default: %1).")
+                           .arg(QLatin1String(timeout)),
                        QStringLiteral("MS")});
     parser->addOption({RETRIES,
                        QStringLiteral("Further attempts at a request that failed, 0 to 100 "

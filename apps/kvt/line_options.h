@@ -34,8 +34,13 @@ bool readSpeedOptions(const QCommandLineParser &parser, SerialSettings *serial);
 /// Splits "HOST:PORT"; brackets around an IPv6 address are taken off. False when it is none.
 bool splitHostPort(const QString &text, QString *host, int *port);
 
-/// Adds all options of a line. `retries` is the default of --retries.
-void addLineOptions(QCommandLineParser *parser, int retries = 2);
+/// What --help says of the time-out that is taken when none is given.
+const char *const USUAL_TIMEOUT = "time of the reply at the line's speed, plus 70";
+
+/// Adds all options of a line. `retries` and `timeout` are the defaults of --retries and --timeout;
+/// the latter is only shown.
+void addLineOptions(QCommandLineParser *parser, int retries = 2,
+                    const char *timeout = USUAL_TIMEOUT);
 
 /// Reads them. False, with a message that names the option, when one is wrong or missing.
 bool readLineOptions(const QCommandLineParser &parser, LineOptions *options);

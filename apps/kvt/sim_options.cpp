@@ -131,9 +131,10 @@ void addLineOptions(QCommandLineParser *parser)
                                       "65535; 0 takes a free one."),
                        QStringLiteral("[ADDRESS:]PORT")});
     parser->addOption({BAUD,
-                       QStringLiteral("Bits per second, 1200 to 4000000. A pseudo-terminal and "
-                                      "TCP keep the pace of this speed; 0 is as fast as can be "
-                                      "(default: 0; a serial port: 9600)."),
+                       QStringLiteral("Bits per second, 0 to 4000000. A pseudo-terminal and TCP "
+                                      "keep the pace of this speed; 0 is as fast as can be "
+                                      "(default: 0). A serial port takes one of the usual speeds "
+                                      "(default: 9600)."),
                        QStringLiteral("N"), QStringLiteral("0")});
     parser->addOption({FORMAT,
                        QStringLiteral("Data bits 7 or 8, parity N, E or O, stop bits 1 or 2 "
