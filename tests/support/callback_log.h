@@ -24,7 +24,7 @@ inline CallbackLog &callbackLog()
 inline int logOnceReadDone(int portTag, int ownerId, int ownerSubId, int status)
 {
     callbackLog().calls.append(
-        QStringLiteral("done %1 %2 %3 %4").arg(portTag).arg(ownerId).arg(ownerSubId).arg(status));
+        QString("done %1 %2 %3 %4").arg(portTag).arg(ownerId).arg(ownerSubId).arg(status));
     if (callbackLog().inside)
         callbackLog().inside();
     return 77;
@@ -33,8 +33,7 @@ inline int logOnceReadDone(int portTag, int ownerId, int ownerSubId, int status)
 /// Writes "notify <ownerId> <flag> <size of the list>", then fills the list as a host may.
 inline void logOwnerNotify(QList<RW_VAR> *out, int ownerId, int flag)
 {
-    callbackLog().calls.append(
-        QStringLiteral("notify %1 %2 %3").arg(ownerId).arg(flag).arg(out->size()));
+    callbackLog().calls.append(QString("notify %1 %2 %3").arg(ownerId).arg(flag).arg(out->size()));
     RW_VAR var;
     var.data = QByteArray(16, 'x');
     out->append(var);
@@ -46,7 +45,7 @@ inline void logOwnerNotify(QList<RW_VAR> *out, int ownerId, int flag)
 /// The calls so far as one text.
 inline QString calls()
 {
-    return callbackLog().calls.join(QStringLiteral(", "));
+    return callbackLog().calls.join(", ");
 }
 
 #endif

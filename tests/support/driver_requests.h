@@ -15,7 +15,7 @@ inline RW_VAR wordRead(const QString &name, int station = 1)
     RW_VAR var;
     var.rwKind = RW_READ;
     var.name = name;
-    var.addressText = QStringLiteral("5.2.1");
+    var.addressText = "5.2.1";
     var.areaType = AREA_D;
     var.address = 165;
     var.station = station;
@@ -28,7 +28,7 @@ inline RW_VAR wordWrite(const QString &name, int station = 1)
 {
     RW_VAR var = wordRead(name, station);
     var.rwKind = RW_WRITE;
-    var.addressText = QStringLiteral("3.4.0");
+    var.addressText = "3.4.0";
     var.address = 104;
     var.data = bytes("34 12");
     return var;
@@ -107,7 +107,7 @@ inline QString names(const QList<RW_VAR> &list)
     QStringList all;
     for (const RW_VAR &var : list)
         all.append(var.name);
-    return all.join(QLatin1Char(' '));
+    return all.join(" ");
 }
 
 #endif

@@ -19,7 +19,7 @@ inline RW_VAR distinctRequest(int areaType, const QString &addressText)
     var.reserved3 = 33;
     var.plcNo = 4;
     var.result = 55;
-    var.name = QStringLiteral("pump speed");
+    var.name = "pump speed";
     var.addressText = addressText;
     var.areaType = areaType;
     var.address = 909;
@@ -40,13 +40,13 @@ inline QString slotsOf(const RW_VAR &var)
           var.areaType, var.address, var.station, var.count, var.remoteTag, var.reserved13})
         texts.append(QString::number(value));
     texts << var.name << var.addressText << QString::fromLatin1(var.data.toHex());
-    return texts.join(QLatin1Char('|'));
+    return texts.join("|");
 }
 
 /// The fields of a frame record beside its bytes and its variable, as one text.
 inline QString fieldsOf(const Protocol &frame)
 {
-    return QStringLiteral("length %1, reply %2, data from %3 for %4, extra %5 %6 %7")
+    return QString("length %1, reply %2, data from %3 for %4, extra %5 %6 %7")
         .arg(frame.frameLength)
         .arg(frame.expectedReplyLength)
         .arg(frame.builderParam1)
@@ -59,11 +59,20 @@ inline QString fieldsOf(const Protocol &frame)
 /// The fields that fieldsOf shows for a frame of `length` bytes with the usual zero extras.
 inline QString expectedFields(int length, int replyLength, int dataStart, int dataCount)
 {
-    return QStringLiteral("length %1, reply %2, data from %3 for %4, extra 0 0 0")
+    return QString("length %1, reply %2, data from %3 for %4, extra 0 0 0")
         .arg(length)
         .arg(replyLength)
         .arg(dataStart)
         .arg(dataCount);
+}
+
+/// The bytes in hex, parted by blanks.
+inline QString spacedHex(const QByteArray &bytes)
+{
+    QStringList pairs;
+    for (int i = 0; i < bytes.size(); ++i)
+        pairs.append(QString::fromLatin1(bytes.mid(i, 1).toHex().toUpper()));
+    return pairs.join(" ");
 }
 
 /// The bytes of every pending frame in hex, head first.
@@ -71,7 +80,7 @@ inline QStringList pendingHex()
 {
     QStringList frames;
     for (const Protocol &pending : PLC_driver.pendingFrames)
-        frames.append(QString::fromLatin1(pending.frame.toHex(' ').toUpper()));
+        frames.append(spacedHex(pending.frame));
     return frames;
 }
 
@@ -94,7 +103,7 @@ inline QStringList changedWords(const ComInfo &info)
     int index = 0;
     for (const qint32 word : words) {
         if (word != 1000 + index)
-            changed.append(QStringLiteral("%1=%2").arg(index).arg(word));
+            changed.append(QString("%1=%2").arg(index).arg(word));
         ++index;
     }
     return changed;
@@ -103,7 +112,7 @@ inline QStringList changedWords(const ComInfo &info)
 /// What changedWords lists once a builder has announced one reply frame.
 inline QStringList oneReplyAwaited()
 {
-    return {QStringLiteral("11=1"), QStringLiteral("12=0")};
+    return {"11=1", "12=0"};
 }
 
 /// The value cache as texts "station/area/address=hex", in creation order.
@@ -111,7 +120,7 @@ inline QStringList cacheRecords()
 {
     QStringList records;
     for (const EXTENDVAR &record : PLC_driver.extendVars)
-        records.append(QStringLiteral("%1/%2/%3=%4")
+        records.append(QString("%1/%2/%3=%4")
                            .arg(record.station)
                            .arg(record.areaType)
                            .arg(record.address)

@@ -7,6 +7,8 @@
 
 #include <QMap>
 
+#include <initializer_list>
+#include <utility>
 #include <vector>
 
 typedef std::vector<quint8> ByteArea;
@@ -40,5 +42,14 @@ QMap<int, int> changes(const Area &area, typename Area::value_type fill = 0)
 }
 
 typedef QMap<int, int> Changes;
+
+/// Pairs of index and value as what `changes` finds. QMap itself takes braces since Qt 5 only.
+inline Changes changesAt(std::initializer_list<std::pair<int, int>> all)
+{
+    Changes result;
+    for (const std::pair<int, int> &change : all)
+        result.insert(change.first, change.second);
+    return result;
+}
 
 #endif

@@ -18,7 +18,7 @@
 /// True while thread `id` of this process sleeps in a system call.
 inline bool isAsleep(long id)
 {
-    QFile status(QStringLiteral("/proc/self/task/%1/stat").arg(id));
+    QFile status(QString("/proc/self/task/%1/stat").arg(id));
     if (!status.open(QIODevice::ReadOnly))
         return false;
     const QByteArray line = status.readAll();

@@ -17,7 +17,7 @@ public:
     OutputCapture()
     {
         messages().clear();
-        handler = qInstallMessageHandler(keepMessage);
+        handler = install(keepMessage);
         flush();
         file.open();
         output = ::dup(STDOUT_FILENO);
@@ -40,7 +40,7 @@ public:
         ::close(output);
         ::close(error);
         output = -1;
-        qInstallMessageHandler(handler);
+        install(handler);
         file.seek(0);
         return file.readAll() + messages();
     }
@@ -51,14 +51,31 @@ private:
         static QByteArray all;
         return all;
     }
+    static void flush() { static_cast<void>(std::fflush(nullptr)); }
+
+#if QT_VERSION < 0x050000
+    typedef QtMsgHandler Handler;
+    static Handler install(Handler next)
+    {
+        return qInstallMsgHandler(next);
+    }
+    static void keepMessage(QtMsgType, const char *text)
+    {
+        messages() += QByteArray(text) + '\n';
+    }
+#else
+    typedef QtMessageHandler Handler;
+    static Handler install(Handler next)
+    {
+        return qInstallMessageHandler(next);
+    }
     static void keepMessage(QtMsgType, const QMessageLogContext &, const QString &text)
     {
         messages() += text.toUtf8() + '\n';
     }
-    static void flush() { static_cast<void>(std::fflush(nullptr)); }
-
+#endif
     QTemporaryFile file;
-    QtMessageHandler handler = nullptr;
+    Handler handler = nullptr;
     int output = -1;
     int error = -1;
 };

@@ -9,8 +9,8 @@
 /// Every field of `var`, in the order of the record.
 inline QString recordText(const RW_VAR &var)
 {
-    return QStringLiteral("owner %1/%2 rw %3 r3 %4 plc %5 result %6 name '%7' text '%8' "
-                          "area %9 address %10 station %11 count %12 tag %13 r13 %14 data %15")
+    return QString("owner %1/%2 rw %3 r3 %4 plc %5 result %6 name '%7' text '%8' "
+                   "area %9 address %10 station %11 count %12 tag %13 r13 %14 data %15")
         .arg(var.ownerId)
         .arg(var.ownerSubId)
         .arg(var.rwKind)
@@ -41,7 +41,7 @@ inline QStringList cacheTexts(const QList<EXTENDVAR> &records)
 {
     QStringList all;
     for (const EXTENDVAR &record : records) {
-        all.append(QStringLiteral("%1/%2/%3=%4")
+        all.append(QString("%1/%2/%3=%4")
                        .arg(record.station)
                        .arg(record.areaType)
                        .arg(record.address)
@@ -60,8 +60,8 @@ inline RW_VAR filledRecord()
     var.reserved3 = 104;
     var.plcNo = 105;
     var.result = 106;
-    var.name = QStringLiteral("name");
-    var.addressText = QStringLiteral("1.2.3");
+    var.name = "name";
+    var.addressText = "1.2.3";
     var.areaType = AREA_D;
     var.address = 109;
     var.station = 5;

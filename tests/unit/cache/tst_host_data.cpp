@@ -4,6 +4,7 @@
 #include "tests/support/driver_fixture.h"
 #include "tests/support/lock_watch.h"
 #include "tests/support/record_text.h"
+#include "tests/support/row_names.h"
 
 #include <QtTest>
 
@@ -34,8 +35,7 @@ RW_VAR toStore(int kind, int address, int count, const char *hexData)
 int set(int kind, const char *text, const QByteArray &value, int count = 1)
 {
     QByteArray copy = value;
-    return SetRegisterData(QStringLiteral("level"), kind, QLatin1String(text), 4, copy, count, 21,
-                           22);
+    return SetRegisterData(QString("level"), kind, QLatin1String(text), 4, copy, count, 21, 22);
 }
 
 } // namespace
@@ -64,10 +64,10 @@ private Q_SLOTS:
     {
         char memory[] = {0x34, 0x12};
         QByteArray value = QByteArray::fromRawData(memory, 2);
-        QCOMPARE(SetRegisterData(QString(), AREA_D, QStringLiteral("0.0.1"), 4, value, 1, 0, 0), 1);
+        QCOMPARE(SetRegisterData(QString(), AREA_D, QString("0.0.1"), 4, value, 1, 0, 0), 1);
         memory[0] = 0x55;
         QByteArray out;
-        QCOMPARE(GetRegisterData(QString(), AREA_D, QStringLiteral("0.0.1"), 4, out, 1), 1);
+        QCOMPARE(GetRegisterData(QString(), AREA_D, QString("0.0.1"), 4, out, 1), 1);
         QCOMPARE(out, bytes("34 12"));
     }
 
@@ -158,7 +158,7 @@ private Q_SLOTS:
     {
         QTest::addColumn<int>("mode");
         for (const int mode : {0, 1, 3, -2})
-            QTest::addRow("%d", mode) << mode;
+            formattedRow("%d", mode) << mode;
     }
     void aHostWriteIsCachedUnlessItIsToBeSent()
     {
@@ -203,9 +203,9 @@ private Q_SLOTS:
         QTest::addColumn<int>("kind");
         QTest::addColumn<QByteArray>("text");
         for (const int mode : {0, 2}) {
-            QTest::addRow("mode %d bit", mode) << mode << 0 << QByteArray("-1.0.0");
-            QTest::addRow("mode %d word", mode) << mode << 1 << QByteArray("0.0.-1");
-            QTest::addRow("mode %d block", mode) << mode << 2 << QByteArray("0.-1.0.0");
+            formattedRow("mode %d bit", mode) << mode << 0 << QByteArray("-1.0.0");
+            formattedRow("mode %d word", mode) << mode << 1 << QByteArray("0.0.-1");
+            formattedRow("mode %d block", mode) << mode << 2 << QByteArray("0.-1.0.0");
         }
     }
     void aNegativeAddressIsRefusedWithoutALock()
@@ -250,8 +250,8 @@ private Q_SLOTS:
         expected.rwKind = RW_WRITE;
         expected.reserved3 = 1014; // the block's remoteMode
         expected.plcNo = 1015;     // the block's localPlcNo
-        expected.name = QStringLiteral("level");
-        expected.addressText = QStringLiteral("1.2.3");
+        expected.name = "level";
+        expected.addressText = "1.2.3";
         expected.areaType = AREA_D;
         expected.address = 39;
         expected.station = 4;
@@ -323,9 +323,9 @@ private Q_SLOTS:
     {
         QByteArray value = bytes("34 12 78");
         m_info.hostWriteMode = 2;
-        SetRegisterData(QString(), 1, QStringLiteral("0.0.1"), 4, value, 1, 0, 0);
+        SetRegisterData(QString(), 1, QString("0.0.1"), 4, value, 1, 0, 0);
         m_info.hostWriteMode = 0;
-        SetRegisterData(QString(), 1, QStringLiteral("0.0.1"), 4, value, 1, 0, 0);
+        SetRegisterData(QString(), 1, QString("0.0.1"), 4, value, 1, 0, 0);
         QCOMPARE(value, bytes("34 12 78"));
         value.fill('\xFF');
         QCOMPARE(PLC_driver.writeList.first().data, bytes("34 12"));

@@ -5,6 +5,7 @@
 #include "tests/support/lock_watch.h"
 #include "tests/support/output_capture.h"
 #include "tests/support/record_text.h"
+#include "tests/support/row_names.h"
 
 #include <QtTest>
 
@@ -23,8 +24,7 @@ void cache(int station, int kind, int address, const char *hexData)
 
 int get(int kind, const char *text, QByteArray &out, int count = 1, int station = 4)
 {
-    return GetRegisterData(QStringLiteral("no use"), kind, QLatin1String(text), station, out,
-                           count);
+    return GetRegisterData(QString("no use"), kind, QLatin1String(text), station, out, count);
 }
 
 } // namespace
@@ -94,7 +94,7 @@ private Q_SLOTS:
     {
         QTest::addColumn<int>("count");
         for (const int count : {-5, 0, 1, 2, 1000000})
-            QTest::addRow("%d", count) << count;
+            formattedRow("%d", count) << count;
     }
     void bitsAndWordsIgnoreTheCount()
     {
@@ -197,7 +197,7 @@ private Q_SLOTS:
         m_info.defaultStation = 17;
         m_info.hostWriteMode = 0;
         QByteArray value = bytes("34 12");
-        QCOMPARE(SetRegisterData(QString(), 1, QStringLiteral("1.2.3"), 4, value, 1, 0, 0), 1);
+        QCOMPARE(SetRegisterData(QString(), 1, QString("1.2.3"), 4, value, 1, 0, 0), 1);
         QByteArray out;
         QCOMPARE(get(1, "1.2.3", out, 1, 17), 1);
         QCOMPARE(out, bytes("34 12"));
@@ -209,7 +209,7 @@ private Q_SLOTS:
     void whatTheHostCachedReadsBack()
     {
         QByteArray words = bytes("34 12 78 56");
-        QCOMPARE(SetRegisterData(QString(), 1, QStringLiteral("1.2.3"), 4, words, 2, 0, 0), 1);
+        QCOMPARE(SetRegisterData(QString(), 1, QString("1.2.3"), 4, words, 2, 0, 0), 1);
         m_info.defaultStation = 0;
         QByteArray out;
         QCOMPARE(get(1, "1.2.3", out, 1, 0), 1);
@@ -249,7 +249,7 @@ private Q_SLOTS:
     {
         QTest::addColumn<int>("kind");
         for (const int kind : {0, 1, 2, 3})
-            QTest::addRow("kind %d", kind) << kind;
+            formattedRow("kind %d", kind) << kind;
     }
     void readingHappensUnderTheAreaMutexAlone()
     {

@@ -5,6 +5,7 @@
 #include "tests/support/image_areas.h"
 #include "tests/support/lock_watch.h"
 #include "tests/support/output_capture.h"
+#include "tests/support/row_names.h"
 
 #include <QtTest>
 
@@ -40,7 +41,7 @@ private Q_SLOTS:
         QByteArray out;
         GetBitFromUC(out, area.data(), start, count);
         QCOMPARE(out, read);
-        QCOMPARE(changes(area), (Changes{{0, 0x81}, {1, 0xA0}, {2, 0x01}}));
+        QCOMPARE(changes(area), changesAt({{0, 0x81}, {1, 0xA0}, {2, 0x01}}));
     }
 
     void bitsOfAWordAreaAreReadSixteenToAWord_data()
@@ -68,7 +69,7 @@ private Q_SLOTS:
         QByteArray out;
         GetBitFromUS(out, area.data(), start, count);
         QCOMPARE(out, read);
-        QCOMPARE(changes(area), (Changes{{0, 0x8101}, {1, 0x0003}}));
+        QCOMPARE(changes(area), changesAt({{0, 0x8101}, {1, 0x0003}}));
     }
 
     void wordsAreReadLowByteFirst_data()
@@ -197,11 +198,11 @@ private Q_SLOTS:
         QByteArray in = bytes("00 01 02 81 FF 01");
         SetBitToUC(5, area.data(), &in, 6);
         // Bits 5, 7, 8 and 9 are cleared, 6 and 10 stay set.
-        QCOMPARE(changes(area, 0xFF), (Changes{{0, 0x5F}, {1, 0xFC}}));
+        QCOMPARE(changes(area, 0xFF), changesAt({{0, 0x5F}, {1, 0xFC}}));
 
         ByteArea clear = byteArea();
         SetBitToUC(5, clear.data(), &in, 6);
-        QCOMPARE(changes(clear), (Changes{{0, 0x40}, {1, 0x04}}));
+        QCOMPARE(changes(clear), changesAt({{0, 0x40}, {1, 0x04}}));
         QCOMPARE(in, bytes("00 01 02 81 FF 01"));
     }
 
@@ -211,11 +212,11 @@ private Q_SLOTS:
         QByteArray in = bytes("00 01 02 81 FF 01");
         SetBitToUS(13, area.data(), &in, 6);
         // Bits 13, 15, 16 and 17 are cleared, 14 and 18 stay set.
-        QCOMPARE(changes(area, 0xFFFF), (Changes{{0, 0x5FFF}, {1, 0xFFFC}}));
+        QCOMPARE(changes(area, 0xFFFF), changesAt({{0, 0x5FFF}, {1, 0xFFFC}}));
 
         WordArea clear = wordArea();
         SetBitToUS(13, clear.data(), &in, 6);
-        QCOMPARE(changes(clear), (Changes{{0, 0x4000}, {1, 0x0004}}));
+        QCOMPARE(changes(clear), changesAt({{0, 0x4000}, {1, 0x0004}}));
     }
 
     void bitsThatTheBufferLacksKeepTheirValue()
@@ -223,11 +224,11 @@ private Q_SLOTS:
         QByteArray in = bytes("01 01");
         ByteArea bits = byteArea();
         SetBitToUC(0, bits.data(), &in, 8);
-        QCOMPARE(changes(bits), (Changes{{0, 0x03}}));
+        QCOMPARE(changes(bits), changesAt({{0, 0x03}}));
         WordArea words = wordArea(0xFFFF);
         in = bytes("00 00");
         SetBitToUS(0, words.data(), &in, 16);
-        QCOMPARE(changes(words, 0xFFFF), (Changes{{0, 0xFFFC}}));
+        QCOMPARE(changes(words, 0xFFFF), changesAt({{0, 0xFFFC}}));
     }
 
     void noMoreThanCountIsWritten()
@@ -235,14 +236,14 @@ private Q_SLOTS:
         QByteArray in = bytes("01 01 01 01 01 01 01 01");
         ByteArea bits = byteArea();
         SetBitToUC(0, bits.data(), &in, 3);
-        QCOMPARE(changes(bits), (Changes{{0, 0x07}}));
+        QCOMPARE(changes(bits), changesAt({{0, 0x07}}));
         WordArea words = wordArea();
         SetBitToUS(0, words.data(), &in, 3);
-        QCOMPARE(changes(words), (Changes{{0, 0x0007}}));
+        QCOMPARE(changes(words), changesAt({{0, 0x0007}}));
         SetWordToUS(1, words.data(), &in, 1);
-        QCOMPARE(changes(words), (Changes{{0, 0x0007}, {1, 0x0101}}));
+        QCOMPARE(changes(words), changesAt({{0, 0x0007}, {1, 0x0101}}));
         SetWordToUI(4, words.data(), &in, 2);
-        QCOMPARE(changes(words), (Changes{{0, 0x0007}, {1, 0x0101}, {4, 0x0101}, {5, 0x0101}}));
+        QCOMPARE(changes(words), changesAt({{0, 0x0007}, {1, 0x0101}, {4, 0x0101}, {5, 0x0101}}));
     }
 
     void wordsAreWrittenLowByteFirst()
@@ -250,7 +251,7 @@ private Q_SLOTS:
         WordArea area = wordArea(0xEEEE);
         QByteArray in = bytes("34 12 78 56 FF 80");
         SetWordToUS(10, area.data(), &in, 3);
-        QCOMPARE(changes(area, 0xEEEE), (Changes{{10, 0x1234}, {11, 0x5678}, {12, 0x80FF}}));
+        QCOMPARE(changes(area, 0xEEEE), changesAt({{10, 0x1234}, {11, 0x5678}, {12, 0x80FF}}));
     }
 
     void aWordThatTheBufferHoldsHalfOfKeepsItsValue()
@@ -258,7 +259,7 @@ private Q_SLOTS:
         WordArea area = wordArea(0xEEEE);
         QByteArray in = bytes("34 12 78 56 BC");
         SetWordToUS(10, area.data(), &in, 3);
-        QCOMPARE(changes(area, 0xEEEE), (Changes{{10, 0x1234}, {11, 0x5678}}));
+        QCOMPARE(changes(area, 0xEEEE), changesAt({{10, 0x1234}, {11, 0x5678}}));
     }
 
     void doubleWordsAreWrittenHighHalfFirst()
@@ -267,7 +268,7 @@ private Q_SLOTS:
         QByteArray in = bytes("78 56 34 12 F0 DE BC 9A");
         SetWordToUI(10, area.data(), &in, 4);
         QCOMPARE(changes(area, 0xEEEE),
-                 (Changes{{10, 0x1234}, {11, 0x5678}, {12, 0x9ABC}, {13, 0xDEF0}}));
+                 changesAt({{10, 0x1234}, {11, 0x5678}, {12, 0x9ABC}, {13, 0xDEF0}}));
     }
 
     void aDoubleWordThatTheBufferHoldsPartOfKeepsItsValue_data()
@@ -275,7 +276,7 @@ private Q_SLOTS:
         QTest::addColumn<int>("size");
         QTest::addColumn<int>("written");
         for (int size = 0; size <= 8; ++size)
-            QTest::addRow("%d bytes", size) << size << size / 4 * 2;
+            formattedRow("%d bytes", size) << size << size / 4 * 2;
     }
     void aDoubleWordThatTheBufferHoldsPartOfKeepsItsValue()
     {
@@ -294,7 +295,7 @@ private Q_SLOTS:
         SetWordToUI(10, area.data(), &in, 1);
         QCOMPARE(changes(area), Changes());
         SetWordToUI(10, area.data(), &in, 3);
-        QCOMPARE(changes(area), (Changes{{10, 0x1234}, {11, 0x5678}}));
+        QCOMPARE(changes(area), changesAt({{10, 0x1234}, {11, 0x5678}}));
     }
 
     void writingNothingChangesNothing()
@@ -331,7 +332,7 @@ private Q_SLOTS:
         GetBitFromUS(buffer, words.data(), 0, 1);
         GetWordFromUS(buffer, words.data(), 0, 1);
         GetWordFromUI(buffer, words.data(), 0, 1);
-        QCOMPARE(changes(words), (Changes{{0, 1}, {2, 0x0101}, {4, 0x0101}, {5, 0x0101}}));
+        QCOMPARE(changes(words), changesAt({{0, 1}, {2, 0x0101}, {4, 0x0101}, {5, 0x0101}}));
     }
 
 private:

@@ -147,11 +147,11 @@ private Q_SLOTS:
     void bitsOutsideAByteAreaAreNotWritten_data()
     {
         addWriteColumns();
-        QTest::newRow("last") << AREA_BITS - 1 << Changes{{IMAGE_AREA_BYTES - 1, 0x80}};
+        QTest::newRow("last") << AREA_BITS - 1 << changesAt({{IMAGE_AREA_BYTES - 1, 0x80}});
         QTest::newRow("past the end") << AREA_BITS << Changes();
         QTest::newRow("highest") << HIGHEST << Changes();
-        QTest::newRow("-1") << -1 << Changes{{0, 0x07}};
-        QTest::newRow("-3") << -3 << Changes{{0, 0x01}};
+        QTest::newRow("-1") << -1 << changesAt({{0, 0x07}});
+        QTest::newRow("-3") << -3 << changesAt({{0, 0x01}});
         QTest::newRow("-4") << -4 << Changes();
         QTest::newRow("-8, no remainder") << -8 << Changes();
         QTest::newRow("lowest") << LOWEST << Changes();
@@ -169,10 +169,10 @@ private Q_SLOTS:
     void bitsOutsideAWordAreaAreNotWritten_data()
     {
         addWriteColumns();
-        QTest::newRow("last") << AREA_BITS - 1 << Changes{{AREA_WORDS - 1, 0x8000}};
+        QTest::newRow("last") << AREA_BITS - 1 << changesAt({{AREA_WORDS - 1, 0x8000}});
         QTest::newRow("past the end") << AREA_BITS << Changes();
         QTest::newRow("highest") << HIGHEST << Changes();
-        QTest::newRow("-1") << -1 << Changes{{0, 0x07}};
+        QTest::newRow("-1") << -1 << changesAt({{0, 0x07}});
         QTest::newRow("-4") << -4 << Changes();
         QTest::newRow("-16, no remainder") << -16 << Changes();
         QTest::newRow("lowest") << LOWEST << Changes();
@@ -201,10 +201,10 @@ private Q_SLOTS:
     void wordsOutsideTheAreaAreNotWritten_data()
     {
         addWriteColumns();
-        QTest::newRow("last") << AREA_WORDS - 1 << Changes{{AREA_WORDS - 1, 0x1234}};
+        QTest::newRow("last") << AREA_WORDS - 1 << changesAt({{AREA_WORDS - 1, 0x1234}});
         QTest::newRow("past the end") << AREA_WORDS << Changes();
         QTest::newRow("highest") << HIGHEST << Changes();
-        QTest::newRow("-1") << -1 << Changes{{0, 0x5678}};
+        QTest::newRow("-1") << -1 << changesAt({{0, 0x5678}});
         QTest::newRow("-2") << -2 << Changes();
         QTest::newRow("lowest") << LOWEST << Changes();
     }
@@ -222,14 +222,15 @@ private Q_SLOTS:
     {
         addWriteColumns();
         QTest::newRow("last") << AREA_WORDS - 2
-                              << Changes{{AREA_WORDS - 2, 0x1234}, {AREA_WORDS - 1, 0x5678}};
+                              << changesAt({{AREA_WORDS - 2, 0x1234}, {AREA_WORDS - 1, 0x5678}});
         QTest::newRow("past the end") << AREA_WORDS << Changes();
         QTest::newRow("highest") << HIGHEST << Changes();
-        QTest::newRow("-2") << -2 << Changes{{0, 0x9ABC}, {1, 0xDEF0}};
+        QTest::newRow("-2") << -2 << changesAt({{0, 0x9ABC}, {1, 0xDEF0}});
         QTest::newRow("-4") << -4 << Changes();
         QTest::newRow("lowest") << LOWEST << Changes();
-        QTest::newRow("astride the end") << AREA_WORDS - 1 << Changes{{AREA_WORDS - 1, 0x1234}};
-        QTest::newRow("astride the front") << -1 << Changes{{0, 0x5678}, {1, 0x9ABC}, {2, 0xDEF0}};
+        QTest::newRow("astride the end") << AREA_WORDS - 1 << changesAt({{AREA_WORDS - 1, 0x1234}});
+        QTest::newRow("astride the front")
+            << -1 << changesAt({{0, 0x5678}, {1, 0x9ABC}, {2, 0xDEF0}});
     }
     void doubleWordsOutsideTheAreaAreNotWritten()
     {
@@ -246,16 +247,16 @@ private Q_SLOTS:
         QByteArray in = bytes("01 01 01 01 01 01");
         ByteArea bits = byteArea();
         SetBitToUC(0, bits.data(), &in, HIGHEST);
-        QCOMPARE(changes(bits), (Changes{{0, 0x3F}}));
+        QCOMPARE(changes(bits), changesAt({{0, 0x3F}}));
         WordArea words = wordArea();
         SetBitToUS(0, words.data(), &in, HIGHEST);
-        QCOMPARE(changes(words), (Changes{{0, 0x3F}}));
+        QCOMPARE(changes(words), changesAt({{0, 0x3F}}));
         words = wordArea();
         SetWordToUS(0, words.data(), &in, HIGHEST);
-        QCOMPARE(changes(words), (Changes{{0, 0x0101}, {1, 0x0101}, {2, 0x0101}}));
+        QCOMPARE(changes(words), changesAt({{0, 0x0101}, {1, 0x0101}, {2, 0x0101}}));
         words = wordArea();
         SetWordToUI(0, words.data(), &in, HIGHEST);
-        QCOMPARE(changes(words), (Changes{{0, 0x0101}, {1, 0x0101}}));
+        QCOMPARE(changes(words), changesAt({{0, 0x0101}, {1, 0x0101}}));
     }
 
     void aBufferLongerThanTheAreaFillsTheArea()

@@ -48,31 +48,33 @@ private Q_SLOTS:
     {
         addColumns();
         const QByteArray reply = bytes("06 30 31 A5 00 FF 0D");
-        QTest::newRow("from bit 0") << 3 << 3 << 0 << reply << Changes{{0, 0xA5}, {2, 0xFF}};
-        QTest::newRow("from bit 16") << 3 << 1 << 16 << reply << Changes{{2, 0xA5}};
-        QTest::newRow("remainder ignored") << 3 << 1 << 23 << reply << Changes{{2, 0xA5}};
-        QTest::newRow("from the front") << 0 << 2 << 0 << reply << Changes{{0, 0x06}, {1, 0x30}};
+        QTest::newRow("from bit 0") << 3 << 3 << 0 << reply << changesAt({{0, 0xA5}, {2, 0xFF}});
+        QTest::newRow("from bit 16") << 3 << 1 << 16 << reply << changesAt({{2, 0xA5}});
+        QTest::newRow("remainder ignored") << 3 << 1 << 23 << reply << changesAt({{2, 0xA5}});
+        QTest::newRow("from the front")
+            << 0 << 2 << 0 << reply << changesAt({{0, 0x06}, {1, 0x30}});
         QTest::newRow("no data") << 3 << 0 << 0 << reply << Changes();
         QTest::newRow("negative count") << 3 << -1 << 0 << reply << Changes();
-        QTest::newRow("reply one byte short") << 3 << 3 << 0 << reply.left(5) << Changes{{0, 0xA5}};
+        QTest::newRow("reply one byte short")
+            << 3 << 3 << 0 << reply.left(5) << changesAt({{0, 0xA5}});
         QTest::newRow("reply ends before the data") << 3 << 3 << 0 << reply.left(3) << Changes();
         QTest::newRow("empty reply") << 3 << 3 << 0 << QByteArray() << Changes();
         QTest::newRow("last byte")
-            << 3 << 3 << AREA_BITS - 8 << reply << Changes{{IMAGE_AREA_BYTES - 1, 0xA5}};
+            << 3 << 3 << AREA_BITS - 8 << reply << changesAt({{IMAGE_AREA_BYTES - 1, 0xA5}});
         QTest::newRow("past the end") << 3 << 3 << AREA_BITS << reply << Changes();
         QTest::newRow("highest address") << 3 << 3 << HIGHEST << reply << Changes();
         QTest::newRow("lowest address") << 3 << 3 << LOWEST << reply << Changes();
         QTest::newRow("below zero, remainder ignored")
-            << 3 << 1 << -7 << reply << Changes{{0, 0xA5}};
-        QTest::newRow("first two bytes below") << 3 << 3 << -16 << reply << Changes{{0, 0xFF}};
+            << 3 << 1 << -7 << reply << changesAt({{0, 0xA5}});
+        QTest::newRow("first two bytes below") << 3 << 3 << -16 << reply << changesAt({{0, 0xFF}});
         QTest::newRow("first two data before the front")
-            << -2 << 4 << 0 << reply << Changes{{2, 0x06}, {3, 0x30}};
+            << -2 << 4 << 0 << reply << changesAt({{2, 0x06}, {3, 0x30}});
         QTest::newRow("far below") << 3 << 3 << -24 << reply << Changes();
         QTest::newRow("data after the end") << HIGHEST << 3 << 0 << reply << Changes();
-        QTest::newRow("data at the last byte") << 6 << 2 << 0 << reply << Changes{{0, 0x0D}};
+        QTest::newRow("data at the last byte") << 6 << 2 << 0 << reply << changesAt({{0, 0x0D}});
         QTest::newRow("data before the front") << LOWEST << 3 << 0 << reply << Changes();
         QTest::newRow("absurd count")
-            << 5 << HIGHEST << 0 << reply << Changes{{0, 0xFF}, {1, 0x0D}};
+            << 5 << HIGHEST << 0 << reply << changesAt({{0, 0xFF}, {1, 0x0D}});
     }
     void bytesAreCopiedWhole()
     {
@@ -94,8 +96,8 @@ private Q_SLOTS:
     {
         addColumns();
         const QByteArray reply = bytes("00 00 00 12 34 56 78");
-        const Changes both = {{40, 0x1234}, {41, 0x5678}};
-        const Changes one = {{40, 0x1234}};
+        const Changes both = changesAt({{40, 0x1234}, {41, 0x5678}});
+        const Changes one = changesAt({{40, 0x1234}});
         QTest::newRow("two words") << 3 << 4 << 40 << reply << both;
         QTest::newRow("one byte short") << 3 << 4 << 40 << reply.left(6) << one;
         QTest::newRow("two bytes short") << 3 << 4 << 40 << reply.left(5) << one;
@@ -106,18 +108,18 @@ private Q_SLOTS:
         QTest::newRow("count 1") << 3 << 1 << 40 << reply << Changes();
         QTest::newRow("count 0") << 3 << 0 << 40 << reply << Changes();
         QTest::newRow("count -4") << 3 << -4 << 40 << reply << Changes();
-        QTest::newRow("high bytes") << 0 << 2 << 40 << bytes("FF 80") << Changes{{40, 0xFF80}};
-        QTest::newRow("from the front") << 2 << 2 << 40 << reply << Changes{{40, 0x0012}};
+        QTest::newRow("high bytes") << 0 << 2 << 40 << bytes("FF 80") << changesAt({{40, 0xFF80}});
+        QTest::newRow("from the front") << 2 << 2 << 40 << reply << changesAt({{40, 0x0012}});
         QTest::newRow("last word")
-            << 3 << 4 << AREA_WORDS - 1 << reply << Changes{{AREA_WORDS - 1, 0x1234}};
+            << 3 << 4 << AREA_WORDS - 1 << reply << changesAt({{AREA_WORDS - 1, 0x1234}});
         QTest::newRow("past the end") << 3 << 4 << AREA_WORDS << reply << Changes();
         QTest::newRow("highest address") << 3 << 4 << HIGHEST << reply << Changes();
         QTest::newRow("lowest address") << 3 << 4 << LOWEST << reply << Changes();
-        QTest::newRow("address -1") << 3 << 4 << -1 << reply << Changes{{0, 0x5678}};
+        QTest::newRow("address -1") << 3 << 4 << -1 << reply << changesAt({{0, 0x5678}});
         QTest::newRow("first word before the front")
-            << -2 << 6 << 40 << reply << Changes{{42, 0x0012}};
+            << -2 << 6 << 40 << reply << changesAt({{42, 0x0012}});
         QTest::newRow("first word astride the front")
-            << -1 << 6 << 40 << bytes("11 22 33 44") << Changes{{41, 0x2233}};
+            << -1 << 6 << 40 << bytes("11 22 33 44") << changesAt({{41, 0x2233}});
         QTest::newRow("data after the end") << HIGHEST << 4 << 0 << reply << Changes();
         QTest::newRow("data before the front") << LOWEST << 4 << 0 << reply << Changes();
         QTest::newRow("absurd count") << 3 << HIGHEST << 40 << reply << both;
@@ -145,10 +147,10 @@ private Q_SLOTS:
         QByteArray reply = bytes("11 22 33 44");
         ByteArea bits = byteArea();
         SaveBitToUC(&reply, bits.data());
-        QCOMPARE(changes(bits), (Changes{{1, 0x22}, {2, 0x33}}));
+        QCOMPARE(changes(bits), changesAt({{1, 0x22}, {2, 0x33}}));
         WordArea words = wordArea();
         SaveWordToUS(&reply, words.data());
-        QCOMPARE(changes(words), (Changes{{8, 0x2233}}));
+        QCOMPARE(changes(words), changesAt({{8, 0x2233}}));
     }
 
     void withoutAFrameNothingHappens()
@@ -171,8 +173,8 @@ private Q_SLOTS:
         const AllLocksHeld held;
         SaveBitToUC(&reply, bits.data());
         SaveWordToUS(&reply, words.data());
-        QCOMPARE(changes(bits), (Changes{{0, 0x11}, {1, 0x22}}));
-        QCOMPARE(changes(words), (Changes{{0, 0x1122}}));
+        QCOMPARE(changes(bits), changesAt({{0, 0x11}, {1, 0x22}}));
+        QCOMPARE(changes(words), changesAt({{0, 0x1122}}));
     }
 
 private:

@@ -39,7 +39,7 @@ int plainAddress(int area, const QString &text)
 
 QString twoDigits(int value)
 {
-    return QStringLiteral("%1").arg(value & 0xFF, 2, 16, QLatin1Char('0')).toUpper();
+    return QString("%1").arg(value & 0xFF, 2, 16, QLatin1Char('0')).toUpper();
 }
 
 QByteArray plainFrame(const RW_VAR &var, int writeBit, const QString &valueDigits)
@@ -184,7 +184,7 @@ private Q_SLOTS:
             const int expected = plainAddress(area, text);
             const bool same = StringAddressToInt(area, text) == expected &&
                               PLCAddressChangeIntef(area, text) == expected;
-            QVERIFY2(same, qPrintable(QStringLiteral("area %1, '%2'").arg(area).arg(text)));
+            QVERIFY2(same, qPrintable(QString("area %1, '%2'").arg(area).arg(text)));
         }
     }
 

@@ -117,7 +117,7 @@ private Q_SLOTS:
         for (int i = 0; i < STEPS; ++i) {
             if (draw.onceIn(100))
                 changeBoth(draw);
-            QVERIFY2(step(draw), qPrintable(QStringLiteral("step %1").arg(i)));
+            QVERIFY2(step(draw), qPrintable(QString("step %1").arg(i)));
             if (i % STEPS_BETWEEN == 0)
                 QCOMPARE(cacheTexts(PLC_driver.extendVars), cacheTexts(m_plain.records));
         }
@@ -129,7 +129,7 @@ private:
     {
         changeList(draw, m_plain.records);
         PLC_driver.extendVars.clear();
-        for (const EXTENDVAR &record : qAsConst(m_plain.records))
+        for (const EXTENDVAR &record : m_plain.records)
             PLC_driver.extendVars.append(record);
     }
 
@@ -205,8 +205,8 @@ private:
     // The parts of an address text may be negative, so that every address has one.
     static QString textOf(const CacheKey &key)
     {
-        return QStringLiteral("0.0.%1").arg(key.areaType == AREA_C ? 0 : key.address) +
-               QStringLiteral(".%1").arg(key.address);
+        return QString("0.0.%1").arg(key.areaType == AREA_C ? 0 : key.address) +
+               QString(".%1").arg(key.address);
     }
 
     bool readOne(const CacheKey &key)

@@ -21,7 +21,7 @@ constexpr int draws(int count)
 class Draw
 {
 public:
-    explicit Draw(unsigned seed) : m_random(seed) { qInfo() << "seed" << seed; }
+    explicit Draw(unsigned seed) : m_random(seed) { qDebug() << "seed" << seed; }
 
     /// A number from 0 to `limit` - 1.
     int below(int limit) { return static_cast<int>(m_random() % static_cast<unsigned>(limit)); }

@@ -41,7 +41,7 @@ void plainSort(QList<RW_VAR> &list)
     for (int i = 0; i + 1 < list.size(); ++i) {
         for (int j = list.size() - 1; j > i; --j) {
             if (list.at(j).address < list.at(j - 1).address)
-                list.swapItemsAt(j, j - 1);
+                qSwap(list[j], list[j - 1]);
         }
     }
 }
@@ -76,11 +76,11 @@ QList<RW_VAR> plainRebuild(const QList<HOST_VAR> &hostVars, const ComInfo &info)
             keys.append(key);
     }
     QList<RW_VAR> all;
-    for (const int key : qAsConst(keys)) {
+    for (const int key : keys) {
         QList<RW_VAR> group = groups.values(key);
         plainSort(group);
         int last = -1;
-        for (const RW_VAR &entry : qAsConst(group)) {
+        for (const RW_VAR &entry : group) {
             if (entry.address != last)
                 all.append(entry);
             last = entry.address;
@@ -95,7 +95,7 @@ QString drawText(Draw &draw)
     QStringList text;
     for (int i = 3 + draw.below(2); i > 0; --i)
         text.append(draw.of(parts));
-    return text.join(QLatin1Char('.'));
+    return text.join(".");
 }
 
 QList<HOST_VAR> drawHostVars(Draw &draw, int count)
@@ -122,10 +122,8 @@ RW_VAR drawRequest(Draw &draw)
     var.station = draw.below(3);
     var.areaType = draw.below(3);
     var.address = draw.below(100) - 2;
-    var.addressText = QStringLiteral("0.%1.%2.%3")
-                          .arg(draw.below(10))
-                          .arg(draw.below(3))
-                          .arg(draw.below(40) - 10);
+    var.addressText =
+        QString("0.%1.%2.%3").arg(draw.below(10)).arg(draw.below(3)).arg(draw.below(40) - 10);
     var.count = 1 + draw.below(2);
     var.data = QByteArray(2, static_cast<char>(draw.below(256)));
     return var;
@@ -161,7 +159,7 @@ int plainAddOnceRead(QList<RW_VAR> &queue, RW_VAR &var, int mode, const ComInfo 
         var.station = info.purgeByStation == 0 ? info.defaultStation : var.station;
         var.address = var.areaType == AREA_C ? plainBlock(var.addressText) : address;
         var.count = var.areaType == AREA_C ? 70 : 1;
-        for (const RW_VAR &queued : qAsConst(queue)) {
+        for (const RW_VAR &queued : queue) {
             if (queued.ownerId == var.ownerId && queued.ownerSubId == var.ownerSubId &&
                 sameVariable(queued, var))
                 return queue.size();
@@ -221,7 +219,7 @@ private Q_SLOTS:
     {
         QFETCH(int, entries);
         QList<RW_VAR> expected = listOf(entries);
-        for (const RW_VAR &entry : qAsConst(expected))
+        for (const RW_VAR &entry : expected)
             PLC_driver.readList.append(entry);
         for (int i = 0; i < 3 * entries + 300; ++i) {
             const Protocol *request = ComCommunication();

@@ -4,6 +4,7 @@
 #include "tests/support/callback_log.h"
 #include "tests/support/driver_fixture.h"
 #include "tests/support/frame_requests.h"
+#include "tests/support/row_names.h"
 
 #include <QtTest>
 
@@ -193,7 +194,7 @@ void TestRemoteEnvelope::writeExpectsAnAcknowledgementWhateverTheArea_data()
     const char *const header = "18 07 00 02 01 ";
     const char *const rest = " 00 00 00 64 00 01 00 00 00 00 00 00 00 00 34 12 ";
     const auto row = [&](int areaType, const char *area, const char *sum) {
-        QTest::addRow("%d", areaType)
+        formattedRow("%d", areaType)
             << areaType << QByteArray(header).append(area).append(rest).append(sum);
     };
     row(0, "00 00", "CD");
@@ -275,7 +276,7 @@ void TestRemoteEnvelope::envelopeIsQueuedWithACopyOfItsRequest()
 {
     QFETCH(Builder, builder);
     markWords(info);
-    RW_VAR var = distinctRequest(AREA_D, QStringLiteral("5.2.1"));
+    RW_VAR var = distinctRequest(AREA_D, "5.2.1");
     const QString before = slotsOf(var);
     builder(&var);
     QCOMPARE(slotsOf(var), before);

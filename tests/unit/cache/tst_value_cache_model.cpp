@@ -97,7 +97,7 @@ void compareElements(PlainCache &model, Draw &draw)
     const int count = draw.below(8) - 1;
     const QByteArray expected = model.readElements(station, address, count);
     QByteArray out;
-    const QString text = QStringLiteral("0.0.0.%1").arg(address);
+    const QString text = QString("0.0.0.%1").arg(address);
     QCOMPARE(GetRegisterData(QString(), AREA_C, text, station, out, count), 1);
     QCOMPARE(out, expected);
 }

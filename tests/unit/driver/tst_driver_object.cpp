@@ -21,8 +21,8 @@ RW_VAR everySlotSet()
     var.reserved3 = 4;
     var.plcNo = 5;
     var.result = 6;
-    var.name = QStringLiteral("seven");
-    var.addressText = QStringLiteral("8.8.8");
+    var.name = "seven";
+    var.addressText = "8.8.8";
     var.areaType = 9;
     var.address = 10;
     var.station = 11;
@@ -31,6 +31,11 @@ RW_VAR everySlotSet()
     var.reserved13 = 14;
     var.data = bytes("0F 10");
     return var;
+}
+
+std::unique_ptr<Modbus_RTU_Master> newDriver()
+{
+    return std::unique_ptr<Modbus_RTU_Master>(new Modbus_RTU_Master());
 }
 
 bool allZero(const quint8 *area)
@@ -51,7 +56,7 @@ private Q_SLOTS:
 
     void newDriverHasEmptyLists()
     {
-        const auto driver = std::make_unique<Modbus_RTU_Master>();
+        const auto driver = newDriver();
         QVERIFY(driver->readList.isEmpty());
         QVERIFY(driver->writeList.isEmpty());
         QVERIFY(driver->onceReadList.isEmpty());
@@ -63,7 +68,7 @@ private Q_SLOTS:
 
     void newDriverHasNoHostYet()
     {
-        const auto driver = std::make_unique<Modbus_RTU_Master>();
+        const auto driver = newDriver();
         QVERIFY(driver->comInfo == nullptr);
         QVERIFY(driver->onceReadDone == nullptr);
         QVERIFY(driver->ownerNotify == nullptr);
@@ -71,7 +76,7 @@ private Q_SLOTS:
 
     void newDriverHasItsCountersAtStart()
     {
-        const auto driver = std::make_unique<Modbus_RTU_Master>();
+        const auto driver = newDriver();
         QCOMPARE(driver->lastKind, 100);
         QCOMPARE(driver->writeBurst, 0);
         QCOMPARE(driver->onceReadBurst, 0);
@@ -81,7 +86,7 @@ private Q_SLOTS:
 
     void newDriverHasAnEmptyReply()
     {
-        const auto driver = std::make_unique<Modbus_RTU_Master>();
+        const auto driver = newDriver();
         QVERIFY(driver->reply.name.isEmpty());
         QVERIFY(driver->reply.addressText.isEmpty());
         QVERIFY(driver->reply.data.isEmpty());
@@ -90,10 +95,10 @@ private Q_SLOTS:
 
     void newDriverHasZeroedAlignedImageAreas()
     {
-        const auto driver = std::make_unique<Modbus_RTU_Master>();
+        const auto driver = newDriver();
         for (const quint8 *area : {driver->imageArea1, driver->imageArea2, driver->imageArea3}) {
             QVERIFY(allZero(area));
-            QCOMPARE(reinterpret_cast<quintptr>(area) % sizeof(quint16), size_t(0));
+            QCOMPARE(int(reinterpret_cast<quintptr>(area) % sizeof(quint16)), 0);
         }
         QCOMPARE(sizeof(driver->imageArea1), size_t(131072));
         QCOMPARE(sizeof(driver->imageArea2), size_t(131072));
@@ -109,7 +114,7 @@ private Q_SLOTS:
 
     void mutexesAreFreeAndNotRecursive()
     {
-        const auto driver = std::make_unique<Modbus_RTU_Master>();
+        const auto driver = newDriver();
         for (QMutex *mutex : {&driver->listMutex, &driver->areaMutex, &driver->stationMutex}) {
             QVERIFY(mutex->tryLock());
             QVERIFY(!mutex->tryLock());
@@ -120,7 +125,7 @@ private Q_SLOTS:
 
     void fieldsLieInOrder()
     {
-        const auto d = std::make_unique<Modbus_RTU_Master>();
+        const auto d = newDriver();
         const std::initializer_list<const void *> fields = {
             &d->comInfo,       &d->readList,      &d->writeList,  &d->onceReadList,
             &d->readListWork,  &d->pendingFrames, &d->extendVars, &d->disabledStations,
@@ -135,7 +140,7 @@ private Q_SLOTS:
     {
         const QByteArray value(40, 'v');
         const QString text(40, QLatin1Char('t'));
-        auto driver = std::make_unique<Modbus_RTU_Master>();
+        auto driver = newDriver();
         RW_VAR var;
         var.name = text;
         var.addressText = text;
@@ -158,7 +163,7 @@ private Q_SLOTS:
 
     void destructionLeavesTheHostsBlockAlone()
     {
-        auto driver = std::make_unique<Modbus_RTU_Master>();
+        auto driver = newDriver();
         info.retryLimit = 5;
         driver->comInfo = &info;
         driver.reset();
@@ -184,8 +189,8 @@ private Q_SLOTS:
         QCOMPARE(to.reserved3, 4);
         QCOMPARE(to.plcNo, 5);
         QCOMPARE(to.result, 6);
-        QCOMPARE(to.name, QStringLiteral("seven"));
-        QCOMPARE(to.addressText, QStringLiteral("8.8.8"));
+        QCOMPARE(to.name, QString("seven"));
+        QCOMPARE(to.addressText, QString("8.8.8"));
         QCOMPARE(to.areaType, 9);
         QCOMPARE(to.address, 10);
         QCOMPARE(to.station, 11);
@@ -201,7 +206,7 @@ private Q_SLOTS:
         RW_VAR to;
         passRetValue(from, to);
         QCOMPARE(from.data, bytes("0F 10"));
-        QCOMPARE(from.name, QStringLiteral("seven"));
+        QCOMPARE(from.name, QString("seven"));
     }
 
     void passingOnTakesNoLock()

@@ -40,18 +40,18 @@ private Q_SLOTS:
 
     void replyToNothingIsResultOneAndNoChange()
     {
-        PLC_driver.readList.append(wordRead(QStringLiteral("r")));
+        PLC_driver.readList.append(wordRead("r"));
         PLC_driver.lastKind = KIND_CYCLIC_READ;
         PLC_driver.errorFlag = 1;
         PLC_driver.scanCount = 4;
-        PLC_driver.reply = wordWrite(QStringLiteral("earlier"));
+        PLC_driver.reply = wordWrite("earlier");
         PLC_driver.reply.result = 41;
         info.retryCount = 2;
         QByteArray reply = wordReply();
         const AllLocksHeld held;
         QVERIFY(DataCom(&reply, 8) == &PLC_driver.reply);
         QCOMPARE(PLC_driver.reply.result, 1);
-        QCOMPARE(PLC_driver.reply.name, QStringLiteral("earlier"));
+        QCOMPARE(PLC_driver.reply.name, QString("earlier"));
         QCOMPARE(PLC_driver.reply.data, bytes("34 12"));
         QCOMPARE(int(PLC_driver.errorFlag), 1);
         QCOMPARE(PLC_driver.scanCount, 4);
@@ -62,14 +62,14 @@ private Q_SLOTS:
 
     void goodReplyIsStoredAndReported()
     {
-        PLC_driver.readList.append(wordRead(QStringLiteral("r")));
+        PLC_driver.readList.append(wordRead("r"));
         PLC_driver.errorFlag = 1;
         ComCommunication();
         QByteArray reply = wordReply();
         const RW_VAR *outcome = DataCom(&reply, 8);
         QVERIFY(outcome == &PLC_driver.reply);
         QCOMPARE(outcome->result, 1);
-        QCOMPARE(outcome->name, QStringLiteral("r"));
+        QCOMPARE(outcome->name, QString("r"));
         QCOMPARE(outcome->address, 165);
         QVERIFY(outcome->data.isEmpty());
         QVERIFY(PLC_driver.pendingFrames.isEmpty());
@@ -86,8 +86,8 @@ private Q_SLOTS:
         info.retryLimit = 1;
         info.scanComplete = 1;
         PLC_driver.scanCount = 3;
-        PLC_driver.readList << wordRead(QStringLiteral("a")) << wordRead(QStringLiteral("b"));
-        PLC_driver.reply.name = QStringLiteral("earlier");
+        PLC_driver.readList << wordRead("a") << wordRead("b");
+        PLC_driver.reply.name = "earlier";
         ComCommunication();
         QCOMPARE(receiveNothing(), 0);
         QCOMPARE(PLC_driver.scanCount, 0);
@@ -95,8 +95,8 @@ private Q_SLOTS:
         QCOMPARE(info.retryCount, 1);
         QCOMPARE(info.scanComplete, 0);
         QCOMPARE(PLC_driver.pendingFrames.size(), 1);
-        QCOMPARE(names(PLC_driver.readList), QStringLiteral("a b"));
-        QCOMPARE(PLC_driver.reply.name, QStringLiteral("earlier"));
+        QCOMPARE(names(PLC_driver.readList), QString("a b"));
+        QCOMPARE(PLC_driver.reply.name, QString("earlier"));
         QCOMPARE(info.framesReceived, 0);
         QVERIFY(isFree(PLC_driver.listMutex));
     }
@@ -118,7 +118,7 @@ private Q_SLOTS:
         QFETCH(int, retryLimit);
         QFETCH(int, attempts);
         info.retryLimit = retryLimit;
-        PLC_driver.readList.append(wordRead(QStringLiteral("r")));
+        PLC_driver.readList.append(wordRead("r"));
         for (int attempt = 1; attempt <= attempts; ++attempt) {
             QVERIFY(ComCommunication() != nullptr);
             QCOMPARE(receiveNothing(), attempt < attempts ? 0 : 41);
@@ -131,7 +131,7 @@ private Q_SLOTS:
     {
         info.retryLimit = INT_MAX;
         info.retryCount = INT_MAX - 1;
-        PLC_driver.readList.append(wordRead(QStringLiteral("r")));
+        PLC_driver.readList.append(wordRead("r"));
         ComCommunication();
         QCOMPARE(receiveNothing(), 0);
         QCOMPARE(info.retryCount, INT_MAX);
@@ -151,7 +151,7 @@ private Q_SLOTS:
         QFETCH(QByteArray, reply);
         QFETCH(int, finally);
         info.retryLimit = 1;
-        PLC_driver.readList.append(wordRead(QStringLiteral("r")));
+        PLC_driver.readList.append(wordRead("r"));
         ComCommunication();
         QCOMPARE(receive(reply), 0);
         QCOMPARE(receive(reply), finally);
@@ -175,7 +175,7 @@ private Q_SLOTS:
         QFETCH(int, localPlcNo);
         QFETCH(int, code);
         info.localPlcNo = localPlcNo;
-        RW_VAR var = wordRead(QStringLiteral("r"));
+        RW_VAR var = wordRead("r");
         var.plcNo = plcNo;
         PLC_driver.readList.append(var);
         ComCommunication();
@@ -184,20 +184,19 @@ private Q_SLOTS:
 
     void remoteSuccessIsCode100OrOne()
     {
-        PLC_driver.readList << remote(wordRead(QStringLiteral("a")), 0)
-                            << remote(wordRead(QStringLiteral("b")), -1);
+        PLC_driver.readList << remote(wordRead("a"), 0) << remote(wordRead("b"), -1);
         QCOMPARE(exchange(), 100);
         QVERIFY(PLC_driver.extendVars.isEmpty());
         QCOMPARE(int(PLC_driver.errorFlag), 0);
         QCOMPARE(exchange(), 1);
         QCOMPARE(PLC_driver.extendVars.size(), 1);
-        QCOMPARE(names(PLC_driver.readList), QStringLiteral("a b"));
+        QCOMPARE(names(PLC_driver.readList), QString("a b"));
     }
 
     void successKeepsTheRetryCount()
     {
         info.retryLimit = 2;
-        PLC_driver.readList.append(wordRead(QStringLiteral("r")));
+        PLC_driver.readList.append(wordRead("r"));
         ComCommunication();
         QCOMPARE(receiveNothing(), 0);
         QCOMPARE(receiveNothing(), 0);
@@ -211,28 +210,27 @@ private Q_SLOTS:
 
     void requestOfTwoFramesIsRetiredAfterTheSecond()
     {
-        PLC_driver.readList << wordRead(QStringLiteral("r")) << wordRead(QStringLiteral("s"));
-        PLC_driver.pendingFrames << frameFor(wordRead(QStringLiteral("r")), 8)
-                                 << frameFor(wordRead(QStringLiteral("r")), 8);
+        PLC_driver.readList << wordRead("r") << wordRead("s");
+        PLC_driver.pendingFrames << frameFor(wordRead("r"), 8) << frameFor(wordRead("r"), 8);
         PLC_driver.lastKind = KIND_CYCLIC_READ;
-        PLC_driver.reply.name = QStringLiteral("earlier");
+        PLC_driver.reply.name = "earlier";
         info.framesExpected = 2;
         QCOMPARE(receive(wordReply()), 1);
         QCOMPARE(info.framesReceived, 1);
         QCOMPARE(PLC_driver.pendingFrames.size(), 1);
         QCOMPARE(PLC_driver.scanCount, 0);
-        QCOMPARE(names(PLC_driver.readList), QStringLiteral("r s"));
-        QCOMPARE(PLC_driver.reply.name, QStringLiteral("earlier"));
+        QCOMPARE(names(PLC_driver.readList), QString("r s"));
+        QCOMPARE(PLC_driver.reply.name, QString("earlier"));
         QCOMPARE(receive(wordReply()), 1);
         QCOMPARE(info.framesReceived, 2);
         QCOMPARE(PLC_driver.scanCount, 1);
-        QCOMPARE(names(PLC_driver.readList), QStringLiteral("s r"));
-        QCOMPARE(PLC_driver.reply.name, QStringLiteral("r"));
+        QCOMPARE(names(PLC_driver.readList), QString("s r"));
+        QCOMPARE(PLC_driver.reply.name, QString("r"));
     }
 
     void firstOfTwoRemoteFramesReportsItsCode()
     {
-        const RW_VAR stored = remote(wordRead(QStringLiteral("r")), -1);
+        const RW_VAR stored = remote(wordRead("r"), -1);
         PLC_driver.pendingFrames << frameFor(stored, 8) << frameFor(stored, 8);
         info.framesExpected = 2;
         QCOMPARE(receive(wordReply()), 1);
@@ -245,8 +243,7 @@ private Q_SLOTS:
 
     void finalFailureDiscardsTheRemainingFrames()
     {
-        PLC_driver.pendingFrames << frameFor(wordRead(QStringLiteral("r")), 8)
-                                 << frameFor(wordRead(QStringLiteral("r")), 8);
+        PLC_driver.pendingFrames << frameFor(wordRead("r"), 8) << frameFor(wordRead("r"), 8);
         info.framesExpected = 2;
         QCOMPARE(receiveNothing(), 41);
         QVERIFY(PLC_driver.pendingFrames.isEmpty());
@@ -255,7 +252,7 @@ private Q_SLOTS:
 
     void scanIsCompleteAfterMoreSuccessesThanEntries()
     {
-        PLC_driver.readList << wordRead(QStringLiteral("a")) << wordRead(QStringLiteral("b"));
+        PLC_driver.readList << wordRead("a") << wordRead("b");
         for (int count = 1; count <= 2; ++count) {
             QCOMPARE(exchange(), 1);
             QCOMPARE(PLC_driver.scanCount, count);
@@ -271,9 +268,9 @@ private Q_SLOTS:
 
     void everyKindOfLocalRequestCountsForTheScan()
     {
-        PLC_driver.readList.append(wordRead(QStringLiteral("r")));
-        PLC_driver.writeList.append(wordWrite(QStringLiteral("w")));
-        PLC_driver.onceReadList.append(wordRead(QStringLiteral("o")));
+        PLC_driver.readList.append(wordRead("r"));
+        PLC_driver.writeList.append(wordWrite("w"));
+        PLC_driver.onceReadList.append(wordRead("o"));
         QCOMPARE(exchange(), 1);
         QCOMPARE(PLC_driver.scanCount, 1);
         QCOMPARE(exchange(), 1);
@@ -283,7 +280,7 @@ private Q_SLOTS:
 
     void successWithAnEmptyReadListCompletesTheScan()
     {
-        PLC_driver.writeList.append(wordWrite(QStringLiteral("w")));
+        PLC_driver.writeList.append(wordWrite("w"));
         QCOMPARE(exchange(), 1);
         QCOMPARE(PLC_driver.scanCount, 0);
         QCOMPARE(info.scanComplete, 1);
@@ -291,8 +288,7 @@ private Q_SLOTS:
 
     void remoteRequestsDoNotCountForTheScan()
     {
-        PLC_driver.readList << remote(wordRead(QStringLiteral("a")), -1)
-                            << remote(wordRead(QStringLiteral("b")), 0);
+        PLC_driver.readList << remote(wordRead("a"), -1) << remote(wordRead("b"), 0);
         for (int i = 0; i < 6; ++i)
             exchange();
         QCOMPARE(PLC_driver.scanCount, 0);
@@ -302,7 +298,7 @@ private Q_SLOTS:
     void failureStartsTheScanAnew()
     {
         info.retryLimit = 1;
-        PLC_driver.readList.append(wordRead(QStringLiteral("r")));
+        PLC_driver.readList.append(wordRead("r"));
         QCOMPARE(exchange(), 1);
         QCOMPARE(PLC_driver.scanCount, 1);
         ComCommunication();
@@ -319,7 +315,7 @@ private Q_SLOTS:
         auto *words = reinterpret_cast<qint32 *>(&info);
         for (const int i : {0, 1, 2, 3, 4, 5, 6, 9, 10, 13, 16, 18})
             words[i] = 500 + i;
-        PLC_driver.readList.append(wordRead(QStringLiteral("r")));
+        PLC_driver.readList.append(wordRead("r"));
         QCOMPARE(exchange(), 1);
         ComCommunication();
         QCOMPARE(receiveNothing(), 41);
@@ -349,7 +345,7 @@ private Q_SLOTS:
         QFETCH(int, code);
         info.retryLimit = retryLimit;
         info.framesExpected = framesExpected;
-        PLC_driver.pendingFrames.append(frameFor(wordRead(QStringLiteral("r")), 8));
+        PLC_driver.pendingFrames.append(frameFor(wordRead("r"), 8));
         int result = -1;
         bool areaMutexFree = false;
         QVERIFY(waitsFor(

@@ -33,14 +33,13 @@ private Q_SLOTS:
 
     void failedCyclicReadMovesToTheEndAndIsNotified()
     {
-        PLC_driver.readList << ownedRead(QStringLiteral("a"), 3, 1)
-                            << ownedRead(QStringLiteral("b"), 4, 1);
+        PLC_driver.readList << ownedRead("a", 3, 1) << ownedRead("b", 4, 1);
         QCOMPARE(failNext(), 44);
-        QCOMPARE(names(PLC_driver.readList), QStringLiteral("b a"));
-        QCOMPARE(PLC_driver.reply.name, QStringLiteral("a"));
+        QCOMPARE(names(PLC_driver.readList), QString("b a"));
+        QCOMPARE(PLC_driver.reply.name, QString("a"));
         QCOMPARE(PLC_driver.reply.ownerId, 3);
         QVERIFY(PLC_driver.reply.data.isEmpty());
-        QCOMPARE(calls(), QStringLiteral("notify 3 1 0"));
+        QCOMPARE(calls(), QString("notify 3 1 0"));
         QCOMPARE(info.retryCount, 0);
         QCOMPARE(int(PLC_driver.errorFlag), 1);
         QVERIFY(isFree(PLC_driver.listMutex));
@@ -48,80 +47,78 @@ private Q_SLOTS:
 
     void failedWriteIsDroppedAndNotified()
     {
-        RW_VAR var = wordWrite(QStringLiteral("w"));
+        RW_VAR var = wordWrite("w");
         var.ownerId = 6;
         PLC_driver.writeList.append(var);
         QCOMPARE(failNext(), 47);
         QVERIFY(PLC_driver.writeList.isEmpty());
-        QCOMPARE(PLC_driver.reply.name, QStringLiteral("w"));
-        QCOMPARE(calls(), QStringLiteral("notify 6 1 0, notify 6 1 0"));
+        QCOMPARE(PLC_driver.reply.name, QString("w"));
+        QCOMPARE(calls(), QString("notify 6 1 0, notify 6 1 0"));
     }
 
     void failedOnceReadIsReportedWithStatusTwo()
     {
-        PLC_driver.onceReadList.append(ownedRead(QStringLiteral("o"), 4, 9));
+        PLC_driver.onceReadList.append(ownedRead("o", 4, 9));
         QCOMPARE(failNext(), 45);
         QVERIFY(PLC_driver.onceReadList.isEmpty());
-        QCOMPARE(calls(), QStringLiteral("done 7 4 9 2, notify 4 1 0"));
+        QCOMPARE(calls(), QString("done 7 4 9 2, notify 4 1 0"));
     }
 
     void statusTellsOfTheLastMemberOnly()
     {
         info.purgeByStation = 1;
-        PLC_driver.onceReadList << ownedRead(QStringLiteral("o1"), 4, 9, 1)
-                                << ownedRead(QStringLiteral("o2"), 4, 9, 2);
+        PLC_driver.onceReadList << ownedRead("o1", 4, 9, 1) << ownedRead("o2", 4, 9, 2);
         QCOMPARE(failNext(), 45);
-        QCOMPARE(calls(), QStringLiteral("notify 4 1 0"));
+        QCOMPARE(calls(), QString("notify 4 1 0"));
         ComCommunication();
         QByteArray reply = wordReply();
         QCOMPARE(DataCom(&reply, 8)->result, 1);
-        QCOMPARE(calls(), QStringLiteral("notify 4 1 0, done 7 4 9 1"));
+        QCOMPARE(calls(), QString("notify 4 1 0, done 7 4 9 1"));
     }
 
     void failedFirstMemberTakesItsGroupAlongUnreported()
     {
-        PLC_driver.onceReadList << ownedRead(QStringLiteral("o1"), 4, 9)
-                                << ownedRead(QStringLiteral("o2"), 4, 9)
-                                << ownedRead(QStringLiteral("o3"), 4, 9);
+        PLC_driver.onceReadList << ownedRead("o1", 4, 9) << ownedRead("o2", 4, 9)
+                                << ownedRead("o3", 4, 9);
         QCOMPARE(failNext(), 45);
         QVERIFY(PLC_driver.onceReadList.isEmpty());
-        QCOMPARE(calls(), QStringLiteral("notify 4 1 0"));
+        QCOMPARE(calls(), QString("notify 4 1 0"));
     }
 
     void failedRemoteOnceReadIsNotifiedButNotReported()
     {
-        PLC_driver.onceReadList.append(remote(ownedRead(QStringLiteral("o"), 4, 9), -1));
+        PLC_driver.onceReadList.append(remote(ownedRead("o", 4, 9), -1));
         QCOMPARE(failNext(), 145);
-        QCOMPARE(calls(), QStringLiteral("notify 4 1 0"));
+        QCOMPARE(calls(), QString("notify 4 1 0"));
         QVERIFY(PLC_driver.onceReadList.isEmpty());
     }
 
     void failedOnceReadOfAnEmptiedListIsNotifiedOnly()
     {
-        PLC_driver.pendingFrames.append(frameFor(ownedRead(QStringLiteral("x"), 4, 9), 8));
+        PLC_driver.pendingFrames.append(frameFor(ownedRead("x", 4, 9), 8));
         PLC_driver.lastKind = KIND_ONCE_READ;
         PLC_driver.reply.ownerId = 88;
         QCOMPARE(DataCom(nullptr, 0)->result, 45);
-        QCOMPARE(calls(), QStringLiteral("notify 88 1 0"));
+        QCOMPARE(calls(), QString("notify 88 1 0"));
     }
 
     void failedRequestOfNoKindIsNotifiedForTheEarlierReply()
     {
-        PLC_driver.pendingFrames.append(frameFor(ownedRead(QStringLiteral("x"), 4, 9), 8));
+        PLC_driver.pendingFrames.append(frameFor(ownedRead("x", 4, 9), 8));
         PLC_driver.reply.ownerId = 55;
-        PLC_driver.readList << wordRead(QStringLiteral("a")) << wordRead(QStringLiteral("b"));
+        PLC_driver.readList << wordRead("a") << wordRead("b");
         QCOMPARE(DataCom(nullptr, 0)->result, 45);
-        QCOMPARE(calls(), QStringLiteral("notify 55 1 0"));
-        QCOMPARE(names(PLC_driver.readList), QStringLiteral("a b"));
+        QCOMPARE(calls(), QString("notify 55 1 0"));
+        QCOMPARE(names(PLC_driver.readList), QString("a b"));
     }
 
     void notificationComesAfterRetiringAndBeforePurging()
     {
-        RW_VAR first = ownedRead(QStringLiteral("o1"), 4, 9);
+        RW_VAR first = ownedRead("o1", 4, 9);
         first.result = 33;
-        PLC_driver.onceReadList << first << ownedRead(QStringLiteral("o2"), 5, 9);
+        PLC_driver.onceReadList << first << ownedRead("o2", 5, 9);
         ComCommunication();
-        PLC_driver.writeList.append(wordWrite(QStringLiteral("w")));
+        PLC_driver.writeList.append(wordWrite("w"));
         callbackLog().inside = [] {
             QVERIFY(!isFree(PLC_driver.listMutex));
             QVERIFY(isFree(PLC_driver.areaMutex));
@@ -129,14 +126,14 @@ private Q_SLOTS:
             QVERIFY(PLC_driver.pendingFrames.isEmpty());
             QCOMPARE(int(PLC_driver.errorFlag), 1);
             QCOMPARE(PLC_driver.comInfo->retryCount, 0);
-            QCOMPARE(names(PLC_driver.writeList), QStringLiteral("w"));
+            QCOMPARE(names(PLC_driver.writeList), QString("w"));
             const bool retired = callbackLog().calls.size() == 2;
             QCOMPARE(names(PLC_driver.onceReadList), QString::fromLatin1(retired ? "o2" : "o1 o2"));
             QCOMPARE(PLC_driver.reply.name, QString::fromLatin1(retired ? "o1" : ""));
             QCOMPARE(PLC_driver.reply.result, retired ? 33 : 1);
         };
         QCOMPARE(DataCom(nullptr, 0)->result, 45);
-        QCOMPARE(calls(), QStringLiteral("done 7 4 9 2, notify 4 1 0"));
+        QCOMPARE(calls(), QString("done 7 4 9 2, notify 4 1 0"));
         QVERIFY(PLC_driver.onceReadList.isEmpty());
         QVERIFY(PLC_driver.writeList.isEmpty());
     }
@@ -145,8 +142,7 @@ private Q_SLOTS:
     {
         PLC_driver.onceReadDone = nullptr;
         PLC_driver.ownerNotify = nullptr;
-        PLC_driver.onceReadList << ownedRead(QStringLiteral("o1"), 4, 9)
-                                << ownedRead(QStringLiteral("o2"), 5, 9);
+        PLC_driver.onceReadList << ownedRead("o1", 4, 9) << ownedRead("o2", 5, 9);
         QCOMPARE(failNext(), 45);
         QVERIFY(PLC_driver.onceReadList.isEmpty());
     }
@@ -154,11 +150,10 @@ private Q_SLOTS:
     void retryIsNeitherNotifiedNorPurged()
     {
         info.retryLimit = 1;
-        PLC_driver.onceReadList << ownedRead(QStringLiteral("o1"), 4, 9)
-                                << ownedRead(QStringLiteral("o2"), 5, 9);
+        PLC_driver.onceReadList << ownedRead("o1", 4, 9) << ownedRead("o2", 5, 9);
         QCOMPARE(failNext(), 0);
         QCOMPARE(calls(), QString());
-        QCOMPARE(names(PLC_driver.onceReadList), QStringLiteral("o1 o2"));
+        QCOMPARE(names(PLC_driver.onceReadList), QString("o1 o2"));
     }
 
     void purge_data()
@@ -190,37 +185,33 @@ private Q_SLOTS:
         QFETCH(QString, writes);
         QFETCH(QString, onceReads);
         info.purgeByStation = purgeByStation;
-        PLC_driver.readList << wordRead(QStringLiteral("r1"), station)
-                            << wordRead(QStringLiteral("r2"), 2)
-                            << wordRead(QStringLiteral("r3"), 1);
+        PLC_driver.readList << wordRead("r1", station) << wordRead("r2", 2) << wordRead("r3", 1);
         ComCommunication();
         for (const int s : {1, 2, 1, 2, 2})
             PLC_driver.writeList.append(
-                wordWrite(QStringLiteral("w%1").arg(PLC_driver.writeList.size() + 1), s));
+                wordWrite(QString("w%1").arg(PLC_driver.writeList.size() + 1), s));
         for (const int s : {1, 2, 2, 1, 2})
             PLC_driver.onceReadList.append(
-                wordRead(QStringLiteral("o%1").arg(PLC_driver.onceReadList.size() + 1), s));
+                wordRead(QString("o%1").arg(PLC_driver.onceReadList.size() + 1), s));
         QCOMPARE(DataCom(nullptr, 0)->result, 41);
         QCOMPARE(names(PLC_driver.writeList), writes);
         QCOMPARE(names(PLC_driver.onceReadList), onceReads);
-        QCOMPARE(names(PLC_driver.readList), QStringLiteral("r2 r3 r1"));
+        QCOMPARE(names(PLC_driver.readList), QString("r2 r3 r1"));
         QCOMPARE(PLC_driver.reply.station, station);
     }
 
     void failedWriteTakesTheQueueOfItsStationAlong()
     {
         info.purgeByStation = 1;
-        PLC_driver.writeList << wordWrite(QStringLiteral("w1"), 2)
-                             << wordWrite(QStringLiteral("w2"), 2)
-                             << wordWrite(QStringLiteral("w3"), 1);
+        PLC_driver.writeList << wordWrite("w1", 2) << wordWrite("w2", 2) << wordWrite("w3", 1);
         QCOMPARE(failNext(), 41);
-        QCOMPARE(names(PLC_driver.writeList), QStringLiteral("w3"));
-        QCOMPARE(PLC_driver.reply.name, QStringLiteral("w1"));
+        QCOMPARE(names(PLC_driver.writeList), QString("w3"));
+        QCOMPARE(PLC_driver.reply.name, QString("w1"));
     }
 
     void failureDisablesNoStation()
     {
-        PLC_driver.readList.append(wordRead(QStringLiteral("r")));
+        PLC_driver.readList.append(wordRead("r"));
         QCOMPARE(failNext(), 41);
         QVERIFY(PLC_driver.disabledStations.isEmpty());
         QVERIFY(ComCommunication() != nullptr);
@@ -228,7 +219,7 @@ private Q_SLOTS:
 
     void failureKeepsTheCachedValue()
     {
-        PLC_driver.readList.append(wordRead(QStringLiteral("r")));
+        PLC_driver.readList.append(wordRead("r"));
         ComCommunication();
         QByteArray reply = wordReply();
         DataCom(&reply, 8);
@@ -251,7 +242,7 @@ private Q_SLOTS:
     {
         QFETCH(int, ownerId);
         QFETCH(int, code);
-        PLC_driver.readList.append(ownedRead(QStringLiteral("r"), ownerId, 0));
+        PLC_driver.readList.append(ownedRead("r", ownerId, 0));
         QCOMPARE(failNext(), code);
     }
 };

@@ -2,6 +2,7 @@
 #include "driver/receive_cycle.h"
 #include "tests/support/driver_requests.h"
 #include "tests/support/lock_watch.h"
+#include "tests/support/row_names.h"
 
 #include <QtTest>
 
@@ -70,7 +71,7 @@ private Q_SLOTS:
         QFETCH(int, local);
         QFETCH(int, remote);
         const QByteArray before = reply;
-        pend(::remote(wordRead(QStringLiteral("r")), -1), expected);
+        pend(::remote(wordRead("r"), -1), expected);
         QCOMPARE(DealDataOfRemoteArea(&reply, length), remote);
         QCOMPARE(PLC_driver.extendVars.size(), remote == 1 ? 1 : 0);
         PLC_driver.extendVars.clear();
@@ -83,7 +84,7 @@ private Q_SLOTS:
 
     void everyTruncationIsRefused()
     {
-        pend(remote(wordRead(QStringLiteral("r")), -1), 8);
+        pend(remote(wordRead("r"), -1), 8);
         for (int length = 1; length < 8; ++length) {
             QByteArray reply = wordReply().left(length);
             PLC_driver.pendingFrames.first().expectedReplyLength = 8;
@@ -98,7 +99,7 @@ private Q_SLOTS:
 
     void missingArrayIsRefused()
     {
-        pend(wordRead(QStringLiteral("r")), 8);
+        pend(wordRead("r"), 8);
         QCOMPARE(DealDataOfLocalArea(nullptr, 0), 41);
         QCOMPARE(DealDataOfRemoteArea(nullptr, 0), 141);
         QCOMPARE(DealDataOfLocalArea(nullptr, 8), 11);
@@ -117,7 +118,7 @@ private Q_SLOTS:
 
     void codeNamesTheRequester()
     {
-        pend(ownedRead(QStringLiteral("r"), 11, 0), 8);
+        pend(ownedRead("r", 11, 0), 8);
         QCOMPARE(DealDataOfLocalArea(nullptr, 0), 52);
         QCOMPARE(DealDataOfRemoteArea(nullptr, 0), 152);
         for (const int other : {12, -1}) {
@@ -129,7 +130,7 @@ private Q_SLOTS:
 
     void localReadIsStored()
     {
-        pend(wordRead(QStringLiteral("r")), 8);
+        pend(wordRead("r"), 8);
         QByteArray reply = wordReply();
         QCOMPARE(DealDataOfLocalArea(&reply, 8), 1);
         QCOMPARE(PLC_driver.extendVars.size(), 1);
@@ -141,7 +142,7 @@ private Q_SLOTS:
 
     void localStoreWaitsForTheAreaMutexAlone()
     {
-        pend(wordRead(QStringLiteral("r")), 8);
+        pend(wordRead("r"), 8);
         QByteArray reply = wordReply();
         bool emptyMeanwhile = false;
         bool listMutexFree = false;
@@ -161,7 +162,7 @@ private Q_SLOTS:
 
     void localStoreTakesNeitherListNorStationMutex()
     {
-        pend(wordRead(QStringLiteral("r")), 8);
+        pend(wordRead("r"), 8);
         QByteArray reply = wordReply();
         PLC_driver.listMutex.lock();
         PLC_driver.stationMutex.lock();
@@ -173,7 +174,7 @@ private Q_SLOTS:
 
     void localAcknowledgementIsNotStoredAndTakesNoLock()
     {
-        pend(wordWrite(QStringLiteral("w")), 6);
+        pend(wordWrite("w"), 6);
         QByteArray reply = acknowledgement();
         const AllLocksHeld held;
         QCOMPARE(DealDataOfLocalArea(&reply, 6), 1);
@@ -182,7 +183,7 @@ private Q_SLOTS:
 
     void localFailureTakesNoLock()
     {
-        pend(wordRead(QStringLiteral("r")), 8);
+        pend(wordRead("r"), 8);
         QByteArray refusal = bytes("15 30 31 31 32 41 42 0D");
         const AllLocksHeld held;
         QCOMPARE(DealDataOfLocalArea(&refusal, 8), 11);
@@ -192,7 +193,7 @@ private Q_SLOTS:
 
     void remoteReadIsStoredWithoutALock()
     {
-        pend(remote(wordRead(QStringLiteral("r")), -1), 8);
+        pend(remote(wordRead("r"), -1), 8);
         QByteArray reply = wordReply();
         const AllLocksHeld held;
         QCOMPARE(DealDataOfRemoteArea(&reply, 8), 1);
@@ -203,13 +204,13 @@ private Q_SLOTS:
     {
         QTest::addColumn<int>("remoteTag");
         for (const int tag : {0, 1, -2, 2147483647})
-            QTest::addRow("%d", tag) << tag;
+            formattedRow("%d", tag) << tag;
     }
 
     void remoteReadOfAnotherTagIsNotStored()
     {
         QFETCH(int, remoteTag);
-        pend(remote(wordRead(QStringLiteral("r")), remoteTag), 8);
+        pend(remote(wordRead("r"), remoteTag), 8);
         QByteArray reply = wordReply();
         for (const int received : {0, 1, 2}) {
             info.framesReceived = received;
@@ -220,7 +221,7 @@ private Q_SLOTS:
 
     void storedRemoteReadIsCode100WhenOneFrameCameBefore()
     {
-        pend(remote(wordRead(QStringLiteral("r")), -1), 8);
+        pend(remote(wordRead("r"), -1), 8);
         QByteArray reply = wordReply();
         const QPair<int, int> codes[] = {{0, 1}, {1, 100}, {2, 1}, {-1, 1}};
         for (const auto &row : codes) {
@@ -234,7 +235,7 @@ private Q_SLOTS:
 
     void remoteAcknowledgementOfTagMinusOneIsStoredLikeARead()
     {
-        pend(remote(wordWrite(QStringLiteral("w")), -1), 6);
+        pend(remote(wordWrite("w"), -1), 6);
         QByteArray reply = acknowledgement();
         QCOMPARE(DealDataOfRemoteArea(&reply, 6), 1);
         QCOMPARE(PLC_driver.extendVars.size(), 1);
@@ -243,7 +244,7 @@ private Q_SLOTS:
 
     void remoteAcknowledgementOfAnotherTagIsCode100()
     {
-        pend(remote(wordWrite(QStringLiteral("w")), 0), 6);
+        pend(remote(wordWrite("w"), 0), 6);
         QByteArray reply = acknowledgement();
         QCOMPARE(DealDataOfRemoteArea(&reply, 6), 100);
         QVERIFY(PLC_driver.extendVars.isEmpty());
@@ -251,7 +252,7 @@ private Q_SLOTS:
 
     void replyToAnUnknownDirectionIsRefused()
     {
-        RW_VAR var = remote(wordRead(QStringLiteral("r")), -1);
+        RW_VAR var = remote(wordRead("r"), -1);
         var.rwKind = 2;
         pend(var, 8);
         QByteArray reply = wordReply();
@@ -262,7 +263,7 @@ private Q_SLOTS:
 
     void judgesLeaveTheCountersAlone()
     {
-        pend(wordRead(QStringLiteral("r")), 8);
+        pend(wordRead("r"), 8);
         QByteArray reply = wordReply();
         info.retryCount = 3;
         PLC_driver.errorFlag = 1;

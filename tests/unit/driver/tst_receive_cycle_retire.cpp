@@ -40,10 +40,10 @@ private Q_SLOTS:
 
     void answeredWriteIsRemoved()
     {
-        PLC_driver.writeList << wordWrite(QStringLiteral("w1")) << wordWrite(QStringLiteral("w2"));
+        PLC_driver.writeList << wordWrite("w1") << wordWrite("w2");
         exchange(1);
-        QCOMPARE(names(PLC_driver.writeList), QStringLiteral("w2"));
-        QCOMPARE(PLC_driver.reply.name, QStringLiteral("w1"));
+        QCOMPARE(names(PLC_driver.writeList), QString("w2"));
+        QCOMPARE(PLC_driver.reply.name, QString("w1"));
         QCOMPARE(PLC_driver.reply.rwKind, 1);
         QVERIFY(PLC_driver.reply.data.isEmpty());
         QCOMPARE(PLC_driver.reply.result, 1);
@@ -51,55 +51,53 @@ private Q_SLOTS:
 
     void answeredCyclicReadMovesToTheEnd()
     {
-        PLC_driver.readList << wordRead(QStringLiteral("a")) << wordRead(QStringLiteral("b"))
-                            << wordRead(QStringLiteral("c"));
+        PLC_driver.readList << wordRead("a") << wordRead("b") << wordRead("c");
         exchange(1);
-        QCOMPARE(names(PLC_driver.readList), QStringLiteral("b c a"));
-        QCOMPARE(PLC_driver.reply.name, QStringLiteral("a"));
+        QCOMPARE(names(PLC_driver.readList), QString("b c a"));
+        QCOMPARE(PLC_driver.reply.name, QString("a"));
         exchange(2);
-        QCOMPARE(names(PLC_driver.readList), QStringLiteral("a b c"));
+        QCOMPARE(names(PLC_driver.readList), QString("a b c"));
         QCOMPARE(calls(), QString());
     }
 
     void answeredOnceReadIsRemoved()
     {
-        PLC_driver.onceReadList << ownedRead(QStringLiteral("o1"), 1, 1)
-                                << ownedRead(QStringLiteral("o2"), 2, 2);
+        PLC_driver.onceReadList << ownedRead("o1", 1, 1) << ownedRead("o2", 2, 2);
         exchange(1);
-        QCOMPARE(names(PLC_driver.onceReadList), QStringLiteral("o2"));
-        QCOMPARE(PLC_driver.reply.name, QStringLiteral("o1"));
+        QCOMPARE(names(PLC_driver.onceReadList), QString("o2"));
+        QCOMPARE(PLC_driver.reply.name, QString("o1"));
         QCOMPARE(PLC_driver.reply.ownerId, 1);
     }
 
     void onlyTheListOfTheKindOnTheLineIsTouched()
     {
-        PLC_driver.readList << wordRead(QStringLiteral("r1")) << wordRead(QStringLiteral("r2"));
-        PLC_driver.onceReadList.append(wordRead(QStringLiteral("o")));
-        PLC_driver.writeList.append(wordWrite(QStringLiteral("w")));
+        PLC_driver.readList << wordRead("r1") << wordRead("r2");
+        PLC_driver.onceReadList.append(wordRead("o"));
+        PLC_driver.writeList.append(wordWrite("w"));
         exchange(1);
         QCOMPARE(names(PLC_driver.writeList), QString());
-        QCOMPARE(names(PLC_driver.onceReadList), QStringLiteral("o"));
-        QCOMPARE(names(PLC_driver.readList), QStringLiteral("r1 r2"));
+        QCOMPARE(names(PLC_driver.onceReadList), QString("o"));
+        QCOMPARE(names(PLC_driver.readList), QString("r1 r2"));
         exchange(1);
         QCOMPARE(names(PLC_driver.onceReadList), QString());
-        QCOMPARE(names(PLC_driver.readList), QStringLiteral("r1 r2"));
+        QCOMPARE(names(PLC_driver.readList), QString("r1 r2"));
     }
 
     void requestOfNoKindRetiresNothing()
     {
         for (const int kind : {100, 3, -1}) {
             PLC_driver.readList.clear();
-            PLC_driver.readList << wordRead(QStringLiteral("r1")) << wordRead(QStringLiteral("r2"));
-            PLC_driver.writeList = {wordWrite(QStringLiteral("w"))};
-            PLC_driver.onceReadList = {wordRead(QStringLiteral("o"))};
-            PLC_driver.reply.name = QStringLiteral("earlier");
-            PLC_driver.pendingFrames.append(frameFor(wordRead(QStringLiteral("x")), 8));
+            PLC_driver.readList << wordRead("r1") << wordRead("r2");
+            PLC_driver.writeList = {wordWrite("w")};
+            PLC_driver.onceReadList = {wordRead("o")};
+            PLC_driver.reply.name = "earlier";
+            PLC_driver.pendingFrames.append(frameFor(wordRead("x"), 8));
             PLC_driver.lastKind = kind;
             QCOMPARE(receive(wordReply()), 1);
-            QCOMPARE(names(PLC_driver.readList), QStringLiteral("r1 r2"));
-            QCOMPARE(names(PLC_driver.writeList), QStringLiteral("w"));
-            QCOMPARE(names(PLC_driver.onceReadList), QStringLiteral("o"));
-            QCOMPARE(PLC_driver.reply.name, QStringLiteral("earlier"));
+            QCOMPARE(names(PLC_driver.readList), QString("r1 r2"));
+            QCOMPARE(names(PLC_driver.writeList), QString("w"));
+            QCOMPARE(names(PLC_driver.onceReadList), QString("o"));
+            QCOMPARE(PLC_driver.reply.name, QString("earlier"));
         }
         QCOMPARE(calls(), QString());
     }
@@ -109,69 +107,65 @@ private Q_SLOTS:
     void emptiedListRetiresNothing()
     {
         QFETCH(int, kind);
-        PLC_driver.pendingFrames.append(frameFor(ownedRead(QStringLiteral("x"), 3, 3), 8));
+        PLC_driver.pendingFrames.append(frameFor(ownedRead("x", 3, 3), 8));
         PLC_driver.lastKind = kind;
-        PLC_driver.reply.name = QStringLiteral("earlier");
+        PLC_driver.reply.name = "earlier";
         QCOMPARE(receive(wordReply()), 1);
-        QCOMPARE(PLC_driver.reply.name, QStringLiteral("earlier"));
+        QCOMPARE(PLC_driver.reply.name, QString("earlier"));
         QCOMPARE(calls(), QString());
     }
 
     void listRebuiltMeanwhileLosesItsTurnOfTheNewHead()
     {
-        PLC_driver.readList.append(wordRead(QStringLiteral("old")));
+        PLC_driver.readList.append(wordRead("old"));
         ComCommunication();
         PLC_driver.readList.clear();
-        PLC_driver.readList << wordRead(QStringLiteral("n1")) << wordRead(QStringLiteral("n2"));
+        PLC_driver.readList << wordRead("n1") << wordRead("n2");
         QCOMPARE(receive(wordReply()), 1);
-        QCOMPARE(PLC_driver.reply.name, QStringLiteral("n1"));
-        QCOMPARE(names(PLC_driver.readList), QStringLiteral("n2 n1"));
+        QCOMPARE(PLC_driver.reply.name, QString("n1"));
+        QCOMPARE(names(PLC_driver.readList), QString("n2 n1"));
     }
 
     void groupOfThreeIsReportedWithItsThird()
     {
-        PLC_driver.onceReadList << ownedRead(QStringLiteral("o1"), 4, 9)
-                                << ownedRead(QStringLiteral("o2"), 4, 9)
-                                << ownedRead(QStringLiteral("o3"), 4, 9);
+        PLC_driver.onceReadList << ownedRead("o1", 4, 9) << ownedRead("o2", 4, 9)
+                                << ownedRead("o3", 4, 9);
         exchange(2);
         QCOMPARE(calls(), QString());
         exchange(1);
-        QCOMPARE(calls(), QStringLiteral("done 7 4 9 1"));
+        QCOMPARE(calls(), QString("done 7 4 9 1"));
     }
 
     void groupsAreToldApartByBothHalvesOfTheRequester()
     {
-        PLC_driver.onceReadList << ownedRead(QStringLiteral("o1"), 4, 9)
-                                << ownedRead(QStringLiteral("o2"), 4, 8)
-                                << ownedRead(QStringLiteral("o3"), 5, 9)
-                                << ownedRead(QStringLiteral("o4"), 4, 8);
+        PLC_driver.onceReadList << ownedRead("o1", 4, 9) << ownedRead("o2", 4, 8)
+                                << ownedRead("o3", 5, 9) << ownedRead("o4", 4, 8);
         exchange(4);
-        QCOMPARE(calls(), QStringLiteral("done 7 4 9 1, done 7 5 9 1, done 7 4 8 1"));
+        QCOMPARE(calls(), QString("done 7 4 9 1, done 7 5 9 1, done 7 4 8 1"));
     }
 
     void memberQueuedMeanwhilePutsTheReportOff()
     {
-        PLC_driver.onceReadList.append(ownedRead(QStringLiteral("o1"), 4, 9));
+        PLC_driver.onceReadList.append(ownedRead("o1", 4, 9));
         ComCommunication();
-        PLC_driver.onceReadList.append(ownedRead(QStringLiteral("o2"), 4, 9));
+        PLC_driver.onceReadList.append(ownedRead("o2", 4, 9));
         QCOMPARE(receive(wordReply()), 1);
         QCOMPARE(calls(), QString());
         info.portTag = 8;
         exchange(1);
-        QCOMPARE(calls(), QStringLiteral("done 8 4 9 1"));
+        QCOMPARE(calls(), QString("done 8 4 9 1"));
     }
 
     void requesterIsReportedBeforeTheEntryIsRetired()
     {
-        PLC_driver.onceReadList << ownedRead(QStringLiteral("o1"), 4, 9)
-                                << ownedRead(QStringLiteral("o2"), 5, 9);
-        PLC_driver.reply.name = QStringLiteral("earlier");
+        PLC_driver.onceReadList << ownedRead("o1", 4, 9) << ownedRead("o2", 5, 9);
+        PLC_driver.reply.name = "earlier";
         callbackLog().inside = [] {
             QVERIFY(!isFree(PLC_driver.listMutex));
             QVERIFY(isFree(PLC_driver.areaMutex));
             QVERIFY(isFree(PLC_driver.stationMutex));
-            QCOMPARE(names(PLC_driver.onceReadList), QStringLiteral("o1 o2"));
-            QCOMPARE(PLC_driver.reply.name, QStringLiteral("earlier"));
+            QCOMPARE(names(PLC_driver.onceReadList), QString("o1 o2"));
+            QCOMPARE(PLC_driver.reply.name, QString("earlier"));
             QCOMPARE(PLC_driver.reply.result, 1);
             QVERIFY(PLC_driver.pendingFrames.isEmpty());
             QCOMPARE(PLC_driver.comInfo->framesReceived, 1);
@@ -179,25 +173,25 @@ private Q_SLOTS:
             QCOMPARE(PLC_driver.extendVars.first().data, bytes("AB 12"));
         };
         exchange(1);
-        QCOMPARE(calls(), QStringLiteral("done 7 4 9 1"));
-        QCOMPARE(PLC_driver.reply.name, QStringLiteral("o1"));
+        QCOMPARE(calls(), QString("done 7 4 9 1"));
+        QCOMPARE(PLC_driver.reply.name, QString("o1"));
     }
 
     void remoteOnceReadIsNotReported()
     {
-        PLC_driver.onceReadList << remote(ownedRead(QStringLiteral("o1"), 4, 9), -1)
-                                << remote(ownedRead(QStringLiteral("o2"), 5, 9), 0);
+        PLC_driver.onceReadList << remote(ownedRead("o1", 4, 9), -1)
+                                << remote(ownedRead("o2", 5, 9), 0);
         exchange(2);
         QCOMPARE(calls(), QString());
         QVERIFY(PLC_driver.onceReadList.isEmpty());
-        QCOMPARE(PLC_driver.reply.name, QStringLiteral("o2"));
+        QCOMPARE(PLC_driver.reply.name, QString("o2"));
         QCOMPARE(PLC_driver.reply.result, 100);
     }
 
     void onceReadWithoutACallbackIsRetired()
     {
         PLC_driver.onceReadDone = nullptr;
-        PLC_driver.onceReadList.append(ownedRead(QStringLiteral("o"), 4, 9));
+        PLC_driver.onceReadList.append(ownedRead("o", 4, 9));
         exchange(1);
         QVERIFY(PLC_driver.onceReadList.isEmpty());
         QCOMPARE(PLC_driver.reply.result, 1);
@@ -206,15 +200,15 @@ private Q_SLOTS:
     void writesAndCyclicReadsReportToNoRequester()
     {
         PLC_driver.ownerNotify = nullptr;
-        PLC_driver.readList.append(ownedRead(QStringLiteral("r"), 4, 9));
-        PLC_driver.writeList.append(wordWrite(QStringLiteral("w")));
+        PLC_driver.readList.append(ownedRead("r", 4, 9));
+        PLC_driver.writeList.append(wordWrite("w"));
         exchange(3);
         QCOMPARE(calls(), QString());
     }
 
     void resultOfTheEntryIsReplacedByTheCode()
     {
-        RW_VAR var = wordRead(QStringLiteral("r"));
+        RW_VAR var = wordRead("r");
         var.result = 55;
         PLC_driver.readList.append(var);
         exchange(1);

@@ -124,12 +124,12 @@ private Q_SLOTS:
     void changingACopyLeavesTheOriginal()
     {
         RW_VAR original;
-        original.name = QStringLiteral("pump");
+        original.name = "pump";
         original.data = QByteArray("\x34\x12", 2);
         RW_VAR copy = original;
-        copy.name.append(QStringLiteral(" 2"));
+        copy.name.append(QString(" 2"));
         copy.data[0] = 0;
-        QCOMPARE(original.name, QStringLiteral("pump"));
+        QCOMPARE(original.name, QString("pump"));
         QCOMPARE(original.data, QByteArray("\x34\x12", 2));
     }
 
@@ -138,11 +138,11 @@ private Q_SLOTS:
         Protocol frame;
         {
             RW_VAR var;
-            var.addressText = QStringLiteral("5.2.1");
+            var.addressText = "5.2.1";
             var.reserved13 = 13;
             frame.var = var;
         }
-        QCOMPARE(frame.var.addressText, QStringLiteral("5.2.1"));
+        QCOMPARE(frame.var.addressText, QString("5.2.1"));
         QCOMPARE(frame.var.reserved13, 13);
     }
 

@@ -3,6 +3,7 @@
 #include "driver/result_codes.h"
 #include "tests/support/driver_requests.h"
 #include "tests/support/lock_watch.h"
+#include "tests/support/row_names.h"
 
 #include <QtTest>
 
@@ -27,9 +28,9 @@ private Q_SLOTS:
         QTest::addColumn<int>("ownerId");
         QTest::addColumn<int>("offset");
         for (int ownerId = 0; ownerId <= 11; ++ownerId)
-            QTest::addRow("requester %d", ownerId) << ownerId << ownerId + 1;
+            formattedRow("requester %d", ownerId) << ownerId << ownerId + 1;
         for (const int ownerId : {-1, -12, 12, 13, 100, INT_MIN, INT_MAX})
-            QTest::addRow("requester %d", ownerId) << ownerId << 1;
+            formattedRow("requester %d", ownerId) << ownerId << 1;
     }
 
     void baseNearTheHighestNumberWraps() { QCOMPARE(SwitchErrorReturn(INT_MAX), INT_MIN); }
@@ -59,19 +60,21 @@ private Q_SLOTS:
         QTest::newRow("remote wrong length")
             << int(REASON_REMOTE_WRONG_LENGTH) << 171 << 182 << 171;
         for (const int unknown : {8, 9, 100, 255, -1, -7, INT_MAX, INT_MIN})
-            QTest::addRow("unknown %d", unknown) << unknown << 200 << 200 << 200;
+            formattedRow("unknown %d", unknown) << unknown << 200 << 200 << 200;
     }
 
     void reasonBecomesACode()
     {
         QFETCH(int, reason);
-        const QPair<int, const char *> requesters[] = {
-            {0, "codeOfRequester0"}, {11, "codeOfRequester11"}, {12, "codeOfRequester12"}};
-        for (const auto &requester : requesters) {
+        QFETCH(int, codeOfRequester0);
+        QFETCH(int, codeOfRequester11);
+        QFETCH(int, codeOfRequester12);
+        const QPair<int, int> requesters[] = {
+            {0, codeOfRequester0}, {11, codeOfRequester11}, {12, codeOfRequester12}};
+        for (const QPair<int, int> &requester : requesters) {
             PLC_driver.pendingFrames.clear();
             pendFor(requester.first);
-            const int code = *static_cast<int *>(QTest::qData(requester.second, QMetaType::Int));
-            QCOMPARE(GetDriverReturnValue(reason), code);
+            QCOMPARE(GetDriverReturnValue(reason), requester.second);
         }
     }
 

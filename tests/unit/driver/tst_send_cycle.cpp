@@ -22,11 +22,11 @@ QString serve(int turns)
     QStringList sent;
     for (int i = 0; i < turns; ++i) {
         const Protocol *frame = ComCommunication();
-        sent.append(frame ? frame->var.name : QStringLiteral("-"));
+        sent.append(frame ? frame->var.name : QString("-"));
         if (frame)
             answer(*frame);
     }
-    return sent.join(QLatin1Char(' '));
+    return sent.join(" ");
 }
 
 void fill(QList<RW_VAR> &list, RW_VAR (*make)(const QString &, int), const QString &prefix, int n)
@@ -65,7 +65,7 @@ private Q_SLOTS:
 
     void readFrameIsHandedOut()
     {
-        PLC_driver.readList.append(wordRead(QStringLiteral("r")));
+        PLC_driver.readList.append(wordRead("r"));
         const Protocol *frame = ComCommunication();
         QVERIFY(frame == &PLC_driver.pendingFrames.first());
         QCOMPARE(frame->frame, bytes("05 30 31 30 35 32 38 0D"));
@@ -79,7 +79,7 @@ private Q_SLOTS:
 
     void writeFrameIsHandedOut()
     {
-        PLC_driver.writeList.append(wordWrite(QStringLiteral("w"), 2));
+        PLC_driver.writeList.append(wordWrite("w", 2));
         const Protocol *frame = ComCommunication();
         QVERIFY(frame != nullptr);
         QCOMPARE(frame->frame, bytes("05 30 32 30 33 34 31 31 32 33 34 0D"));
@@ -94,9 +94,9 @@ private Q_SLOTS:
     {
         QFETCH(int, kind);
         QList<RW_VAR> &list = listOf(kind);
-        fill(list, kind == KIND_WRITE ? wordWrite : wordRead, QStringLiteral("e"), 2);
+        fill(list, kind == KIND_WRITE ? wordWrite : wordRead, "e", 2);
         QVERIFY(ComCommunication() != nullptr);
-        QCOMPARE(names(list), QStringLiteral("e1 e2"));
+        QCOMPARE(names(list), QString("e1 e2"));
         QCOMPARE(PLC_driver.lastKind, kind);
         QCOMPARE(PLC_driver.writeBurst, kind == KIND_WRITE ? 1 : 0);
         QCOMPARE(PLC_driver.onceReadBurst, kind == KIND_ONCE_READ ? 1 : 0);
@@ -104,29 +104,29 @@ private Q_SLOTS:
 
     void fiveWritesFiveOnceReadsOneCyclicReadMakeATurn()
     {
-        fill(PLC_driver.writeList, wordWrite, QStringLiteral("w"), 7);
-        fill(PLC_driver.onceReadList, wordRead, QStringLiteral("o"), 6);
-        fill(PLC_driver.readList, wordRead, QStringLiteral("r"), 2);
-        QCOMPARE(serve(17), QStringLiteral("w1 w2 w3 w4 w5 o1 o2 o3 o4 o5 r1 w6 w7 o6 r2 r1 r2"));
+        fill(PLC_driver.writeList, wordWrite, "w", 7);
+        fill(PLC_driver.onceReadList, wordRead, "o", 6);
+        fill(PLC_driver.readList, wordRead, "r", 2);
+        QCOMPARE(serve(17), QString("w1 w2 w3 w4 w5 o1 o2 o3 o4 o5 r1 w6 w7 o6 r2 r1 r2"));
     }
 
     void sixthWriteWaitsForThePollThatFindsNoReads()
     {
-        fill(PLC_driver.writeList, wordWrite, QStringLiteral("w"), 6);
-        QCOMPARE(serve(5), QStringLiteral("w1 w2 w3 w4 w5"));
+        fill(PLC_driver.writeList, wordWrite, "w", 6);
+        QCOMPARE(serve(5), QString("w1 w2 w3 w4 w5"));
         QCOMPARE(PLC_driver.writeBurst, 5);
-        QCOMPARE(serve(1), QStringLiteral("-"));
+        QCOMPARE(serve(1), QString("-"));
         QCOMPARE(PLC_driver.writeBurst, 0);
         QCOMPARE(PLC_driver.onceReadBurst, 0);
         QCOMPARE(info.scanComplete, 1);
-        QCOMPARE(serve(2), QStringLiteral("w6 -"));
+        QCOMPARE(serve(2), QString("w6 -"));
     }
 
     void limitOfFiveHoldsForEachKindSeparately()
     {
-        fill(PLC_driver.writeList, wordWrite, QStringLiteral("w"), 6);
-        fill(PLC_driver.onceReadList, wordRead, QStringLiteral("o"), 6);
-        QCOMPARE(serve(14), QStringLiteral("w1 w2 w3 w4 w5 o1 o2 o3 o4 o5 - w6 o6 -"));
+        fill(PLC_driver.writeList, wordWrite, "w", 6);
+        fill(PLC_driver.onceReadList, wordRead, "o", 6);
+        QCOMPARE(serve(14), QString("w1 w2 w3 w4 w5 o1 o2 o3 o4 o5 - w6 o6 -"));
     }
 
     void doorCloses_data()
@@ -146,9 +146,9 @@ private Q_SLOTS:
         QFETCH(int, writeBurst);
         QFETCH(int, onceReadBurst);
         QFETCH(QString, next);
-        PLC_driver.writeList.append(wordWrite(QStringLiteral("w")));
-        PLC_driver.onceReadList.append(wordRead(QStringLiteral("o")));
-        PLC_driver.readList.append(wordRead(QStringLiteral("r")));
+        PLC_driver.writeList.append(wordWrite("w"));
+        PLC_driver.onceReadList.append(wordRead("o"));
+        PLC_driver.readList.append(wordRead("r"));
         PLC_driver.writeBurst = writeBurst;
         PLC_driver.onceReadBurst = onceReadBurst;
         QCOMPARE(ComCommunication()->var.name, next);
@@ -159,31 +159,31 @@ private Q_SLOTS:
 
     void writeQueuedMeanwhileOvertakesTheReads()
     {
-        fill(PLC_driver.readList, wordRead, QStringLiteral("r"), 2);
-        QCOMPARE(serve(1), QStringLiteral("r1"));
-        PLC_driver.writeList.append(wordWrite(QStringLiteral("w")));
-        QCOMPARE(serve(3), QStringLiteral("w r2 r1"));
+        fill(PLC_driver.readList, wordRead, "r", 2);
+        QCOMPARE(serve(1), QString("r1"));
+        PLC_driver.writeList.append(wordWrite("w"));
+        QCOMPARE(serve(3), QString("w r2 r1"));
     }
 
     void pendingFrameIsHandedOutAgainWithoutALock()
     {
-        PLC_driver.readList.append(wordRead(QStringLiteral("r")));
+        PLC_driver.readList.append(wordRead("r"));
         Protocol *frame = ComCommunication();
-        PLC_driver.writeList.append(wordWrite(QStringLiteral("w")));
+        PLC_driver.writeList.append(wordWrite("w"));
         const AllLocksHeld held;
         QVERIFY(ComCommunication() == frame);
         QVERIFY(ComCommunication() == frame);
         QCOMPARE(PLC_driver.lastKind, 0);
         QCOMPARE(PLC_driver.writeBurst, 0);
-        QCOMPARE(names(PLC_driver.readList), QStringLiteral("r"));
-        QCOMPARE(names(PLC_driver.writeList), QStringLiteral("w"));
+        QCOMPARE(names(PLC_driver.readList), QString("r"));
+        QCOMPARE(names(PLC_driver.writeList), QString("w"));
         QCOMPARE(PLC_driver.pendingFrames.size(), 1);
     }
 
     void failedAttemptIsRepeatedWithTheSameRecord()
     {
         info.retryLimit = 1;
-        PLC_driver.readList.append(wordRead(QStringLiteral("r")));
+        PLC_driver.readList.append(wordRead("r"));
         Protocol *frame = ComCommunication();
         DataCom(nullptr, 0);
         EnCommStation(1, 0);
@@ -193,10 +193,10 @@ private Q_SLOTS:
 
     void furtherFrameOfARequestFollows()
     {
-        PLC_driver.pendingFrames.append(frameFor(wordRead(QStringLiteral("a")), 8));
-        PLC_driver.pendingFrames.append(frameFor(wordRead(QStringLiteral("b")), 8));
+        PLC_driver.pendingFrames.append(frameFor(wordRead("a"), 8));
+        PLC_driver.pendingFrames.append(frameFor(wordRead("b"), 8));
         info.framesExpected = 2;
-        QCOMPARE(serve(2), QStringLiteral("a b"));
+        QCOMPARE(serve(2), QString("a b"));
         QVERIFY(ComCommunication() == nullptr);
     }
 
@@ -208,7 +208,7 @@ private Q_SLOTS:
     void writeIsNotifiedUnderTheListMutexAlone()
     {
         PLC_driver.ownerNotify = logOwnerNotify;
-        RW_VAR var = wordWrite(QStringLiteral("w"));
+        RW_VAR var = wordWrite("w");
         var.ownerId = 6;
         PLC_driver.writeList.append(var);
         callbackLog().inside = [] {
@@ -218,11 +218,11 @@ private Q_SLOTS:
             QCOMPARE(PLC_driver.lastKind, 1);
             QCOMPARE(PLC_driver.writeBurst, 0);
             QCOMPARE(PLC_driver.pendingFrames.size(), 1);
-            QCOMPARE(names(PLC_driver.writeList), QStringLiteral("w"));
+            QCOMPARE(names(PLC_driver.writeList), QString("w"));
             QVERIFY(PLC_driver.extendVars.isEmpty());
         };
         QVERIFY(ComCommunication() != nullptr);
-        QCOMPARE(callbackLog().calls, QStringList{QStringLiteral("notify 6 1 0")});
+        QCOMPARE(callbackLog().calls, QStringList("notify 6 1 0"));
         QCOMPARE(PLC_driver.writeBurst, 1);
         QCOMPARE(PLC_driver.extendVars.size(), 1);
         QCOMPARE(PLC_driver.extendVars.first().data, bytes("34 12"));
@@ -230,13 +230,13 @@ private Q_SLOTS:
 
     void writeWithoutACallbackGoesOut()
     {
-        PLC_driver.writeList.append(wordWrite(QStringLiteral("w")));
-        QCOMPARE(serve(1), QStringLiteral("w"));
+        PLC_driver.writeList.append(wordWrite("w"));
+        QCOMPARE(serve(1), QString("w"));
     }
 
     void writeIsMirroredWhileTheListMutexIsHeld()
     {
-        PLC_driver.writeList.append(wordWrite(QStringLiteral("w")));
+        PLC_driver.writeList.append(wordWrite("w"));
         bool listMutexFree = true;
         QVERIFY(waitsFor(
             PLC_driver.areaMutex, [] { ComCommunication(); },
@@ -246,12 +246,12 @@ private Q_SLOTS:
 
     void cyclicReadThatBuildsNoFrameKeepsItsPlace()
     {
-        fill(PLC_driver.readList, wordRead, QStringLiteral("r"), 2);
+        fill(PLC_driver.readList, wordRead, "r", 2);
         PLC_driver.readList[0].areaType = 3;
         PLC_driver.writeBurst = 2;
         for (int poll = 0; poll < 3; ++poll) {
             QVERIFY(ComCommunication() == nullptr);
-            QCOMPARE(names(PLC_driver.readList), QStringLiteral("r1 r2"));
+            QCOMPARE(names(PLC_driver.readList), QString("r1 r2"));
             QCOMPARE(PLC_driver.lastKind, 0);
             QCOMPARE(PLC_driver.writeBurst, 0);
         }
@@ -262,21 +262,21 @@ private Q_SLOTS:
     void writeThatBuildsNoFrameIsCountedAndKeepsItsPlace()
     {
         PLC_driver.ownerNotify = logOwnerNotify;
-        PLC_driver.writeList.append(wordWrite(QStringLiteral("w")));
+        PLC_driver.writeList.append(wordWrite("w"));
         PLC_driver.writeList[0].areaType = AREA_C;
-        PLC_driver.readList.append(wordRead(QStringLiteral("r")));
-        QCOMPARE(serve(6), QStringLiteral("- - - - - r"));
+        PLC_driver.readList.append(wordRead("r"));
+        QCOMPARE(serve(6), QString("- - - - - r"));
         QCOMPARE(callbackLog().calls.size(), 5);
-        QCOMPARE(names(PLC_driver.writeList), QStringLiteral("w"));
+        QCOMPARE(names(PLC_driver.writeList), QString("w"));
     }
 
     void onceReadThatBuildsNoFrameIsCountedAndKeepsItsPlace()
     {
-        PLC_driver.onceReadList.append(wordRead(QStringLiteral("o")));
+        PLC_driver.onceReadList.append(wordRead("o"));
         PLC_driver.onceReadList[0].areaType = -1;
         QVERIFY(ComCommunication() == nullptr);
         QCOMPARE(PLC_driver.onceReadBurst, 1);
-        QCOMPARE(names(PLC_driver.onceReadList), QStringLiteral("o"));
+        QCOMPARE(names(PLC_driver.onceReadList), QString("o"));
     }
 
     void remoteModeSendsEnvelopes_data()
@@ -291,7 +291,7 @@ private Q_SLOTS:
     {
         QFETCH(int, remoteMode);
         info.remoteMode = remoteMode;
-        RW_VAR var = remote(ownedRead(QStringLiteral("r"), 7, 0), 0);
+        RW_VAR var = remote(ownedRead("r", 7, 0), 0);
         var.address = 100;
         const QByteArray read =
             bytes("16 07 00 02 01 00 01 00 00 00 64 00 01 00 00 00 00 00 00 00 00 86");
@@ -313,7 +313,7 @@ private Q_SLOTS:
 
     void modeOfTheMomentDecidesNotThatOfTheEntry()
     {
-        RW_VAR var = wordRead(QStringLiteral("r"));
+        RW_VAR var = wordRead("r");
         var.reserved3 = 1;
         PLC_driver.readList.append(var);
         QCOMPARE(ComCommunication()->frame, bytes("05 30 31 30 35 32 38 0D"));

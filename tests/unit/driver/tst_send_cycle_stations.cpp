@@ -15,7 +15,7 @@ namespace
 QString nextName()
 {
     const Protocol *frame = ComCommunication();
-    return frame ? frame->var.name : QStringLiteral("-");
+    return frame ? frame->var.name : QString("-");
 }
 
 } // namespace
@@ -61,7 +61,7 @@ private Q_SLOTS:
     void sendCycleTestsTheStationUnderTheListMutex()
     {
         QFETCH(int, kind);
-        listOf(kind).append(wordRead(QStringLiteral("e")));
+        listOf(kind).append(wordRead("e"));
         bool listMutexFree = true;
         bool areaMutexFree = false;
         QVERIFY(waitsFor(
@@ -77,26 +77,21 @@ private Q_SLOTS:
     void writeOfDisabledStationIsDroppedUnreported()
     {
         EnCommStation(2, 0);
-        PLC_driver.writeList << wordWrite(QStringLiteral("w1"), 2)
-                             << wordWrite(QStringLiteral("w2"), 2)
-                             << wordWrite(QStringLiteral("w3"), 1)
-                             << wordWrite(QStringLiteral("w4"), 2);
-        callbackLog().inside = [] {
-            QCOMPARE(names(PLC_driver.writeList), QStringLiteral("w3 w4"));
-        };
-        QCOMPARE(nextName(), QStringLiteral("w3"));
-        QCOMPARE(names(PLC_driver.writeList), QStringLiteral("w3 w4"));
-        QCOMPARE(callbackLog().calls, QStringList{QStringLiteral("notify 0 1 0")});
+        PLC_driver.writeList << wordWrite("w1", 2) << wordWrite("w2", 2) << wordWrite("w3", 1)
+                             << wordWrite("w4", 2);
+        callbackLog().inside = [] { QCOMPARE(names(PLC_driver.writeList), QString("w3 w4")); };
+        QCOMPARE(nextName(), QString("w3"));
+        QCOMPARE(names(PLC_driver.writeList), QString("w3 w4"));
+        QCOMPARE(callbackLog().calls, QStringList("notify 0 1 0"));
         QCOMPARE(PLC_driver.writeBurst, 1);
     }
 
     void pollThatDropsEveryWriteYieldsNothing()
     {
         EnCommStation(2, 0);
-        PLC_driver.writeList << wordWrite(QStringLiteral("w1"), 2)
-                             << wordWrite(QStringLiteral("w2"), 2);
-        PLC_driver.onceReadList.append(wordRead(QStringLiteral("o")));
-        PLC_driver.readList.append(wordRead(QStringLiteral("r")));
+        PLC_driver.writeList << wordWrite("w1", 2) << wordWrite("w2", 2);
+        PLC_driver.onceReadList.append(wordRead("o"));
+        PLC_driver.readList.append(wordRead("r"));
         PLC_driver.writeBurst = 2;
         QVERIFY(ComCommunication() == nullptr);
         QVERIFY(PLC_driver.writeList.isEmpty());
@@ -108,17 +103,16 @@ private Q_SLOTS:
         QCOMPARE(info.scanComplete, 0);
         QVERIFY(isFree(PLC_driver.listMutex));
         QVERIFY(isFree(PLC_driver.stationMutex));
-        QCOMPARE(nextName(), QStringLiteral("o"));
+        QCOMPARE(nextName(), QString("o"));
     }
 
     void onceReadOfDisabledStationIsDroppedUnreported()
     {
         EnCommStation(2, 0);
-        PLC_driver.onceReadList << ownedRead(QStringLiteral("o1"), 5, 5, 2)
-                                << ownedRead(QStringLiteral("o2"), 6, 6, 1)
-                                << ownedRead(QStringLiteral("o3"), 7, 7, 2);
-        QCOMPARE(nextName(), QStringLiteral("o2"));
-        QCOMPARE(names(PLC_driver.onceReadList), QStringLiteral("o2 o3"));
+        PLC_driver.onceReadList << ownedRead("o1", 5, 5, 2) << ownedRead("o2", 6, 6, 1)
+                                << ownedRead("o3", 7, 7, 2);
+        QCOMPARE(nextName(), QString("o2"));
+        QCOMPARE(names(PLC_driver.onceReadList), QString("o2 o3"));
         QVERIFY(callbackLog().calls.isEmpty());
         QCOMPARE(PLC_driver.onceReadBurst, 1);
         QCOMPARE(PLC_driver.lastKind, 2);
@@ -127,66 +121,63 @@ private Q_SLOTS:
     void pollThatDropsEveryOnceReadYieldsNothing()
     {
         EnCommStation(2, 0);
-        PLC_driver.onceReadList << wordRead(QStringLiteral("o1"), 2)
-                                << wordRead(QStringLiteral("o2"), 2);
-        PLC_driver.readList.append(wordRead(QStringLiteral("r")));
+        PLC_driver.onceReadList << wordRead("o1", 2) << wordRead("o2", 2);
+        PLC_driver.readList.append(wordRead("r"));
         QVERIFY(ComCommunication() == nullptr);
         QVERIFY(PLC_driver.onceReadList.isEmpty());
         QVERIFY(callbackLog().calls.isEmpty());
         QCOMPARE(PLC_driver.lastKind, 2);
         QCOMPARE(PLC_driver.onceReadBurst, 0);
         QVERIFY(isFree(PLC_driver.listMutex));
-        QCOMPARE(nextName(), QStringLiteral("r"));
+        QCOMPARE(nextName(), QString("r"));
     }
 
     void queuesOfDisabledStationsWaitBehindAClosedDoor()
     {
         EnCommStation(2, 0);
-        PLC_driver.writeList.append(wordWrite(QStringLiteral("w"), 2));
-        PLC_driver.onceReadList.append(wordRead(QStringLiteral("o"), 2));
-        PLC_driver.readList.append(wordRead(QStringLiteral("r"), 1));
+        PLC_driver.writeList.append(wordWrite("w", 2));
+        PLC_driver.onceReadList.append(wordRead("o", 2));
+        PLC_driver.readList.append(wordRead("r", 1));
         PLC_driver.writeBurst = 5;
         PLC_driver.onceReadBurst = 5;
-        QCOMPARE(nextName(), QStringLiteral("r"));
-        QCOMPARE(names(PLC_driver.writeList), QStringLiteral("w"));
-        QCOMPARE(names(PLC_driver.onceReadList), QStringLiteral("o"));
+        QCOMPARE(nextName(), QString("r"));
+        QCOMPARE(names(PLC_driver.writeList), QString("w"));
+        QCOMPARE(names(PLC_driver.onceReadList), QString("o"));
     }
 
     void cyclicReadsOfDisabledStationsAreSkippedAndKept()
     {
         EnCommStation(2, 0);
-        PLC_driver.readList << wordRead(QStringLiteral("a"), 2) << wordRead(QStringLiteral("b"), 2)
-                            << wordRead(QStringLiteral("c"), 1) << wordRead(QStringLiteral("d"), 2);
+        PLC_driver.readList << wordRead("a", 2) << wordRead("b", 2) << wordRead("c", 1)
+                            << wordRead("d", 2);
         PLC_driver.writeBurst = 3;
-        QCOMPARE(nextName(), QStringLiteral("c"));
-        QCOMPARE(names(PLC_driver.readList), QStringLiteral("c d a b"));
+        QCOMPARE(nextName(), QString("c"));
+        QCOMPARE(names(PLC_driver.readList), QString("c d a b"));
         QCOMPARE(PLC_driver.writeBurst, 0);
         QByteArray reply = wordReply();
         DataCom(&reply, reply.size());
-        QCOMPARE(names(PLC_driver.readList), QStringLiteral("d a b c"));
-        QCOMPARE(nextName(), QStringLiteral("c"));
+        QCOMPARE(names(PLC_driver.readList), QString("d a b c"));
+        QCOMPARE(nextName(), QString("c"));
     }
 
     void lastOfManyMayBeTheOnlyOneEnabled()
     {
         EnCommStation(2, 0);
-        PLC_driver.readList << wordRead(QStringLiteral("a"), 2) << wordRead(QStringLiteral("b"), 2)
-                            << wordRead(QStringLiteral("c"), 1);
-        QCOMPARE(nextName(), QStringLiteral("c"));
-        QCOMPARE(names(PLC_driver.readList), QStringLiteral("c a b"));
+        PLC_driver.readList << wordRead("a", 2) << wordRead("b", 2) << wordRead("c", 1);
+        QCOMPARE(nextName(), QString("c"));
+        QCOMPARE(names(PLC_driver.readList), QString("c a b"));
     }
 
     void cyclicListOfDisabledStationsTurnsOnceAndYieldsNothing()
     {
         EnCommStation(2, 0);
         EnCommStation(3, 0);
-        PLC_driver.readList << wordRead(QStringLiteral("a"), 2) << wordRead(QStringLiteral("b"), 3)
-                            << wordRead(QStringLiteral("c"), 2);
+        PLC_driver.readList << wordRead("a", 2) << wordRead("b", 3) << wordRead("c", 2);
         PLC_driver.writeBurst = 3;
         PLC_driver.onceReadBurst = 4;
         for (int poll = 0; poll < 3; ++poll) {
             QVERIFY(ComCommunication() == nullptr);
-            QCOMPARE(names(PLC_driver.readList), QStringLiteral("a b c"));
+            QCOMPARE(names(PLC_driver.readList), QString("a b c"));
         }
         QCOMPARE(PLC_driver.lastKind, 0);
         QCOMPARE(PLC_driver.writeBurst, 3);
@@ -198,10 +189,10 @@ private Q_SLOTS:
     void stationSwitchedOnAgainIsPolledAgain()
     {
         EnCommStation(1, 0);
-        PLC_driver.readList.append(wordRead(QStringLiteral("a"), 1));
-        QCOMPARE(nextName(), QStringLiteral("-"));
+        PLC_driver.readList.append(wordRead("a", 1));
+        QCOMPARE(nextName(), QString("-"));
         EnCommStation(-1, 0);
-        QCOMPARE(nextName(), QStringLiteral("a"));
+        QCOMPARE(nextName(), QString("a"));
     }
 };
 

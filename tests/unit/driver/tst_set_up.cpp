@@ -22,6 +22,7 @@ ComInfo numberedWords()
 }
 
 } // namespace
+Q_DECLARE_METATYPE(QList<int>)
 
 class SetUpTest : public QObject
 {

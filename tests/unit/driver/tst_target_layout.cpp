@@ -28,13 +28,10 @@ bool isAligned(const void *address, quintptr bytes)
     return reinterpret_cast<quintptr>(address) % bytes == 0;
 }
 
-} // namespace
+// The row of slots is that of a 32-bit processor.
+const bool HAS_SLOTS = sizeof(void *) == 4;
 
-#define SKIP_UNLESS_32_BIT()                                                                       \
-    do {                                                                                           \
-        if (sizeof(void *) != 4)                                                                   \
-            QSKIP("the row of slots is that of a 32-bit processor");                               \
-    } while (false)
+} // namespace
 
 class TargetLayoutTest : public QObject
 {
@@ -64,7 +61,8 @@ private Q_SLOTS:
 
     void variableIsFifteenSlots()
     {
-        SKIP_UNLESS_32_BIT();
+        if (!HAS_SLOTS)
+            QSKIP("the row of slots is that of a 32-bit processor", SkipSingle);
         QCOMPARE(int(sizeof(RW_VAR)), 60);
         RW_VAR var;
         qint32 *const words[] = {&var.ownerId, &var.ownerSubId, &var.rwKind,    &var.reserved3,
@@ -82,7 +80,8 @@ private Q_SLOTS:
 
     void frameIsTwentyThreeSlots()
     {
-        SKIP_UNLESS_32_BIT();
+        if (!HAS_SLOTS)
+            QSKIP("the row of slots is that of a 32-bit processor", SkipSingle);
         QCOMPARE(int(sizeof(Protocol)), 92);
         Protocol frame;
         frame.frameLength = 101;
@@ -101,7 +100,8 @@ private Q_SLOTS:
 
     void cachedValueIsFourSlots()
     {
-        SKIP_UNLESS_32_BIT();
+        if (!HAS_SLOTS)
+            QSKIP("the row of slots is that of a 32-bit processor", SkipSingle);
         QCOMPARE(int(sizeof(EXTENDVAR)), 16);
         EXTENDVAR value = {100, 101, 102, QByteArray()};
         for (const int slot : {0, 1, 2})

@@ -1,5 +1,6 @@
 // Hexadecimal digits, both ways.
 #include "protocol/frame_codec.h"
+#include "tests/support/row_names.h"
 
 #include <QtTest>
 
@@ -27,7 +28,7 @@ void TestFrameCodec::valueBecomesItsDigit_data()
     QTest::addColumn<char>("digit");
     const char digits[] = "0123456789ABCDEF";
     for (int value = 0; value < 16; ++value)
-        QTest::addRow("%d", value) << value << digits[value];
+        formattedRow("%d", value) << value << digits[value];
 }
 
 void TestFrameCodec::valueBecomesItsDigit()

@@ -4,6 +4,7 @@
 #include "tests/support/callback_log.h"
 #include "tests/support/driver_fixture.h"
 #include "tests/support/frame_requests.h"
+#include "tests/support/row_names.h"
 
 #include <QtTest>
 
@@ -42,7 +43,7 @@ void addTextColumns()
 
 void addText(const char *text, const char *frame)
 {
-    QTest::addRow("%s", text) << QByteArray(text) << QByteArray(frame);
+    QTest::newRow(text) << QByteArray(text) << QByteArray(frame);
 }
 
 using Builder = void (*)(RW_VAR *);
@@ -143,7 +144,7 @@ void TestReadFrames::readOfCTakesItsHighNibbleFromTheHost_data()
     QTest::addColumn<quint16>("word");
     QTest::addColumn<QByteArray>("frame");
     const auto row = [](const char *text, int word, const char *frame) {
-        QTest::addRow("%s with word 0x%04X", text, static_cast<unsigned>(word))
+        formattedRow("%s with word 0x%04X", text, static_cast<unsigned>(word))
             << QByteArray(text) << static_cast<quint16>(word) << QByteArray(frame);
     };
     row("7.9.0.4", 0x0013, "05 30 31 30 37 33 30 0D");
@@ -186,8 +187,7 @@ void TestReadFrames::readOfCLooksAtTheLocalWordAtEveryBuild()
     ReadRegister(&var);
     words[50000] = 0x000A;
     ReadRegister(&var);
-    QCOMPARE(pendingHex(), (QStringList{QStringLiteral("05 30 31 30 37 33 30 0D"),
-                                        QStringLiteral("05 30 31 30 37 41 30 0D")}));
+    QCOMPARE(pendingHex(), QStringList({"05 30 31 30 37 33 30 0D", "05 30 31 30 37 41 30 0D"}));
 }
 
 void TestReadFrames::localWordsMayLieAtAnOddAddress()
@@ -209,8 +209,7 @@ void TestReadFrames::readsOfXAndDIgnoreTheLocalWords()
     ReadRegister(&x);
     RW_VAR d = readOf(AREA_D, "5.2.1");
     ReadRegister(&d);
-    QCOMPARE(pendingHex(), (QStringList{QStringLiteral("05 30 31 30 35 32 38 0D"),
-                                        QStringLiteral("05 30 31 30 35 32 38 0D")}));
+    QCOMPARE(pendingHex(), QStringList({"05 30 31 30 35 32 38 0D", "05 30 31 30 35 32 38 0D"}));
 }
 
 void TestReadFrames::stationIsSentByItsLowEightBits_data()
@@ -262,7 +261,7 @@ void TestReadFrames::recordTellsWhereTheReplyHasItsData()
     std::vector<quint16> words = localWords(2);
     LW = words.data();
     markWords(info);
-    RW_VAR var = distinctRequest(areaType, QStringLiteral("5.2.1.6"));
+    RW_VAR var = distinctRequest(areaType, "5.2.1.6");
     const QString before = slotsOf(var);
     {
         const AllMutexesHeld held; // as builders run under the caller's locks
@@ -291,7 +290,7 @@ void TestReadFrames::unknownAreaBuildsNothing()
 {
     QFETCH(int, areaType);
     markWords(info);
-    RW_VAR var = distinctRequest(areaType, QStringLiteral("5.2.1.6"));
+    RW_VAR var = distinctRequest(areaType, "5.2.1.6");
     const QString before = slotsOf(var);
     ReadRegister(&var);
     QVERIFY(PLC_driver.pendingFrames.isEmpty());
@@ -318,18 +317,17 @@ void TestReadFrames::readsQueueInCallOrder()
     ReadRegister(&first);
     info.framesReceived = 9;
     ReadRegister(&second);
-    QCOMPARE(pendingHex(), (QStringList{QStringLiteral("05 30 31 30 31 32 30 0D"),
-                                        QStringLiteral("05 30 31 30 33 34 30 0D")}));
+    QCOMPARE(pendingHex(), QStringList({"05 30 31 30 31 32 30 0D", "05 30 31 30 33 34 30 0D"}));
     QCOMPARE(info.framesExpected, 1);
     QCOMPARE(info.framesReceived, 0);
 }
 
 void TestReadFrames::recordKeepsItsOwnCopy()
 {
-    RW_VAR var = distinctRequest(AREA_D, QStringLiteral("5.2.1"));
+    RW_VAR var = distinctRequest(AREA_D, "5.2.1");
     const QString before = slotsOf(var);
     ReadRegister(&var);
-    var.addressText = QStringLiteral("9.9.9");
+    var.addressText = "9.9.9";
     var.name.append(QLatin1Char('!'));
     var.data[0] = 'x';
     QCOMPARE(slotsOf(PLC_driver.pendingFrames.first().var), before);
@@ -340,7 +338,7 @@ void TestReadFrames::requestListsAndCacheStayUntouched()
     callbackLog() = CallbackLog();
     PLC_driver.ownerNotify = &logOwnerNotify;
     PLC_driver.onceReadDone = &logOnceReadDone;
-    RW_VAR var = distinctRequest(AREA_D, QStringLiteral("5.2.1"));
+    RW_VAR var = distinctRequest(AREA_D, "5.2.1");
     PLC_driver.readList.append(var);
     ReadRegister(&var);
     QCOMPARE(PLC_driver.readList.size(), 1);

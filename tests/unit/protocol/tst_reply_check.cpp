@@ -3,6 +3,7 @@
 
 #include "tests/support/driver_fixture.h"
 #include "tests/support/frame_requests.h"
+#include "tests/support/row_names.h"
 
 #include <QtTest>
 
@@ -14,7 +15,7 @@ void queueHead(int rwKind)
 {
     Protocol frame;
     frame.expectedReplyLength = 8;
-    frame.var = distinctRequest(AREA_D, QStringLiteral("5.2.1"));
+    frame.var = distinctRequest(AREA_D, "5.2.1");
     frame.var.rwKind = rwKind;
     PLC_driver.pendingFrames.append(frame);
 }
@@ -53,7 +54,7 @@ void TestReplyCheck::judgesByLastAndFirstByte_data()
     QTest::addColumn<int>("received");
     QTest::addColumn<bool>("good");
     const auto row = [](const char *hex, int received, bool good) {
-        QTest::addRow("%s, %d received", hex, received) << bytes(hex) << received << good;
+        formattedRow("%s, %d received", hex, received) << bytes(hex) << received << good;
     };
     row("06 30 31 31 32 41 42 0D", 8, true);
     row("06 30 31 31 32 41 42 0A", 8, false);

@@ -4,6 +4,7 @@
 #include "tests/support/awaited_reply.h"
 #include "tests/support/driver_fixture.h"
 #include "tests/support/frame_requests.h"
+#include "tests/support/row_names.h"
 
 #include <QtTest>
 
@@ -17,7 +18,7 @@ void addReplyColumns()
 
 void addReply(const char *reply, const char *value)
 {
-    QTest::addRow("reply %s", reply) << bytes(reply) << QByteArray(value);
+    formattedRow("reply %s", reply) << bytes(reply) << QByteArray(value);
 }
 } // namespace
 
@@ -247,7 +248,7 @@ void TestReplyDecoding::headFrameReplyAndHostBlockStayAsTheyWere()
 {
     markWords(info);
     Protocol &head = awaitReply(AREA_C);
-    head.var = distinctRequest(AREA_C, QStringLiteral("7.9.0.4"));
+    head.var = distinctRequest(AREA_C, "7.9.0.4");
     const QString variable = slotsOf(head.var);
     const QString fields = fieldsOf(head);
     QByteArray reply = bytes("06 30 31 31 32 33 34 41 42 0D");

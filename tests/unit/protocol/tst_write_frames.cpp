@@ -4,6 +4,7 @@
 #include "tests/support/callback_log.h"
 #include "tests/support/driver_fixture.h"
 #include "tests/support/frame_requests.h"
+#include "tests/support/row_names.h"
 
 #include <QtTest>
 
@@ -35,8 +36,7 @@ void addColumns()
 
 void addWrite(const char *text, const char *data, const char *frame)
 {
-    QTest::addRow("%s value %s", text, data)
-        << QByteArray(text) << bytes(data) << QByteArray(frame);
+    formattedRow("%s value %s", text, data) << QByteArray(text) << bytes(data) << QByteArray(frame);
 }
 
 using Builder = void (*)(RW_VAR *);
@@ -213,8 +213,8 @@ void TestWriteFrames::localWordsPlayNoPart()
     RW_VAR var = writeOf("3.4.0", bytes("34 12"));
     WriteAnalog_X(&var);
     WriteAnalog_D(&var);
-    QCOMPARE(pendingHex(), (QStringList{QStringLiteral("05 30 31 30 33 34 31 33 34 0D"),
-                                        QStringLiteral("05 30 31 30 33 34 31 31 32 33 34 0D")}));
+    QCOMPARE(pendingHex(),
+             QStringList({"05 30 31 30 33 34 31 33 34 0D", "05 30 31 30 33 34 31 31 32 33 34 0D"}));
 }
 
 void TestWriteFrames::recordExpectsAnAcknowledgement_data()
@@ -222,9 +222,9 @@ void TestWriteFrames::recordExpectsAnAcknowledgement_data()
     QTest::addColumn<Builder>("builder");
     QTest::addColumn<QString>("text");
     QTest::addColumn<int>("length");
-    QTest::newRow("X") << &WriteAnalog_X << QStringLiteral("3.4.0") << 10;
-    QTest::newRow("D") << &WriteAnalog_D << QStringLiteral("3.4.0") << 12;
-    QTest::newRow("D without a value") << &WriteAnalog_D << QStringLiteral("18.1.0") << 8;
+    QTest::newRow("X") << &WriteAnalog_X << QString("3.4.0") << 10;
+    QTest::newRow("D") << &WriteAnalog_D << QString("3.4.0") << 12;
+    QTest::newRow("D without a value") << &WriteAnalog_D << QString("18.1.0") << 8;
 }
 
 void TestWriteFrames::recordExpectsAnAcknowledgement()
@@ -255,15 +255,15 @@ void TestWriteFrames::writesQueueInCallOrder()
     WriteAnalog_X(&first);
     info.framesReceived = 9;
     WriteAnalog_D(&second);
-    QCOMPARE(pendingHex(), (QStringList{QStringLiteral("05 30 31 30 31 32 31 46 46 0D"),
-                                        QStringLiteral("05 30 31 30 33 34 31 31 32 33 34 0D")}));
+    QCOMPARE(pendingHex(),
+             QStringList({"05 30 31 30 31 32 31 46 46 0D", "05 30 31 30 33 34 31 31 32 33 34 0D"}));
     QCOMPARE(info.framesExpected, 1);
     QCOMPARE(info.framesReceived, 0);
 }
 
 void TestWriteFrames::recordKeepsItsOwnCopy()
 {
-    RW_VAR var = distinctRequest(AREA_D, QStringLiteral("3.4.0"));
+    RW_VAR var = distinctRequest(AREA_D, "3.4.0");
     const QString before = slotsOf(var);
     WriteAnalog_D(&var);
     var.data[0] = 'x';
@@ -275,7 +275,7 @@ void TestWriteFrames::buildersNeitherNotifyNorStore()
 {
     callbackLog() = CallbackLog();
     PLC_driver.ownerNotify = &logOwnerNotify;
-    RW_VAR var = distinctRequest(AREA_D, QStringLiteral("3.4.0"));
+    RW_VAR var = distinctRequest(AREA_D, "3.4.0");
     WriteAnalog_X(&var);
     WriteAnalog_D(&var);
     QCOMPARE(callbackLog().calls, QStringList());

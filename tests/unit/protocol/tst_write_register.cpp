@@ -138,7 +138,7 @@ void TestWriteRegister::callbackGetsTheOwnerAndFlagOne()
     RW_VAR var = writeOf(AREA_D, "3.4.0", "34 12");
     var.ownerId = ownerId;
     WriteRegister(&var);
-    QCOMPARE(callbackLog().calls, QStringList{QStringLiteral("notify %1 1 0").arg(ownerId)});
+    QCOMPARE(callbackLog().calls, QStringList(QString("notify %1 1 0").arg(ownerId)));
 }
 
 void TestWriteRegister::callbackRunsBetweenFrameAndCache()
@@ -271,7 +271,7 @@ void TestWriteRegister::afterAFailedExchangeTheCacheStays()
 
 void TestWriteRegister::requestIsNotModified()
 {
-    RW_VAR var = distinctRequest(AREA_D, QStringLiteral("3.4.0"));
+    RW_VAR var = distinctRequest(AREA_D, "3.4.0");
     const QString before = slotsOf(var);
     WriteRegister(&var);
     QCOMPARE(slotsOf(var), before);

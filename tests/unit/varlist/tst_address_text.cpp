@@ -3,6 +3,7 @@
 #include "tests/support/driver_fixture.h"
 #include "tests/support/lock_watch.h"
 #include "tests/support/record_text.h"
+#include "tests/support/row_names.h"
 
 #include <QtTest>
 
@@ -27,7 +28,7 @@ void addRows(std::initializer_list<Row> rows)
     QTest::addColumn<QString>("text");
     QTest::addColumn<int>("address");
     for (const Row &row : rows)
-        QTest::addRow("area %d '%s'", row.area, row.text)
+        formattedRow("area %d '%s'", row.area, row.text)
             << row.area << QString::fromUtf8(row.text) << row.address;
 }
 
@@ -223,18 +224,16 @@ private Q_SLOTS:
 
     void anEmbeddedNulIsABadDigit()
     {
-        const QString text = QStringLiteral("1") + QChar(0) + QStringLiteral(".2.3");
+        const QString text = QString("1") + QChar(0) + ".2.3";
         QCOMPARE(StringAddressToInt(AREA_X, text), plainAddress(AREA_X, text));
-        QCOMPARE(StringAddressToInt(AREA_C, QString(QChar(0)) + QStringLiteral(".1.1.5")), 245);
+        QCOMPARE(StringAddressToInt(AREA_C, QString(QChar(0)) + ".1.1.5"), 245);
     }
 
     void aVeryLongTextIsHarmless()
     {
         QCOMPARE(StringAddressToInt(AREA_X, QString(200000, QLatin1Char('.'))), 0);
         QCOMPARE(StringAddressToInt(AREA_X, QString(200000, QLatin1Char('9'))), 0);
-        QCOMPARE(
-            StringAddressToInt(AREA_X, QString(200000, QLatin1Char('0')) + QStringLiteral("1.0.0")),
-            32);
+        QCOMPARE(StringAddressToInt(AREA_X, QString(200000, QLatin1Char('0')) + "1.0.0"), 32);
     }
 
     void bothFunctionsAgreeWithThePlainConversionOnRandomTexts()
@@ -246,7 +245,7 @@ private Q_SLOTS:
             const int expected = plainAddress(area, text);
             const bool same = StringAddressToInt(area, text) == expected &&
                               PLCAddressChangeIntef(area, text) == expected;
-            QVERIFY2(same, qPrintable(QStringLiteral("area %1 text '%2' hex %3")
+            QVERIFY2(same, qPrintable(QString("area %1 text '%2' hex %3")
                                           .arg(area)
                                           .arg(text, QString::fromLatin1(text.toUtf8().toHex()))));
         }
@@ -258,8 +257,8 @@ private Q_SLOTS:
         PLC_driver.readList.append(filledRecord());
         {
             const AllLocksHeld held;
-            QCOMPARE(StringAddressToInt(AREA_X, QStringLiteral("1.2.3")), 39);
-            QCOMPARE(PLCAddressChangeIntef(AREA_C, QStringLiteral("9.1.1.5")), 245);
+            QCOMPARE(StringAddressToInt(AREA_X, QString("1.2.3")), 39);
+            QCOMPARE(PLCAddressChangeIntef(AREA_C, QString("9.1.1.5")), 245);
         }
         QCOMPARE(recordTexts(PLC_driver.readList), QStringList(recordText(filledRecord())));
         QCOMPARE(wordsOf(m_info), wordsOf(ComInfo()));

@@ -187,7 +187,8 @@ private Q_SLOTS:
         QCOMPARE(AddListOnceReadVar(&first, 0), 1);
         QCOMPARE(AddListOnceReadVar(&other, 0), 2);
         QCOMPARE(AddListOnceReadVar(&second, 0), matches ? 2 : 3);
-        QCOMPARE(queuedReads().mid(0, 2), QStringList({recordText(first), recordText(other)}));
+        QCOMPARE(QStringList(queuedReads().mid(0, 2)),
+                 QStringList({recordText(first), recordText(other)}));
         if (!matches)
             QCOMPARE(queuedReads().last(), recordText(second));
     }
@@ -205,7 +206,7 @@ private Q_SLOTS:
         RW_VAR second = readOf(AREA_C, "0.2.1.66");
         QCOMPARE(AddListOnceReadVar(&first, 0), 1);
         QCOMPARE(AddListOnceReadVar(&second, 0), 1);
-        QCOMPARE(PLC_driver.onceReadList.first().addressText, QStringLiteral("0.2.1.7"));
+        QCOMPARE(PLC_driver.onceReadList.first().addressText, QString("0.2.1.7"));
         QCOMPARE(second.address, 400);
     }
 
@@ -227,10 +228,10 @@ private Q_SLOTS:
         QCOMPARE(AddListOnceReadVar(&fresh, 2), LIMIT);
         RW_VAR another = readOf(AREA_D, "2.2.2");
         QCOMPARE(AddListOnceReadVar(&another, -1), LIMIT);
-        QCOMPARE(PLC_driver.onceReadList.last().addressText, QStringLiteral("1.1.1"));
+        QCOMPARE(PLC_driver.onceReadList.last().addressText, QString("1.1.1"));
         QCOMPARE(another.address, 70); // amended all the same
         QCOMPARE(AddListOnceReadVar(&another, 1), LIMIT + 1);
-        QCOMPARE(PLC_driver.onceReadList.last().addressText, QStringLiteral("2.2.2"));
+        QCOMPARE(PLC_driver.onceReadList.last().addressText, QString("2.2.2"));
         RW_VAR queued = readOf(AREA_D, "0.0.0");
         queued.ownerId = 0;
         QCOMPARE(AddListOnceReadVar(&queued, 0), LIMIT + 1);

@@ -25,7 +25,7 @@ QStringList listed()
 {
     QStringList all;
     for (const RW_VAR &var : PLC_driver.readList) {
-        all.append(QStringLiteral("%1/%2/%3*%4:%5")
+        all.append(QString("%1/%2/%3*%4:%5")
                        .arg(var.areaType)
                        .arg(var.station)
                        .arg(var.address)
@@ -94,8 +94,8 @@ private Q_SLOTS:
         expected.reserved3 = 3;
         expected.plcNo = 9;
         expected.result = 0;
-        expected.name = QStringLiteral("level");
-        expected.addressText = QStringLiteral("1.2.3");
+        expected.name = "level";
+        expected.addressText = "1.2.3";
         expected.areaType = AREA_D;
         expected.address = 39;
         expected.station = 200;
@@ -172,7 +172,7 @@ private Q_SLOTS:
                           hostVar(1, 1, "0.2.1", "third")}),
                  1);
         QCOMPARE(listed(), QStringList("1/1/5*1:third"));
-        QCOMPARE(PLC_driver.readList.first().addressText, QStringLiteral("0.2.1"));
+        QCOMPARE(PLC_driver.readList.first().addressText, QString("0.2.1"));
     }
 
     void equalAddressesOfDifferentGroupsAreKept()
@@ -210,7 +210,7 @@ private Q_SLOTS:
         QCOMPARE(rebuild({hostVar(2, 1, "0.1.1.5", "five"), hostVar(2, 1, "0.1.1.60", "sixty")}),
                  1);
         QCOMPARE(listed(), QStringList("2/1/240*70:sixty"));
-        QCOMPARE(PLC_driver.readList.first().addressText, QStringLiteral("0.1.1.60"));
+        QCOMPARE(PLC_driver.readList.first().addressText, QString("0.1.1.60"));
     }
 
     void blocksRiseByTheirFirstElement()
@@ -283,8 +283,8 @@ private Q_SLOTS:
         QCOMPARE(int(PLC_driver.errorFlag), 1);
         QCOMPARE(PLC_driver.writeBurst, 3);
         QCOMPARE(vars.size(), 2);
-        QCOMPARE(vars.first().addressText, QStringLiteral("0.1.1.5"));
-        QCOMPARE(vars.first().name, QStringLiteral("n"));
+        QCOMPARE(vars.first().addressText, QString("0.1.1.5"));
+        QCOMPARE(vars.first().name, QString("n"));
     }
 
     void theRebuildRunsUnderTheListMutexAlone()

@@ -31,7 +31,7 @@ int randomPart(std::mt19937 &random, QString &text)
 {
     const int draw = int(random() % 20);
     if (draw == 0) {
-        text = QStringLiteral("x");
+        text = "x";
         return 0;
     }
     if (draw == 1) {
@@ -58,7 +58,7 @@ Variable randomVariable(std::mt19937 &random)
         variable.parts[i] = randomPart(random, text);
         texts.append(text);
     }
-    variable.text = texts.join(QLatin1Char('.'));
+    variable.text = texts.join(".");
     variable.name = QString::number(random() % 1000000);
     return variable;
 }

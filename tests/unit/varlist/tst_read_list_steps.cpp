@@ -23,11 +23,12 @@ QStringList addressed(const QList<RW_VAR> &list)
 {
     QStringList all;
     for (const RW_VAR &var : list)
-        all.append(QStringLiteral("%1:%2").arg(var.address).arg(var.name));
+        all.append(QString("%1:%2").arg(var.address).arg(var.name));
     return all;
 }
 
 } // namespace
+Q_DECLARE_METATYPE(QList<int>)
 
 class tst_read_list_steps : public QObject
 {

@@ -99,7 +99,7 @@ private Q_SLOTS:
         again.address = 2;
         again.count = 111;
         again.ownerId = -9;
-        again.name = QStringLiteral("newer");
+        again.name = "newer";
         again.data = bytes("12 34 56");
         QCOMPARE(AddListWriteVar(&again, 0), 3);
         QCOMPARE(queuedWrites(),
