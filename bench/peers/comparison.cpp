@@ -24,10 +24,12 @@ Comparison rowsAt(int baud, const ComparisonSettings &settings)
                        row("floor", baud, settings)};
     rows.last().title += QStringLiteral(" again");
     if (baud > 0) {
-        ComparisonRow silent = row("libmodbus", baud, settings);
-        silent.settings.rtuSilences = true;
-        silent.title += QStringLiteral(" with silences");
-        rows.insert(3, silent);
+        for (const char *const name : {"libmodbus", "qt"}) {
+            ComparisonRow silent = row(name, baud, settings);
+            silent.settings.rtuSilences = true;
+            silent.title += QStringLiteral(", slave with silences");
+            rows.insert(rows.size() - 1, silent);
+        }
     }
     return rows;
 }
@@ -40,7 +42,9 @@ bool runComparison(const ComparisonSettings &settings, Comparison *comparison, Q
     for (const int baud : settings.speeds) {
         Comparison rows = rowsAt(baud, settings);
         for (int round = 0; round < settings.rounds; ++round) {
-            for (ComparisonRow &entry : rows) {
+            // Whoever comes first, or behind whom, changes from round to round.
+            for (int turn = 0; turn < rows.size(); ++turn) {
+                ComparisonRow &entry = rows[(round + turn) % rows.size()];
                 TrialResult result;
                 if (!runTrial(entry.settings, &result, error))
                     return false;

@@ -3,11 +3,9 @@
 //   kvt_peers compare [OPTION...]             every master at every speed, in turn
 //     --speeds LIST  baud rates, 0 for a line that runs free; 0,9600,38400,115200
 //     --rounds N     of every master at every speed; 5
-//     --seconds S    for each; 1
+//     --seconds S    for each, up to 200; 1
 //     --csv FILE     writes the figures of every round there
-//   kvt_peers once MASTER COUNT [COMMAND...]  COUNT transactions at full speed, the master run
-//   under
-//                                             COMMAND
+//   kvt_peers once MASTER COUNT [COMMAND...]  COUNT transactions at full speed, run by COMMAND
 // It starts itself as "kvt_peers master ..." and "kvt_peers slave ...".
 #include "bench/peers/comparison.h"
 
@@ -21,6 +19,8 @@ namespace
 {
 
 using namespace kvt;
+
+const qint64 LONGEST_RUN_ns = 200000000000; // well before a run counts as hung
 
 int usage()
 {
@@ -36,12 +36,17 @@ int failed(const QString &error)
     return 1;
 }
 
-QVector<int> numbers(const QString &text)
+// False when a word is no number.
+bool readNumbers(const QString &text, QVector<int> *numbers)
 {
-    QVector<int> result;
-    for (const QString &word : text.split(QLatin1Char(',')))
-        result.append(word.toInt());
-    return result;
+    numbers->clear();
+    for (const QString &word : text.split(QLatin1Char(','))) {
+        bool isNumber = false;
+        numbers->append(word.toInt(&isNumber));
+        if (!isNumber || numbers->last() < 0)
+            return false;
+    }
+    return true;
 }
 
 // False when the options make no sense.
@@ -57,10 +62,10 @@ bool readOptions(QCommandLineParser *parser, const QStringList &arguments,
                         {QStringLiteral("csv"), QString(), QStringLiteral("file")}});
     if (!parser->parse(arguments) || parser->positionalArguments().size() != 1)
         return false;
-    settings->speeds = numbers(parser->value(speeds));
     settings->rounds = parser->value(rounds).toInt();
     settings->run_ns = static_cast<qint64>(1e9 * parser->value(time).toDouble());
-    return settings->rounds > 0 && settings->run_ns > 0;
+    return readNumbers(parser->value(speeds), &settings->speeds) && settings->rounds > 0 &&
+           settings->run_ns > 0 && settings->run_ns <= LONGEST_RUN_ns;
 }
 
 int compare(const QStringList &arguments)

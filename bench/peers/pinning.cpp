@@ -1,5 +1,6 @@
 #include "bench/peers/pinning.h"
 
+#include <cstdio>
 #include <sched.h>
 
 namespace kvt
@@ -20,6 +21,7 @@ bool pinTo(Core core)
         CPU_SET(number, &chosen);
         return sched_setaffinity(0, sizeof chosen, &chosen) == 0;
     }
+    std::fputs("kvt_peers: master and slave need a processor core each\n", stderr);
     return false;
 }
 

@@ -28,18 +28,24 @@ double medianOf(const ComparisonRow &row, Figure figure)
     return median(values);
 }
 
-double medianRatio(const ComparisonRow &row, const ComparisonRow &base, Figure figure)
+QString number(double value, int decimals)
+{
+    return QString::number(value, 'f', decimals);
+}
+
+// The median of the ratios of the rounds, the least and the greatest.
+QString ratio(const ComparisonRow &row, const ComparisonRow &base, Figure figure, int decimals)
 {
     QVector<double> ratios;
     for (int i = 0; i < row.rounds.size(); ++i)
         if (base.rounds.at(i).*figure > 0)
             ratios.append(row.rounds.at(i).*figure / base.rounds.at(i).*figure);
-    return median(ratios);
-}
-
-QString number(double value, int decimals)
-{
-    return QString::number(value, 'f', decimals);
+    if (ratios.isEmpty())
+        return QString();
+    std::sort(ratios.begin(), ratios.end());
+    return QStringLiteral("%1 (%2 to %3)")
+        .arg(number(median(ratios), decimals), number(ratios.first(), decimals),
+             number(ratios.last(), decimals));
 }
 
 QString pair(const ComparisonRow &row, Figure first, Figure second)
@@ -55,11 +61,10 @@ QString markdownRow(const ComparisonRow &row, const ComparisonRow &floor)
     const QStringList cells = {
         row.title, number(medianOf(row, &TrialResult::perSecond), paced ? 1 : 0),
         // A reply in RTU is one byte shorter, so that on a paced line only shares can be compared.
-        paced ? QString() : number(medianRatio(row, floor, &TrialResult::perSecond), 3),
+        paced ? QString() : ratio(row, floor, &TrialResult::perSecond, 3),
         paced ? share : QString(),
-        paced ? number(medianRatio(row, floor, &TrialResult::lineShare), 3) : QString(),
-        number(medianOf(row, &TrialResult::cpu_us), 2),
-        number(medianRatio(row, floor, &TrialResult::cpu_us), 2),
+        paced ? ratio(row, floor, &TrialResult::lineShare, 3) : QString(),
+        number(medianOf(row, &TrialResult::cpu_us), 2), ratio(row, floor, &TrialResult::cpu_us, 2),
         pair(row, &TrialResult::period_p50_us, &TrialResult::period_p99_us),
         pair(row, &TrialResult::gap_p50_us, &TrialResult::gap_p99_us)};
     return QStringLiteral("| %1 |\n").arg(cells.join(QStringLiteral(" | ")));
