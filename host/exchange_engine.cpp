@@ -65,7 +65,11 @@ void ExchangeEngine::sent(qint64 at_ns)
         settings_.tap->bytesSent(request_.frame);
     state_ = State::Waiting;
     sentAt_ns_ = at_ns;
-    deadline_ns_ = at_ns + settings_.replyTimeout_ns(request_.station, request_.expectedLength);
+    // A line without a pace takes the request at once and may still be sending it.
+    const qint64 sending_ns =
+        settings_.paced ? 0 : request_.frame.size() * settings_.characterTime_ns;
+    deadline_ns_ =
+        at_ns + sending_ns + settings_.replyTimeout_ns(request_.station, request_.expectedLength);
     if (disturbed_)
         endAttempt(at_ns, AttemptEnd::Disturbed, false, 0);
     else if (request_.expectedLength == 0)

@@ -72,7 +72,8 @@ inline const QByteArray REPLY("\x06"
 
 /// Loads the driver for itself, hands it cyclic variables and puts an engine on it. One character
 /// takes 1 ms, a station answers within 50 ms, the interface holds nothing back: the time-out of
-/// an eight-byte reply is 58 ms, the silence after a failure as long, a gap in a reply 4 ms.
+/// an eight-byte reply is 58 ms, the silence after a failure as long, a gap in a reply 4 ms. The
+/// line has no pace unless the settings give it one, so a request is allowed its 8 ms besides.
 class EngineBench
 {
 public:

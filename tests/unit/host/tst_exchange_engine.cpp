@@ -26,6 +26,7 @@ private Q_SLOTS:
     void carriageReturnEndsNothingInRemoteMode();
     void noReplyEndsAtTheTimeout();
     void theTimeoutOfABlockCountsItsLength();
+    void aLineWithoutAPaceMayStillBeSendingTheRequest();
     void aReplyThatHasBegunIsNotCutOffAtTheTimeout();
     void aGapInsideAReplyEndsIt();
     void aReplyWithoutCarriageReturnFails();
@@ -132,6 +133,7 @@ void TestExchangeEngine::carriageReturnEndsNothingInRemoteMode()
 void TestExchangeEngine::noReplyEndsAtTheTimeout()
 {
     EngineBench bench(TWO_WORDS, 0);
+    bench.settings.paced = true;
     bench.bringUp();
     bench.send();
     QCOMPARE(bench.left_ms(), 58);
@@ -148,9 +150,21 @@ void TestExchangeEngine::noReplyEndsAtTheTimeout()
 void TestExchangeEngine::theTimeoutOfABlockCountsItsLength()
 {
     EngineBench bench({{AREA_C, 1, "7.0.1.4"}});
+    bench.settings.paced = true;
     bench.bringUp();
     bench.send();
     QCOMPARE(bench.left_ms(), 50 + 144);
+}
+
+void TestExchangeEngine::aLineWithoutAPaceMayStillBeSendingTheRequest()
+{
+    EngineBench bench(TWO_WORDS, 0);
+    bench.bringUp();
+    bench.send();
+    QCOMPARE(bench.left_ms(), 8 + 58);
+    bench.receive(8 + 57, REPLY);
+    QCOMPARE(bench.log.ended.size(), 1);
+    QCOMPARE(bench.log.ended[0].resultCode, 1);
 }
 
 void TestExchangeEngine::aReplyThatHasBegunIsNotCutOffAtTheTimeout()
@@ -230,6 +244,7 @@ void TestExchangeEngine::aStationCanHaveTimingOfItsOwn()
     slow.replyTimeout_ns = 700 * EngineBench::MS;
     slow.quietTime_ns = 300 * EngineBench::MS;
     bench.settings.stations.insert(2, slow);
+    bench.settings.paced = true;
     bench.bringUp();
     bench.send();
     QCOMPARE(bench.left_ms(), 58);
@@ -277,6 +292,7 @@ void TestExchangeEngine::anyLengthEndsAtAGap()
 {
     EngineBench bench(TWO_WORDS, 0);
     bench.library.api().ComCommunication()->expectedReplyLength = -1;
+    bench.settings.paced = true;
     bench.bringUp();
     bench.send();
     QCOMPARE(bench.left_ms(), 50);
@@ -346,6 +362,7 @@ void TestExchangeEngine::sixWritesInARowLeaveWithoutAPause()
 void TestExchangeEngine::callsBeforeTheDeadlineChangeNothing()
 {
     EngineBench bench(TWO_WORDS);
+    bench.settings.paced = true;
     bench.bringUp();
     bench.engine->deadlineReached(bench.now_ns);
     bench.send();
@@ -360,6 +377,7 @@ void TestExchangeEngine::callsBeforeTheDeadlineChangeNothing()
 void TestExchangeEngine::sentMayBeToldInAdvance()
 {
     EngineBench bench(TWO_WORDS);
+    bench.settings.paced = true;
     bench.bringUp();
     bench.take();
     const qint64 leaves_ns = bench.now_ns + 8 * EngineBench::MS;
