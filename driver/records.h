@@ -75,7 +75,8 @@ struct ComInfo {
     qint32 hostWord3;
     qint32 hostWord4;
     qint32 hostWord5;
-    qint32 defaultStation; ///< read: station of once-reads and writes while `purgeByStation` is 0
+    qint32 defaultStation; ///< read: while `purgeByStation` is 0, station of what SetRegisterData
+                           ///< sends or caches and of once-reads queued with a mode other than 1
     qint32 retryLimit;     ///< read: extra attempts allowed per frame
     qint32 retryCount;     ///< written: failed attempts of the current frame; success keeps it
     qint32 purgeByStation; ///< read: 0 purges all queued requests after a final failure, else
@@ -106,9 +107,10 @@ struct HOST_VAR {
 /// driver's list mutex held: it must not call an entry point that takes that mutex.
 typedef int (*OnceReadDone)(int portTag, int ownerId, int ownerSubId, int status);
 
-/// Called for every write frame built and for every request that has failed for good, always with
-/// flag 1 and an empty list, which the driver destroys unread. Runs on the polling thread with the
-/// driver's list mutex held: it must not call an entry point that takes that mutex.
+/// Called for every write frame built on the ASCII link (not with `remoteMode`) and for every
+/// request that has failed for good, always with flag 1 and an empty list, which the driver
+/// destroys unread. Runs on the polling thread with the driver's list mutex held: it must not call
+/// an entry point that takes that mutex.
 typedef void (*OwnerNotify)(QList<RW_VAR> *out, int ownerId, int flag);
 
 #define KVT_ASSERT_WORD(field, index)                                                              \

@@ -1,4 +1,4 @@
-// A whole host: a thread that polls one word, a program that writes it and waits for its return.
+// A whole host: a thread that polls two words, a program that writes one and waits for both.
 // The port must be set up already, e.g. by "stty -F /dev/ttyUSB0 raw -echo 38400".
 #include "driver/entry_points.h"
 
@@ -14,8 +14,11 @@
 namespace
 {
 
-const int REPLY_ms = 500; // from the last byte sent, or from the byte before
-const int QUIET_ms = 200; // after a time-out; longer than a late reply takes to end
+// A station may take REPLY_ms to begin its reply, and to go on with it. QUIET_ms must not be less:
+// behind an attempt that failed at once, the true reply may have all of that time before it.
+const int REPLY_ms = 500;
+const int QUIET_ms = REPLY_ms;
+const int GAP_ms = 5; // before each request; longer than a character takes on the line
 const auto PAUSE = std::chrono::milliseconds(10);
 
 // The driver's functions that this host needs.
@@ -72,29 +75,31 @@ QByteArray exchange(int port, const Protocol &request)
 {
     QByteArray reply;
     char byte = 0;
-    discard(port, 0); // it cannot be the reply to what has not been sent
+    discard(port, GAP_ms); // it cannot be the reply to what has not been sent
     if (write(port, request.frame.constData(), request.frameLength) != request.frameLength)
         return reply;
     while (reply.size() < request.expectedReplyLength && !reply.endsWith('\r')) {
-        if (!arrives(port, REPLY_ms, byte)) {
-            discard(port, QUIET_ms);
+        if (!arrives(port, REPLY_ms, byte))
             return QByteArray();
-        }
         reply.append(byte);
     }
     return reply;
+}
+
+bool isSuccess(const RW_VAR &outcome)
+{
+    return outcome.result == 1 || outcome.result == 100;
 }
 
 void judge(const RW_VAR &outcome)
 {
     if (outcome.result == 0)
         return; // the same frame comes again
-    const bool good = outcome.result == 1 || outcome.result == 100;
-    if (good)
+    if (isSuccess(outcome))
         info.retryCount = 0; // the next frame has all its attempts
     if (outcome.rwKind == RW_WRITE)
         writeResult = outcome.result;
-    else if (good)
+    else if (isSuccess(outcome))
         ++readsDone;
     else
         readFailure = outcome.result;
@@ -102,6 +107,8 @@ void judge(const RW_VAR &outcome)
 
 void pollLine(const Driver &driver, int port)
 {
+    bool repeated = false;
+    discard(port, QUIET_ms); // replies to whoever had the line before
     while (!stopping) {
         const Protocol *request = driver.comCommunication();
         if (request == nullptr) {
@@ -109,23 +116,35 @@ void pollLine(const Driver &driver, int port)
             continue;
         }
         QByteArray reply = exchange(port, *request);
-        judge(*driver.dataCom(&reply, reply.size()));
+        const RW_VAR &outcome = *driver.dataCom(&reply, reply.size());
+        // The true reply may still come; after a repetition, this may have been that to the first.
+        if (!isSuccess(outcome) || repeated)
+            discard(port, QUIET_ms);
+        repeated = !isSuccess(outcome);
+        judge(outcome);
     }
 }
 
+int valueOf(const Driver &driver, const HOST_VAR &tag)
+{
+    QByteArray value;
+    driver.getRegisterData(tag.name, tag.areaType, tag.addressText, tag.station, value, 1);
+    return static_cast<quint8>(value.at(0)) + 256 * static_cast<quint8>(value.at(1));
+}
+
 // A host that shows values would run its screens here.
-void runScreens(const Driver &driver, const HOST_VAR &tag)
+void runScreens(const Driver &driver, const HOST_VAR &first, const HOST_VAR &second)
 {
     QByteArray value("\x34\x12", 2); // low byte first
-    driver.setRegisterData(tag.name, tag.areaType, tag.addressText, tag.station, value, 1, 0, 0);
+    driver.setRegisterData(first.name, first.areaType, first.addressText, first.station, value, 1,
+                           0, 0);
     while (writeResult == 0 && readFailure == 0)
         std::this_thread::sleep_for(PAUSE);
     const int before = readsDone;
-    while (readsDone < before + 2 && readFailure == 0) // the first may have been under way
+    while (readsDone < before + 2 && readFailure == 0) // one of each, by turns
         std::this_thread::sleep_for(PAUSE);
-    driver.getRegisterData(QString(), tag.areaType, tag.addressText, tag.station, value, 1);
-    printf("write %d, read failure %d, value %d\n", writeResult.load(), readFailure.load(),
-           static_cast<quint8>(value.at(0)) + 256 * static_cast<quint8>(value.at(1)));
+    printf("write %d, read failure %d, values %d and %d\n", writeResult.load(), readFailure.load(),
+           valueOf(driver, first), valueOf(driver, second));
 }
 
 HOST_VAR word(int station, const char *addressText)
@@ -148,9 +167,11 @@ int main(int argc, char **argv)
         fputs("usage: polling_host path/to/libKVT.so.1 PORT\n", stderr);
         return 2;
     }
-    const HOST_VAR tag = word(1, "5.2.1");
+    const HOST_VAR first = word(1, "5.2.1");
+    const HOST_VAR second = word(1, "3.4.0");
     QList<HOST_VAR> variables;
-    variables.append(tag);
+    variables.append(first);
+    variables.append(second);
     info.retryLimit = 2;
     info.purgeByStation = 1;
     info.hostWriteMode = 2; // SetRegisterData sends to the PLC
@@ -159,7 +180,7 @@ int main(int argc, char **argv)
     driver.reCreatReadVarList(&variables);
 
     std::thread polling(pollLine, driver, port);
-    runScreens(driver, tag);
+    runScreens(driver, first, second);
     stopping = true;
     polling.join(); // nothing may be under way when the library goes
     dlclose(library);
