@@ -5,10 +5,12 @@
 #include <cerrno>
 #include <fcntl.h>
 #include <linux/serial.h>
+#include <sys/file.h>
 #include <sys/ioctl.h>
 #include <sys/stat.h>
 #include <sys/sysmacros.h>
 #include <termios.h>
+#include <unistd.h>
 
 #include <utility>
 
@@ -89,6 +91,29 @@ bool isPseudoTerminal(int descriptor)
     return major(status.st_rdev) >= FIRST_MAJOR && major(status.st_rdev) <= LAST_MAJOR;
 }
 
+// Keeps others out until the descriptor is closed. The lock holds against programs that look for
+// one, the mark against all others. A pseudo-terminal is not marked: its other end would keep the
+// mark when this program is killed.
+bool takeForItself(int descriptor)
+{
+    if (isatty(descriptor) != 1 || flock(descriptor, LOCK_EX | LOCK_NB) != 0)
+        return false;
+    return isPseudoTerminal(descriptor) || ioctl(descriptor, TIOCEXCL) == 0;
+}
+
+QString openingError()
+{
+    switch (errno) {
+    case ENOTTY:
+        return QStringLiteral("not a serial port");
+    case EBUSY:
+    case EWOULDBLOCK:
+        return QStringLiteral("in use by another program");
+    default:
+        return systemError();
+    }
+}
+
 } // namespace
 
 QString SerialSettings::error() const
@@ -120,8 +145,9 @@ Opening SerialLine::open(QString *error)
     const QByteArray path = QFile::encodeName(settings_.path);
     const int descriptor = ::open(path.constData(), O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC);
     setDescriptor(descriptor);
-    if (descriptor < 0 || !configure(descriptor, settings_)) {
-        *error = errno == ENOTTY ? QStringLiteral("not a serial port") : systemError();
+    // Taken first: the speed of a line in use must stay as it is.
+    if (descriptor < 0 || !takeForItself(descriptor) || !configure(descriptor, settings_)) {
+        *error = openingError();
         close();
         return Opening::Failed;
     }

@@ -38,6 +38,9 @@ struct SerialSettings {
 /// A serial port, driven through its descriptor alone: a request's reply must wake up the thread
 /// that sends the next one with nothing in between, which an event loop would put there.
 ///
+/// While open, the port is this line's alone: nothing in a reply shows which of two programs had
+/// asked. Opening a port that another line or program has for itself fails and leaves it as it is.
+///
 /// The port is raw before its first byte. Low latency is asked for and not insisted on, for not
 /// every adapter has it.
 class SerialLine final : public Line

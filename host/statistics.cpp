@@ -38,9 +38,10 @@ Outcome outcomeOf(int resultCode)
     return Outcome::Unknown;
 }
 
-quint64 StationStatistics::refusals() const
+quint64 StationStatistics::failuresAt(AttemptEnd end) const
 {
-    return std::accumulate(refused.begin(), refused.end(), quint64{0});
+    const std::array<quint64, OUTCOMES> &counts = failures.at(indexOf(end));
+    return std::accumulate(counts.begin(), counts.end(), quint64{0});
 }
 
 void StationStatistics::add(const Attempt &attempt)
@@ -51,16 +52,16 @@ void StationStatistics::add(const Attempt &attempt)
         ++retries;
     if (attempt.doubtful)
         ++doubtfulReplies;
-    if (attempt.isSuccess())
+    if (attempt.isSuccess() && attempt.number == 1)
         replyTime.add(attempt.endedAt_ns - attempt.sentAt_ns);
     if (!attempt.isFinal())
         return;
     ++exchanges;
     const size_t outcome = indexOf(outcomeOf(attempt.resultCode));
     ++outcomes.at(outcome);
-    if (attempt.end == AttemptEnd::Refused)
-        ++refused.at(outcome);
-    if (attempt.isSuccess() && attempt.number > 1)
+    if (!attempt.isSuccess())
+        ++failures.at(indexOf(attempt.end)).at(outcome);
+    else if (attempt.number > 1)
         ++recoveries;
 }
 

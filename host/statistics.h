@@ -40,17 +40,21 @@ struct StationStatistics {
     quint64 retries = 0;                         ///< attempts beyond the first at their request
     quint64 recoveries = 0;                      ///< requests that succeeded at a later attempt
     std::array<quint64, OUTCOMES> outcomes = {}; ///< of exchanges, by Outcome
-    std::array<quint64, OUTCOMES> refused = {};  ///< those of `outcomes` that ended in a refusal
     std::array<quint64, ATTEMPT_ENDS> attemptEnds = {}; ///< of attempts, by AttemptEnd
+    /// Failed exchanges, by how the last attempt ended and by Outcome. The driver knows neither
+    /// refusals nor what was kept from it, and has only its nearest class for these.
+    std::array<std::array<quint64, OUTCOMES>, ATTEMPT_ENDS> failures = {};
     quint64 doubtfulReplies = 0; ///< replies that do not look like one to their request
     quint64 staleBytes = 0;      ///< dropped: before a request was out, or behind a reply
     quint64 lateBytes = 0;       ///< dropped: in the silence after a failed attempt
     quint64 echoBytes = 0;       ///< dropped: the host's own request
     quint64 stateChanges = 0;    ///< times switched off or on again
-    Histogram replyTime;         ///< of good replies: last byte sent to last byte received
+    /// Of good replies to first attempts, last byte sent to last byte received. A reply to a later
+    /// attempt may answer an earlier one, so that nothing is known of its time.
+    Histogram replyTime;
 
-    /// Requests that the station has refused.
-    quint64 refusals() const;
+    /// Failed exchanges whose last attempt ended in that way.
+    quint64 failuresAt(AttemptEnd end) const;
 
     void add(const Attempt &attempt);
     void addDropped(DroppedBytes kind, int count);

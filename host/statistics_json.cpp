@@ -65,7 +65,7 @@ QJsonObject stationToJson(const StationStatistics &station)
         {QStringLiteral("retries"), number(station.retries)},
         {QStringLiteral("recoveries"), number(station.recoveries)},
         {QStringLiteral("outcomes"), counts(station.outcomes, OUTCOME_NAMES)},
-        {QStringLiteral("refusals"), number(station.refusals())},
+        {QStringLiteral("refusals"), number(station.failuresAt(AttemptEnd::Refused))},
         {QStringLiteral("attemptEnds"), counts(station.attemptEnds, ATTEMPT_END_NAMES)},
         {QStringLiteral("doubtfulReplies"), number(station.doubtfulReplies)},
         {QStringLiteral("staleBytes"), number(station.staleBytes)},

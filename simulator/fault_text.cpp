@@ -110,6 +110,14 @@ QString readTimes(const RuleText &parts, FaultRule *rule)
     return QString();
 }
 
+QString unknownName()
+{
+    QStringList names;
+    for (int i = 0; i < FAULT_KINDS; ++i)
+        names.append(QLatin1String(faultName(static_cast<FaultKind>(i))));
+    return QStringLiteral("names no fault that is known (%1)").arg(names.join(QLatin1String(", ")));
+}
+
 /// Returns what is wrong with a rule; empty when all is well.
 QString readRule(const QString &text, FaultRule *rule)
 {
@@ -117,9 +125,9 @@ QString readRule(const QString &text, FaultRule *rule)
     if (!split(text, &parts))
         return QStringLiteral("is not of the form name=when[:duration[~jitter]][@station]");
     if (!readName(parts.name, rule))
-        return QStringLiteral("names no fault that is known");
+        return unknownName();
     if (!readWhen(parts.when, rule))
-        return QStringLiteral("does not say when (0.5%, every100 or 5-20)");
+        return QStringLiteral("does not say when (0.5%, every100, 7 or 5-20)");
     if (!parts.station.isEmpty()) {
         const qint64 station = readCount(parts.station);
         if (station < 0 || station > 255)

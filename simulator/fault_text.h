@@ -7,6 +7,7 @@
 //   when      0.5%      with that probability at each exchange, at most seven decimals
 //             every100  at every hundredth exchange
 //             5-20      at the exchanges with these numbers, counted from 1
+//             7         at that one alone
 //   duration  80ms, 2s, 300us; delay and late must have one, and may have a jitter; silence and
 //             break may have one (one second without); the other faults have none
 //

@@ -11,6 +11,11 @@ namespace
 
 const int ELEMENTS_PER_BLOCK = 70;
 
+// The command without a value goes out as a read of one of these cells would.
+const int COMMAND_BYTE = 18;
+const int COMMAND_18_1_0 = 0x11;
+const int COMMAND_18_1_1 = 0x19;
+
 /// Reads a part of plain decimal digits; -1 when it is anything else. Numbers too large for any
 /// part come back as 99999.
 int parsePart(const QString &text)
@@ -49,6 +54,16 @@ QString rangeErrors(Area area, const QStringList &parts, const TagAddress &addre
     return QString();
 }
 
+/// Says which command a read of the address would set off; empty when it is a mere read.
+QString commandError(const TagAddress &address)
+{
+    if (address.a != COMMAND_BYTE || (address.c != COMMAND_18_1_0 && address.c != COMMAND_18_1_1))
+        return QString();
+    return QStringLiteral("a read of it is on the line the command D 18.1.%1, which the PLC would "
+                          "carry out")
+        .arg(address.c == COMMAND_18_1_0 ? 0 : 1);
+}
+
 } // namespace
 
 QString parseTagAddress(Area area, const QString &text, TagAddress *address)
@@ -66,7 +81,13 @@ QString parseTagAddress(Area area, const QString &text, TagAddress *address)
                 .arg(QString::number(i + 1), text);
     }
     *address = TagAddress{values[0], values[1], values[2], values[3]};
-    return rangeErrors(area, parts, *address);
+    const QString error = rangeErrors(area, parts, *address);
+    return error.isEmpty() ? commandError(*address) : error;
+}
+
+bool isCommand(Area area, const QString &text)
+{
+    return area == Area::D && text.startsWith(QLatin1String("18.1."));
 }
 
 quint8 readAddressByte(const TagAddress &address)

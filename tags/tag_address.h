@@ -18,8 +18,12 @@ struct TagAddress {
 };
 
 /// Reads `text` as an address of `area`. Returns an empty text and fills `*address`, or says what
-/// is wrong with it.
+/// is wrong with it. An address whose read would set off a command is wrong as well.
 QString parseTagAddress(Area area, const QString &text, TagAddress *address);
+
+/// True when a write to this address, which must be good, is a command that carries no value. The
+/// driver goes by the text as it stands: 018.1.0 is an ordinary write.
+bool isCommand(Area area, const QString &text);
 
 /// Returns the address byte with which a read asks for the value (in C: for its block).
 quint8 readAddressByte(const TagAddress &address);

@@ -22,19 +22,25 @@ int frameKey(int length, int station, int command, int addressByte)
 }
 
 /// Only the length tells the write of a byte from that of a word. The command without a value is
-/// as long as a read.
+/// as long as a read; no address is good whose read looks like it.
 int writeKey(const Tag &tag, const TagAddress &address)
 {
     if (tag.area == Area::C)
         return NOT_WRITTEN;
-    const bool noValue = tag.area == Area::D && tag.address.startsWith(QLatin1String("18.1."));
-    const int length = noValue ? 8 : tag.area == Area::X ? 10 : 12;
+    const int length = isCommand(tag.area, tag.address) ? 8 : tag.area == Area::X ? 10 : 12;
     return frameKey(length, tag.station, address.a, writeAddressByte(address));
 }
 
 int readKey(const Tag &tag, const TagAddress &address)
 {
     return frameKey(8, tag.station, address.a, readAddressByte(address));
+}
+
+/// How the driver numbers the addresses of an area.
+QString numberRule(Area area)
+{
+    return area == Area::C ? QStringLiteral("b*160 + c*80 without a and d, in area C")
+                           : QStringLiteral("a*32 + b*2 + c, in area ") + areaName(area);
 }
 
 } // namespace
@@ -45,14 +51,23 @@ bool TagConflicts::sameCell(const Request &one, const Request &other)
            one.readByte == other.readByte;
 }
 
+QString TagConflicts::entryConflict(const Request &earlier, const Request &request)
+{
+    const QString text =
+        QStringLiteral("would replace tag \"%1\" in the driver's read list: both have the same "
+                       "number (%2")
+            .arg(earlier.name, numberRule(request.area));
+    if (earlier.area == request.area)
+        return text + QLatin1Char(')');
+    return text + QStringLiteral("; station 255 of an area counts as station 0 of the next)");
+}
+
 QString TagConflicts::conflictOf(const Request &request, int entry, int written) const
 {
     const int read = frameKey(8, request.station, request.command, request.readByte);
     const auto sameEntry = byEntry_.constFind(entry);
     if (sameEntry != byEntry_.constEnd() && !sameCell(*sameEntry, request))
-        return QStringLiteral(
-                   "would replace tag \"%1\" in the read list: both have the same number")
-            .arg(sameEntry->name);
+        return entryConflict(*sameEntry, request);
     const auto sameRead = byRead_.constFind(read);
     if (sameRead != byRead_.constEnd() && sameRead->area != request.area)
         return QStringLiteral("is read with the same frame as tag \"%1\" of area %2")
@@ -60,14 +75,6 @@ QString TagConflicts::conflictOf(const Request &request, int entry, int written)
     const auto sameWrite = byWrite_.constFind(written);
     if (sameWrite != byWrite_.constEnd() && !sameCell(*sameWrite, request))
         return QStringLiteral("is written with the same frame as tag \"%1\"").arg(sameWrite->name);
-    const auto readAsWritten = byRead_.constFind(written);
-    if (readAsWritten != byRead_.constEnd())
-        return QStringLiteral("sends as its command the frame that reads tag \"%1\"")
-            .arg(readAsWritten->name);
-    const auto writtenAsRead = byWrite_.constFind(read);
-    if (writtenAsRead != byWrite_.constEnd())
-        return QStringLiteral("is read with the frame that tag \"%1\" sends as its command")
-            .arg(writtenAsRead->name);
     return QString();
 }
 

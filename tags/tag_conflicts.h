@@ -29,6 +29,7 @@ private:
     };
 
     static bool sameCell(const Request &one, const Request &other);
+    static QString entryConflict(const Request &earlier, const Request &request);
     QString conflictOf(const Request &request, int entry, int written) const;
 
     QHash<int, Request> byEntry_; ///< by what the driver's read list tells entries apart

@@ -140,6 +140,7 @@ bool ListReader::readHeader(const CsvRow &row)
                                    QStringLiteral("column \"%1\" is missing from the header")
                                        .arg(columnName(column))});
     }
+    result_.addressColumn = fieldOf_[ADDRESS] + 1;
     return result_.errors.isEmpty();
 }
 
@@ -252,8 +253,10 @@ void ListReader::readRow(const CsvRow &row)
         if (!conflict.isEmpty())
             fail(ADDRESS, conflict);
     }
-    if (result_.errors.size() == errorsBefore)
+    if (result_.errors.size() == errorsBefore) {
         result_.tags.append(tag);
+        result_.lines.append(row.line);
+    }
 }
 
 // Names the column of a malformed row, if the header could be read.
@@ -309,6 +312,30 @@ TagListResult loadTagList(const QString &path)
     result.errors.append(
         {0, 0, QString(), QStringLiteral("cannot be read: %1").arg(file.errorString())});
     return result;
+}
+
+QVector<TagError> pollErrors(const TagListResult &list)
+{
+    QVector<TagError> errors;
+    int first = -1; // the first tag of area C
+    int firstPart = 0;
+    for (int i = 0; i < list.tags.size(); ++i) {
+        const Tag &tag = list.tags.at(i);
+        TagAddress address;
+        if (tag.area != Area::C || !parseTagAddress(tag.area, tag.address, &address).isEmpty())
+            continue;
+        if (first < 0) {
+            first = i;
+            firstPart = address.b;
+        } else if (address.b != firstPart) {
+            errors.append({list.lines.at(i), list.addressColumn, columnName(ADDRESS),
+                           QStringLiteral("field 2 is %1, but %2 in tag \"%3\": all tags of area "
+                                          "C that are polled together must have the same")
+                               .arg(QString::number(address.b), QString::number(firstPart),
+                                    list.tags.at(first).name)});
+        }
+    }
+    return errors;
 }
 
 QByteArray formatTagList(const QVector<Tag> &tags)

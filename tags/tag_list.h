@@ -28,6 +28,8 @@ struct TagError {
 struct TagListResult {
     QVector<Tag> tags;
     QVector<TagError> errors; ///< in the order of the file; empty when all is well
+    QVector<int> lines;       ///< of each tag in the file, from 1
+    int addressColumn = 0;    ///< number of the field that has the address, from 1
 };
 
 /// Reads the tag list in the file `path`. A file that cannot be read is an error of its own.
@@ -35,6 +37,10 @@ TagListResult loadTagList(const QString &path);
 
 /// Reads a tag list from the bytes of a file.
 TagListResult parseTagList(const QByteArray &csv);
+
+/// What keeps the tags of a list without errors from being polled together: the driver reads all
+/// of area C with one second part of the address.
+QVector<TagError> pollErrors(const TagListResult &list);
 
 /// Returns the bytes of a tag list file, lines ended by LF. Reading them gives equal tags back.
 QByteArray formatTagList(const QVector<Tag> &tags);

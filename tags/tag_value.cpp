@@ -64,6 +64,12 @@ QString boolDigit(const QString &text)
     return text;
 }
 
+QString notAValue(ValueType type, const QString &text)
+{
+    const QString error = QStringLiteral("\"%1\" is not a %2 value").arg(text, typeName(type));
+    return boolDigit(text) == text ? error : error + QStringLiteral(" but one of type bool");
+}
+
 bool isNumber(const QString &text, int base)
 {
     const int first = base == 10 && text.startsWith(QLatin1Char('-')) ? 1 : 0;
@@ -102,14 +108,15 @@ ParsedValue parseValue(Area area, ValueType type, const QString &text)
     QString digits = text.trimmed();
     if (digits.isEmpty())
         return failure(QStringLiteral("a value is missing"));
-    const int base = type == ValueType::Hex ? 16 : 10;
-    if (base == 16 && digits.startsWith(QLatin1String("0x"), Qt::CaseInsensitive))
+    const bool hasPrefix =
+        type != ValueType::Bool && digits.startsWith(QLatin1String("0x"), Qt::CaseInsensitive);
+    const int base = type == ValueType::Hex || hasPrefix ? 16 : 10;
+    if (hasPrefix)
         digits = digits.mid(2);
     if (type == ValueType::Bool)
         digits = boolDigit(digits);
     if (!isNumber(digits, base))
-        return failure(
-            QStringLiteral("\"%1\" is not a %2 value").arg(text.trimmed(), typeName(type)));
+        return failure(notAValue(type, text.trimmed()));
     bool fits = false;
     const int value = digits.toInt(&fits, base);
     const Range range = rangeOf(area, type);

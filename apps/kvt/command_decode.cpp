@@ -37,6 +37,16 @@ bool readFrame(const QString &text, QByteArray *frame)
     return frame->size() <= LONGEST_FRAME;
 }
 
+// Says why a word is none of what can be decoded.
+QString frameError(const QString &text)
+{
+    static const QRegularExpression digits(QStringLiteral("\\A[0-9A-Fa-f :]+\\z"));
+    if (digits.match(text).hasMatch() && text.size() <= 2 * LONGEST_FRAME)
+        return QStringLiteral("half a byte is missing: each has two hexadecimal digits");
+    return QStringLiteral("no frame of 1 to %1 bytes in hexadecimal, nor a file")
+        .arg(LONGEST_FRAME);
+}
+
 // Words of two digits each are the bytes of one frame that was not quoted.
 QStringList frameTexts(const QStringList &words)
 {
@@ -55,10 +65,7 @@ public:
     {
         QByteArray frame;
         if (!readFrame(text, &frame)) {
-            printError(QStringLiteral("decode: \"%1\" is no frame of 1 to %2 bytes in hexadecimal, "
-                                      "nor a file")
-                           .arg(text.left(60))
-                           .arg(LONGEST_FRAME));
+            printError(QStringLiteral("decode: \"%1\": %2").arg(text.left(60), frameError(text)));
             return false;
         }
         const FrameExplanation explanation = explainFrame(frame, request_, options_.tags);
@@ -88,11 +95,18 @@ int decodeInput(const DecodeOptions &options)
     QFile input;
     if (!input.open(stdin, QIODevice::ReadOnly))
         return EXIT_USAGE;
+    bool any = false;
     for (QByteArray line = input.readLine(LONGEST_LINE); !line.isEmpty() && !outputFailed();
-         line = input.readLine(LONGEST_LINE))
-        if (!line.trimmed().isEmpty() && !decoder.decode(QString::fromLatin1(line).trimmed()))
+         line = input.readLine(LONGEST_LINE)) {
+        if (line.trimmed().isEmpty())
+            continue;
+        if (!decoder.decode(QString::fromLatin1(line).trimmed()))
             return EXIT_USAGE;
-    return EXIT_GOOD;
+        any = true;
+    }
+    if (!any)
+        printError(QStringLiteral("decode: there is no frame on standard input"));
+    return any ? EXIT_GOOD : EXIT_USAGE;
 }
 
 int decodeTrace(const QString &path, const DecodeOptions &options)

@@ -11,23 +11,31 @@ namespace kvt
 namespace
 {
 
-// Reads all codes before anything is printed.
-bool readCodes(const QStringList &words, QVector<CodeExplanation> *codes)
+// False, with a message, when the word is no code.
+bool readCode(const QString &word, CodeExplanation *code)
 {
+    bool isNumber = false;
+    *code = explainCode(word.toInt(&isNumber));
+    if (isNumber && code->isKnown)
+        return true;
+    printError(QStringLiteral("explain: \"%1\" is no result code; those are 0, 1, 100, 200 and "
+                              "11-22, 41-52, 71-82, 111-122, 141-152, 171-182")
+                   .arg(word));
+    return false;
+}
+
+// One wrong word does not take the explanations of the others away.
+int explainWords(const QStringList &words, bool json)
+{
+    int exitCode = EXIT_GOOD;
     for (const QString &word : words) {
-        bool isNumber = false;
-        const CodeExplanation explanation = explainCode(word.toInt(&isNumber));
-        if (!isNumber || !explanation.isKnown) {
-            printError(QStringLiteral("explain: \"%1\" is no result code; those are 0, 1, 100, 200 "
-                                      "and 11-22, 41-52, 71-82, 111-122, 141-152, 171-182")
-                           .arg(word));
-            return false;
-        }
-        codes->append(explanation);
+        CodeExplanation code;
+        if (readCode(word, &code))
+            printOut(json ? jsonLine(codeToJson(code)) : codeText(code));
+        else
+            exitCode = EXIT_USAGE;
     }
-    if (codes->isEmpty())
-        printError(QStringLiteral("explain: no code is given, see kvt explain --help"));
-    return !codes->isEmpty();
+    return exitCode;
 }
 
 } // namespace
@@ -45,13 +53,12 @@ int runExplain(const QStringList &arguments)
     int exitCode = EXIT_GOOD;
     if (parseOptions(&parser, QStringLiteral("explain"), arguments, &exitCode))
         return exitCode;
-    QVector<CodeExplanation> codes;
-    if (!readCodes(parser.positionalArguments(), &codes))
+    const QStringList words = parser.positionalArguments();
+    if (words.isEmpty()) {
+        printError(QStringLiteral("explain: no code is given, see kvt explain --help"));
         return EXIT_USAGE;
-    for (const CodeExplanation &code : codes)
-        printOut(parser.isSet(QStringLiteral("json")) ? jsonLine(codeToJson(code))
-                                                      : codeText(code));
-    return EXIT_GOOD;
+    }
+    return explainWords(words, parser.isSet(QStringLiteral("json")));
 }
 
 } // namespace kvt

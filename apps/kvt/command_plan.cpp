@@ -54,7 +54,7 @@ void addOptions(QCommandLineParser *parser)
                        QStringLiteral("N"), QStringLiteral("0")});
     parser->addOption({ASKED,
                        QStringLiteral("Scan time that is asked for, in milliseconds, 1 to 3600000 "
-                                      "(default: none)."),
+                                      "(default: none). The exit status is 1 if it cannot be had."),
                        QStringLiteral("MS")});
     parser->addOption({JSON, QStringLiteral("Print a JSON object.")});
 }
@@ -116,7 +116,7 @@ int runPlan(const QStringList &arguments)
         return EXIT_USAGE;
     makePlans(tags, &report);
     printOut(parser.isSet(JSON) ? jsonLine(planToJson(report)) : planText(report));
-    return EXIT_GOOD;
+    return report.asked_ms > 0 && !isAchievable(report) ? EXIT_NO_ANSWER : EXIT_GOOD;
 }
 
 } // namespace kvt

@@ -58,6 +58,7 @@ private:
     int judge(const QVector<CellValue> &values) const;
     qint64 limitingCharacterTime_ns() const;
     void summarize() const;
+    void reportDoubtfulReplies() const;
 
     PollOptions options_;
     QVector<Tag> tags_;
@@ -117,6 +118,7 @@ int Poll::conclude()
     link_.poller()->stop();
     const QVector<CellValue> values = show();
     summarize();
+    reportDoubtfulReplies();
     return judge(values);
 }
 
@@ -155,6 +157,16 @@ void Poll::summarize() const
                  statisticsText(statistics, now_ns, limitingCharacterTime_ns()));
 }
 
+void Poll::reportDoubtfulReplies() const
+{
+    const quint64 count = link_.poller()->statistics().total.doubtfulReplies;
+    if (count == 0 || options_.line.replyChecking != ReplyChecking::Count)
+        return;
+    printError(QStringLiteral("%1 replies do not look like the station's own and were taken all "
+                              "the same: --reply-check refuse drops such replies")
+                   .arg(count));
+}
+
 void addOptions(QCommandLineParser *parser)
 {
     addLineOptions(parser);
@@ -173,7 +185,8 @@ void addOptions(QCommandLineParser *parser)
     parser->addOption({QStringLiteral("interval"),
                        QStringLiteral("Time from one output to the next, in milliseconds, 20 to "
                                       "3600000 (default: 500). The poll itself is as fast as the "
-                                      "line."),
+                                      "line; what changes and changes back between two outputs "
+                                      "is not seen, in a pipe either."),
                        QStringLiteral("MS"), QStringLiteral("500")});
     parser->addOption({QStringLiteral("stale"),
                        QStringLiteral("Age at which a value is no longer good but stale, in "

@@ -30,9 +30,8 @@ QJsonObject readToJson(const Tag &tag, const RequestOutcome &outcome)
 void printRead(const Tag &tag, const RequestOutcome &outcome)
 {
     if (outcome.good)
-        printOut(
-            QStringLiteral("%1: %2, %3\n")
-                .arg(placeText(tag), rawText(tag, outcome.raw), timeText(outcome.replyTime_ns)));
+        printOut(QStringLiteral("%1: %2, %3\n")
+                     .arg(placeText(tag), rawText(tag, outcome.raw), replyText(outcome)));
     else
         printError(failureText(tag, outcome));
 }
@@ -54,7 +53,7 @@ int readAll(const LineOptions &options, const QVector<Tag> &tags)
         return exitCode;
     QVector<RequestOutcome> outcomes(tags.size());
     bool complete = exitCode == EXIT_GOOD;
-    for (int tag = 0; tag < tags.size() && complete; ++tag) {
+    for (int tag = 0; tag < tags.size() && complete && !outputFailed(); ++tag) {
         RequestOutcome &outcome = outcomes[tag];
         complete = enquiry.read(tag, &outcome);
         if (!complete)
@@ -63,6 +62,7 @@ int readAll(const LineOptions &options, const QVector<Tag> &tags)
             exitCode = EXIT_NO_ANSWER;
         if (complete && !options.json)
             printRead(tags.at(tag), outcome);
+        reportDoubt(tags.at(tag), outcome);
     }
     if (options.json)
         printJson(tags, outcomes, complete);
@@ -82,7 +82,8 @@ int runRead(const QStringList &arguments)
         QStringLiteral("ADDRESS..."),
         QStringLiteral("Decimal parts a.b.c, in area C a.b.c.d, e.g. 5.2.1. With --tags, names "
                        "of tags in place of area and addresses."));
-    addTargetOptions(&parser);
+    addTargetOptions(&parser,
+                     QStringLiteral("How values are shown: bool, hex, u8 (areas X and C)"));
     addLineOptions(&parser);
     int exitCode = EXIT_GOOD;
     if (parseOptions(&parser, QStringLiteral("read"), arguments, &exitCode))

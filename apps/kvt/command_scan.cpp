@@ -44,7 +44,7 @@ void printStation(const Tag &probe, const RequestOutcome &outcome, bool json)
     } else if (outcome.stationAnswered()) {
         printOut(QStringLiteral("station %1 answers, %2%3\n")
                      .arg(probe.station)
-                     .arg(timeText(outcome.replyTime_ns),
+                     .arg(replyText(outcome),
                           outcome.good ? QString() : QStringLiteral(" (refuses the address)")));
     } else if (outcome.end != AttemptEnd::NoReply) {
         printOut(QStringLiteral("station %1: %2\n")
@@ -53,14 +53,24 @@ void printStation(const Tag &probe, const RequestOutcome &outcome, bool json)
     }
 }
 
-void printSummary(int answers, int asked, bool json)
+// `asked` is less than `wanted` if the scan was cut short.
+void printSummary(int answers, int asked, int wanted, bool json)
 {
-    if (json)
-        printOut(jsonLine(
-            {{QStringLiteral("summary"), QJsonObject{{QStringLiteral("asked"), asked},
-                                                     {QStringLiteral("answer"), answers}}}}));
-    else
+    const bool complete = asked == wanted;
+    if (json) {
+        const QJsonObject summary{{QStringLiteral("asked"), asked},
+                                  {QStringLiteral("answer"), answers},
+                                  {QStringLiteral("complete"), complete}};
+        printOut(jsonLine({{QStringLiteral("summary"), summary}}));
+    } else if (complete) {
         printOut(QStringLiteral("%1 of %2 stations answer\n").arg(answers).arg(asked));
+    } else {
+        printOut(QStringLiteral("cut short: %1 of the %2 stations asked so far answer, %3 were not "
+                                "asked\n")
+                     .arg(answers)
+                     .arg(asked)
+                     .arg(wanted - asked));
+    }
 }
 
 int scan(const ScanOptions &options)
@@ -84,8 +94,9 @@ int scan(const ScanOptions &options)
         bar.clear();
         answers += outcome.stationAnswered() ? 1 : 0;
         printStation(tags.at(asked), outcome, options.line.json);
+        reportDoubt(tags.at(asked), outcome);
     }
-    printSummary(answers, asked, options.line.json);
+    printSummary(answers, asked, tags.size(), options.line.json);
     return exitCode == EXIT_GOOD && answers == 0 ? EXIT_NO_ANSWER : exitCode;
 }
 
@@ -98,7 +109,9 @@ bool readRange(const QString &text, ScanOptions *options)
     options->last = match.captured(2).isEmpty() ? options->first : match.captured(2).toInt();
     if (match.hasMatch() && options->first <= options->last && options->last <= 255)
         return true;
-    printError(QStringLiteral("--stations: \"%1\" is not FIRST-LAST within 0 to 255").arg(text));
+    printError(
+        QStringLiteral("--stations: \"%1\" is not FIRST-LAST or one station, within 0 to 255")
+            .arg(text));
     return false;
 }
 
@@ -119,8 +132,9 @@ bool readProbe(const QCommandLineParser &parser, Tag *probe)
 void addOptions(QCommandLineParser *parser)
 {
     parser->addOption({QStringLiteral("stations"),
-                       QStringLiteral("Stations to ask, within 0 to 255 (default: 1-32)."),
-                       QStringLiteral("FIRST-LAST"), QStringLiteral("1-32")});
+                       QStringLiteral("Stations to ask, within 0 to 255, or a single one "
+                                      "(default: 1-32)."),
+                       QStringLiteral("FIRST[-LAST]"), QStringLiteral("1-32")});
     parser->addOption({QStringLiteral("area"),
                        QStringLiteral("Area of the address that is read: X, D or C (default: D)."),
                        QStringLiteral("AREA"), QStringLiteral("D")});

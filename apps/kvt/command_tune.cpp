@@ -59,6 +59,7 @@ Measurement::End runTrials(MeasurementSettings settings, TuneReport *report)
         timeoutsToTry_ms(slowestReply_ns(report->first), report->margin_percent);
     // A reply that comes too late must not be taken for the answer to a later request.
     settings.quiet_ms = timeouts_ms.last();
+    report->quiet_ms = settings.quiet_ms;
     for (const int timeout_ms : timeouts_ms) {
         settings.timeout_ms = timeout_ms;
         const Measurement measurement = measure(settings);

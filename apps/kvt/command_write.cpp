@@ -8,6 +8,7 @@
 #include "apps/kvt/request_report.h"
 #include "apps/kvt/target.h"
 #include "apps/kvt/value_text.h"
+#include "tags/tag_address.h"
 #include "tags/tag_value.h"
 
 #include <QRegularExpression>
@@ -18,36 +19,52 @@ namespace kvt
 namespace
 {
 
-void printWrite(const Tag &tag, const QString &value, const RequestOutcome &outcome)
+QString goodText(const Tag &tag, const QString &value, const RequestOutcome &outcome)
 {
-    if (outcome.good) {
-        printOut(QStringLiteral("%1: %2 acknowledged, %3\n")
-                     .arg(placeText(tag), value, timeText(outcome.replyTime_ns)));
-        return;
-    }
+    const bool command = isCommand(tag.area, tag.address);
+    return QStringLiteral("%1: %2 acknowledged, %3")
+        .arg(placeText(tag), command ? QStringLiteral("command") : value, replyText(outcome));
+}
+
+QString badText(const Tag &tag, const RequestOutcome &outcome)
+{
+    const bool command = isCommand(tag.area, tag.address);
+    const QString object = command ? QStringLiteral("the command") : QStringLiteral("the value");
+    const QString done = command ? QStringLiteral("carried out") : QStringLiteral("taken");
     if (outcome.interrupted) {
-        printError(QStringLiteral("%1: the value %2")
-                       .arg(placeText(tag), outcome.isUncertain()
-                                                ? QStringLiteral("may have been taken")
-                                                : QStringLiteral("was not sent")));
-        return;
+        const QString fate = outcome.isUncertain() ? QStringLiteral("may have been ") + done
+                                                   : QStringLiteral("was not sent");
+        return QStringLiteral("%1: %2 %3").arg(placeText(tag), object, fate);
     }
     QString text = failureText(tag, outcome);
     if (!outcome.asked)
         text += QStringLiteral(", ") + writeReasonText(outcome.write.reason);
     if (outcome.isUncertain())
-        text += QStringLiteral("; whether the value was taken is not known");
-    printError(text);
+        text += QStringLiteral("; whether %1 was %2 is not known").arg(object, done);
+    return text;
 }
 
 void printJson(const Tag &tag, const QString &value, const RequestOutcome &outcome)
 {
     QJsonObject object = outcomeToJson(tag, outcome);
-    object.insert(QStringLiteral("text"), value);
+    if (!isCommand(tag.area, tag.address))
+        object.insert(QStringLiteral("text"), value);
     object.insert(QStringLiteral("state"), writeStateName(outcome.write.state));
     object.insert(QStringLiteral("reason"), writeReasonText(outcome.write.reason));
     object.insert(QStringLiteral("uncertain"), outcome.isUncertain());
     printOut(jsonLine(object));
+}
+
+void report(const Tag &tag, const QString &value, const RequestOutcome &outcome, bool json)
+{
+    const QString verdict = outcome.good ? goodText(tag, value, outcome) : badText(tag, outcome);
+    if (json)
+        printJson(tag, value, outcome);
+    else if (outcome.good)
+        printOut(verdict + QLatin1Char('\n'));
+    // What has become of the value must be known even where standard output takes nothing.
+    if (outputFailed() || (!json && !outcome.good))
+        printError(verdict);
 }
 
 int writeOne(const LineOptions &options, const Tag &tag, const QByteArray &bytes)
@@ -63,11 +80,8 @@ int writeOne(const LineOptions &options, const Tag &tag, const QByteArray &bytes
         exitCode = enquiry.reportStop();
     else if (!outcome.good)
         exitCode = EXIT_NO_ANSWER;
-    const QString value = formatValue(tag.area, tag.type, bytes);
-    if (options.json)
-        printJson(tag, value, outcome);
-    else
-        printWrite(tag, value, outcome);
+    report(tag, formatValue(tag.area, tag.type, bytes), outcome, options.json);
+    reportDoubt(tag, outcome);
     return exitCode;
 }
 
@@ -104,22 +118,30 @@ QStringList withNegativeValueLast(const QStringList &arguments)
     return words + QStringList(QStringLiteral("--")) + values;
 }
 
-// The words ahead of the value name one tag.
-bool readTarget(const QCommandLineParser &parser, Tag *tag)
+// Reads the words ahead of the value, which name one tag, and counts those behind.
+bool readTarget(const QCommandLineParser &parser, Tag *tag, QString *value)
 {
     const bool byName = parser.isSet(QStringLiteral("tags"));
     const QStringList words = parser.positionalArguments();
-    if (words.size() != (byName ? 2 : 3)) {
+    const int before = byName ? 1 : 2;
+    QVector<Tag> tags;
+    if (words.size() >= before && !readTargets(parser, words.mid(0, before), &tags))
+        return false;
+    const bool command = !tags.isEmpty() && isCommand(tags.first().area, tags.first().address);
+    if (command && words.size() > before) {
+        printError(QStringLiteral("%1 is a command, which carries no value: leave \"%2\" out")
+                       .arg(placeText(tags.first()), words.at(before)));
+        return false;
+    }
+    if (!command && words.size() != before + 1) {
         printError(byName ? QStringLiteral("write takes the name of a tag and a value")
                           : QStringLiteral("write takes an area, an address and a value"));
         return false;
     }
-    QVector<Tag> tags;
-    if (!readTargets(parser, words.mid(0, words.size() - 1), &tags))
-        return false;
     *tag = tags.first();
+    *value = command ? QStringLiteral("0") : words.last();
     const bool isTyped = byName || parser.isSet(QStringLiteral("type"));
-    if (!isTyped && tag->area == Area::D && words.last().startsWith(QLatin1Char('-')))
+    if (!isTyped && tag->area == Area::D && value->startsWith(QLatin1Char('-')))
         tag->type = ValueType::S16;
     return true;
 }
@@ -130,8 +152,8 @@ int runWrite(const QStringList &arguments)
 {
     QCommandLineParser parser;
     parser.setApplicationDescription(QStringLiteral(
-        "Writes a value once and says what became of it. The exit status is 0 if the PLC has "
-        "acknowledged it."));
+        "Writes a value, or sends a command without one, once and says what became of it. The exit "
+        "status is 0 if the PLC has acknowledged it."));
     parser.addPositionalArgument(QStringLiteral("AREA"), QStringLiteral("X or D."));
     parser.addPositionalArgument(
         QStringLiteral("ADDRESS"),
@@ -139,17 +161,21 @@ int runWrite(const QStringList &arguments)
                        "of area and address."));
     parser.addPositionalArgument(
         QStringLiteral("VALUE"),
-        QStringLiteral("A decimal number; for bool also true, false, on, off; for hex, digits. A "
-                       "negative number is of type s16 unless another is given."));
-    addTargetOptions(&parser);
+        QStringLiteral("A decimal number, or 0x and hexadecimal digits; for hex these digits with "
+                       "or without 0x, so that 10 means 0x10; for bool 0, 1, true, false, on, off. "
+                       "A negative number is of type s16 unless another is given. D 18.1.0 and D "
+                       "18.1.1 are commands and take no value."),
+        QStringLiteral("[VALUE]"));
+    addTargetOptions(&parser, QStringLiteral("How the value is entered: bool, hex, u8 (area X)"));
     addLineOptions(&parser);
     int exitCode = EXIT_GOOD;
     if (parseOptions(&parser, QStringLiteral("write"), withNegativeValueLast(arguments), &exitCode))
         return exitCode;
     LineOptions options;
     Tag tag;
+    QString value;
     QByteArray bytes;
-    if (!readTarget(parser, &tag) || !readValue(tag, parser.positionalArguments().last(), &bytes) ||
+    if (!readTarget(parser, &tag, &value) || !readValue(tag, value, &bytes) ||
         !readLineOptions(parser, &options))
         return EXIT_USAGE;
     return writeOne(options, tag, bytes);

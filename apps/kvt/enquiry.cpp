@@ -73,8 +73,9 @@ bool Enquiry::finish(RequestOutcome *outcome)
         link_.poller()->stop();
     const std::lock_guard<std::mutex> lock(mutex_);
     *outcome = outcome_;
-    outcome->interrupted = !ended;
-    return ended;
+    outcome->interrupted = !ended && !outcome_.good;
+    outcome->lineLost = outcome->interrupted && !lineError_.isEmpty();
+    return !outcome->interrupted;
 }
 
 // The polling thread wakes the loop up after each change, be it before the loop runs.
@@ -147,6 +148,7 @@ void Enquiry::attemptEnded(const Attempt &attempt)
     outcome_.end = attempt.end;
     outcome_.resultCode = attempt.resultCode;
     outcome_.attempts = attempt.number;
+    outcome_.doubtful = attempt.doubtful;
     outcome_.replyTime_ns = attempt.endedAt_ns - attempt.sentAt_ns;
 }
 

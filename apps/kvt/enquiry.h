@@ -16,10 +16,12 @@ namespace kvt
 struct RequestOutcome {
     bool good = false;
     bool interrupted = false; ///< it was begun, but its end was not waited for
+    bool lineLost = false;    ///< it was the line that cut it short
     bool asked = false;       ///< at least one attempt has ended; else the rest says nothing
     AttemptEnd end = AttemptEnd::NoReply; ///< of the last attempt
     int resultCode = 0;                   ///< of the driver
     int attempts = 0;
+    bool doubtful = false;   ///< the last reply does not look like one to the request
     qint64 replyTime_ns = 0; ///< last attempt: from the request's last byte to the end
     quint16 raw = 0;         ///< the value of a good read
     WriteReport write;       ///< final state of a write

@@ -16,6 +16,7 @@ const QString BAUD = QStringLiteral("baud");
 const QString FORMAT = QStringLiteral("format");
 const QString TIMEOUT = QStringLiteral("timeout");
 const QString RETRIES = QStringLiteral("retries");
+const QString REPLY_CHECK = QStringLiteral("reply-check");
 const QString JSON = QStringLiteral("json");
 const QString TRACE = QStringLiteral("trace");
 
@@ -66,6 +67,20 @@ bool readNumbers(const QCommandLineParser &parser, LineOptions *options)
         !readNumber(parser, TIMEOUT, 1, LONGEST_TIMEOUT_ms, &options->timeout_ms))
         return false;
     return readNumber(parser, RETRIES, 0, MOST_RETRIES, &options->retries);
+}
+
+bool readReplyCheck(const QCommandLineParser &parser, LineOptions *options)
+{
+    // In the order of ReplyChecking.
+    const QStringList words = {QStringLiteral("off"), QStringLiteral("count"),
+                               QStringLiteral("refuse")};
+    const int found = words.indexOf(parser.value(REPLY_CHECK));
+    if (found < 0)
+        printError(QStringLiteral("--reply-check: \"%1\" is not off, count or refuse")
+                       .arg(parser.value(REPLY_CHECK)));
+    else
+        options->replyChecking = static_cast<ReplyChecking>(found);
+    return found >= 0;
 }
 
 } // namespace
@@ -127,11 +142,18 @@ void addLineOptions(QCommandLineParser *parser, int retries, const char *timeout
                                       "60000 (default: %1).")
                            .arg(QLatin1String(timeout)),
                        QStringLiteral("MS")});
-    parser->addOption({RETRIES,
-                       QStringLiteral("Further attempts at a request that failed, 0 to 100 "
-                                      "(default: %1).")
-                           .arg(retries),
-                       QStringLiteral("N"), QString::number(retries)});
+    parser->addOption(
+        {RETRIES,
+         QStringLiteral("Further attempts at a request that failed or was refused, 0 to 100 "
+                        "(default: %1).")
+             .arg(retries),
+         QStringLiteral("N"), QString::number(retries)});
+    parser->addOption(
+        {REPLY_CHECK,
+         QStringLiteral("Replies that do not begin with ACK or NAK and the station's number, or "
+                        "whose data are no digits: off takes them unseen, count takes and counts "
+                        "them, refuse fails the attempt (default: count)."),
+         QStringLiteral("HOW"), QStringLiteral("count")});
     parser->addOption({JSON, QStringLiteral("Print JSON.")});
     parser->addOption(
         {TRACE, QStringLiteral("Record all bytes and verdicts in this file, which is replaced."),
@@ -148,7 +170,8 @@ bool readLineOptions(const QCommandLineParser &parser, LineOptions *options)
     options->json = parser.isSet(JSON);
     options->driver = driverPath(parser);
     options->trace = parser.value(TRACE);
-    if (!readSpeedOptions(parser, &options->serial) || !readNumbers(parser, options))
+    if (!readSpeedOptions(parser, &options->serial) || !readNumbers(parser, options) ||
+        !readReplyCheck(parser, options))
         return false;
     return parser.isSet(TCP) ? readTcp(parser, options) : readSerial(parser, options);
 }
@@ -169,6 +192,7 @@ PollerSettings pollerSettings(const LineOptions &options)
 {
     PollerSettings settings;
     settings.session.retryLimit = options.retries;
+    settings.session.engine.replyChecking = options.replyChecking;
     settings.session.engine.defaultTiming.replyTimeout_ns = milliseconds(options.timeout_ms);
     return settings;
 }

@@ -20,6 +20,7 @@ struct LineOptions {
     TcpSettings tcp;
     int timeout_ms = 0; ///< from a request's last byte to its reply's first; 0: worked out
     int retries = 2;    ///< further attempts at a request
+    ReplyChecking replyChecking = ReplyChecking::Count;
     bool json = false;
     QString driver; ///< path of libKVT.so.1
     QString trace;  ///< file that records the line; empty: none

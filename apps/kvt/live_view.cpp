@@ -35,6 +35,17 @@ QString ageText(const CellValue &value, qint64 now_ns)
     return QStringLiteral("%1 ms").arg(std::max<qint64>(now_ns - value.readAt_ns, 0) / 1000000);
 }
 
+// Stands for the tags that found no room; those that need a look are counted.
+QString moreText(const QVector<CellValue> &values)
+{
+    const auto bad = std::count_if(values.begin(), values.end(), [](const CellValue &value) {
+        return value.quality != Quality::Good;
+    });
+    const QString text = QStringLiteral("... and %1 more").arg(values.size());
+    return bad == 0 ? text + QLatin1Char('\n')
+                    : text + QStringLiteral(", %1 of them not good\n").arg(bad);
+}
+
 QString line(const QStringList &columns)
 {
     return columns.join(QStringLiteral("  ")) + QLatin1Char('\n');
@@ -61,7 +72,7 @@ void LiveView::show(const Snapshot &snapshot, const QString &status)
     for (int i = 0; i < shown; ++i)
         text += row(i, snapshot);
     if (shown < tags_.size())
-        text += QStringLiteral("... and %1 more\n").arg(tags_.size() - shown);
+        text += moreText(snapshot.values.mid(shown));
     drawnLines_ = text.count(QLatin1Char('\n'));
     if (inPlace_) {
         text.replace(QLatin1Char('\n'), CLEAR_TO_END_OF_LINE + QLatin1Char('\n'));

@@ -2,7 +2,6 @@
 
 #include "apps/kvt/console.h"
 #include "apps/kvt/exit_codes.h"
-#include "host/host_session.h"
 #include "tags/tag_list.h"
 
 #include <QCoreApplication>
@@ -54,25 +53,35 @@ bool readNumber(const QCommandLineParser &parser, const QString &option, int lea
     return true;
 }
 
+namespace
+{
+
+void printErrors(const QString &path, const QVector<TagError> &errors)
+{
+    for (const TagError &error : errors)
+        printError(formatTagError(path, error));
+}
+
+} // namespace
+
 bool readTags(const QString &path, QVector<Tag> *tags)
 {
     const TagListResult list = loadTagList(path);
-    for (const TagError &error : list.errors)
-        printError(formatTagError(path, error));
+    printErrors(path, list.errors);
     *tags = list.tags;
     return list.errors.isEmpty();
 }
 
 bool readPollableTags(const QString &path, QVector<Tag> *tags)
 {
-    if (!readTags(path, tags))
-        return false;
-    QStringList obstacles = HostSession::obstacles(*tags);
-    if (tags->isEmpty())
-        obstacles.append(QStringLiteral("it has no tags"));
-    for (const QString &obstacle : obstacles)
-        printError(QStringLiteral("%1: %2").arg(path, obstacle));
-    return obstacles.isEmpty();
+    TagListResult list = loadTagList(path);
+    if (list.errors.isEmpty())
+        list.errors = pollErrors(list);
+    if (list.errors.isEmpty() && list.tags.isEmpty())
+        list.errors.append({0, 0, QString(), QStringLiteral("it has no tags")});
+    printErrors(path, list.errors);
+    *tags = list.tags;
+    return list.errors.isEmpty();
 }
 
 } // namespace kvt

@@ -26,7 +26,8 @@ bool readNumber(const QCommandLineParser &parser, const QString &option, int lea
 /// Reads a tag list. False, with one message for each error, when it has any.
 bool readTags(const QString &path, QVector<Tag> *tags);
 
-/// The same for a list that is to be polled: it also must have a tag, and no obstacles.
+/// The same for a list that is to be polled: it also must have a tag, and
+/// no tags that cannot be polled together.
 bool readPollableTags(const QString &path, QVector<Tag> *tags);
 
 } // namespace kvt

@@ -58,6 +58,20 @@ QString outcomeText(AttemptEnd end, int resultCode)
                : QStringLiteral("%1 (%2)").arg(word).arg(resultCode);
 }
 
+QString stationTrouble(AttemptEnd end, int resultCode)
+{
+    switch (end) {
+    case AttemptEnd::NoReply:
+        return QStringLiteral("does not answer");
+    case AttemptEnd::Refused:
+        return QStringLiteral("refuses requests");
+    case AttemptEnd::Disturbed:
+        return QStringLiteral("cannot be heard (line disturbed)");
+    default:
+        return QStringLiteral("answers badly (%1)").arg(outcomeWord(end, resultCode));
+    }
+}
+
 QString timeText(qint64 time_ns)
 {
     return QStringLiteral("%1 ms").arg(millisecondsOf(time_ns), 0, 'f', 1);

@@ -15,6 +15,10 @@ QString outcomeWord(AttemptEnd end, int resultCode);
 /// The same with the driver's result code behind a final failure: "no reply (41)".
 QString outcomeText(AttemptEnd end, int resultCode);
 
+/// Returns what is the matter with a station whose requests fail, by how the latest one ended:
+/// "does not answer", "answers badly (bad reply)" and the like.
+QString stationTrouble(AttemptEnd end, int resultCode);
+
 /// Returns "3.4 ms"; times in nanoseconds.
 QString timeText(qint64 time_ns);
 

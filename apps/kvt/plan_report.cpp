@@ -48,11 +48,14 @@ QString writeText(const PlanReport &report)
 {
     if (report.plan.write_ns == 0)
         return QStringLiteral("write: no tag of this list can be written\n");
+    const int ahead = report.settings.writesAhead;
+    const QString place = ahead == 0   ? QStringLiteral("as the only write")
+                          : ahead == 1 ? QStringLiteral("behind one other write")
+                                       : QStringLiteral("behind %1 other writes").arg(ahead);
     return QStringLiteral("write: at most %1 while there are only cyclic reads\n"
-                          "       at most %2 behind %3 other writes with all lists busy: five "
-                          "one-time reads and a cyclic read after every five writes\n")
-        .arg(timeText(report.plan.writeAlone_ns), timeText(report.plan.writeBusy_ns))
-        .arg(report.settings.writesAhead);
+                          "       at most %2 %3 with all lists busy: five one-time reads and a "
+                          "cyclic read after every five writes\n")
+        .arg(timeText(report.plan.writeAlone_ns), timeText(report.plan.writeBusy_ns), place);
 }
 
 QString stationsText(const PlanReport &report)

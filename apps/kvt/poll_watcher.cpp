@@ -1,6 +1,7 @@
 #include "apps/kvt/poll_watcher.h"
 
 #include "apps/kvt/console.h"
+#include "apps/kvt/outcome_text.h"
 
 #include <QCoreApplication>
 
@@ -49,10 +50,12 @@ bool PollWatcher::wasUp() const
 
 void PollWatcher::stationSwitched(int station, bool on)
 {
-    if (verbose_)
-        printError(on ? QStringLiteral("station %1 answers again").arg(station)
-                      : QStringLiteral("station %1 does not answer and is polled less often")
-                            .arg(station));
+    if (!verbose_)
+        return;
+    printError(on ? QStringLiteral("station %1 works again").arg(station)
+                  : QStringLiteral("station %1 %2 and is polled less often")
+                        .arg(station)
+                        .arg(stationTrouble(lastEnd_, lastResult_)));
 }
 
 void PollWatcher::lineChanged(bool up, const QString &reason)
@@ -74,6 +77,8 @@ void PollWatcher::lineChanged(bool up, const QString &reason)
 void PollWatcher::attemptEnded(const Attempt &attempt)
 {
     results_.attemptEnded(attempt);
+    lastEnd_ = attempt.end;
+    lastResult_ = attempt.resultCode;
     const std::lock_guard<std::mutex> lock(mutex_);
     const int before = counter_.scans();
     counter_.attemptEnded(attempt);

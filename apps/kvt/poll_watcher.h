@@ -37,6 +37,8 @@ private:
     TagResults results_;
     int lastScan_;
     bool verbose_;
+    AttemptEnd lastEnd_ = AttemptEnd::Replied; // of the latest attempt; polling thread
+    int lastResult_ = 0;
 
     mutable std::mutex mutex_; // the members below
     ScanCounter counter_;

@@ -1,5 +1,6 @@
 #include "apps/kvt/request_report.h"
 
+#include "apps/kvt/console.h"
 #include "apps/kvt/outcome_text.h"
 #include "apps/kvt/value_text.h"
 
@@ -13,8 +14,13 @@ namespace
 QString wordOr(const RequestOutcome &outcome, QString (*text)(AttemptEnd, int))
 {
     if (outcome.interrupted)
-        return QStringLiteral("interrupted");
+        return outcome.lineLost ? QStringLiteral("line lost") : QStringLiteral("interrupted");
     return outcome.asked ? text(outcome.end, outcome.resultCode) : QStringLiteral("not sent");
+}
+
+QString attemptsText(const RequestOutcome &outcome)
+{
+    return QStringLiteral("after %1 attempts").arg(outcome.attempts);
 }
 
 } // namespace
@@ -26,7 +32,7 @@ QJsonObject outcomeToJson(const Tag &tag, const RequestOutcome &outcome)
     object.insert(QStringLiteral("outcome"), wordOr(outcome, outcomeWord));
     object.insert(QStringLiteral("result"), outcome.resultCode);
     object.insert(QStringLiteral("attempts"), outcome.attempts);
-    if (outcome.stationAnswered())
+    if (outcome.stationAnswered() && outcome.attempts == 1)
         object.insert(QStringLiteral("reply_ms"), millisecondsOf(outcome.replyTime_ns));
     return object;
 }
@@ -35,8 +41,22 @@ QString failureText(const Tag &tag, const RequestOutcome &outcome)
 {
     QString text = QStringLiteral("%1: %2").arg(placeText(tag), wordOr(outcome, outcomeText));
     if (outcome.attempts > 1)
-        text += QStringLiteral(" at %1 attempts").arg(outcome.attempts);
+        text += QLatin1Char(' ') + attemptsText(outcome);
     return text;
+}
+
+void reportDoubt(const Tag &tag, const RequestOutcome &outcome)
+{
+    if (outcome.stationAnswered() && outcome.doubtful)
+        printError(
+            QStringLiteral("%1: the reply does not look like the station's own and was taken "
+                           "all the same: --reply-check refuse drops such replies")
+                .arg(placeText(tag)));
+}
+
+QString replyText(const RequestOutcome &outcome)
+{
+    return outcome.attempts > 1 ? attemptsText(outcome) : timeText(outcome.replyTime_ns);
 }
 
 } // namespace kvt

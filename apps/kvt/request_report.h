@@ -15,6 +15,13 @@ QJsonObject outcomeToJson(const Tag &tag, const RequestOutcome &outcome);
 /// Returns the message for a request that has failed.
 QString failureText(const Tag &tag, const RequestOutcome &outcome);
 
+/// Prints a message if the reply that was taken is probably another station's.
+void reportDoubt(const Tag &tag, const RequestOutcome &outcome);
+
+/// Returns the time of a station's reply, "3.4 ms", or "after 2 attempts": whatever came then may
+/// answer the first of them, and its time says nothing.
+QString replyText(const RequestOutcome &outcome);
+
 } // namespace kvt
 
 #endif

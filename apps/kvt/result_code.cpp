@@ -45,7 +45,8 @@ QString requesterText(int number)
 QString withoutReply(bool remote)
 {
     return remote ? QStringLiteral("no reply from the other PLC in time")
-                  : QStringLiteral("no reply in time");
+                  : QStringLiteral("no reply in time, or none that could be trusted on a "
+                                   "disturbed line");
 }
 
 QStringList noReplyChecks()
@@ -53,7 +54,10 @@ QStringList noReplyChecks()
     return {QStringLiteral("cable and power of the station"),
             QStringLiteral("the station number: \"kvt scan\" shows which ones answer"),
             QStringLiteral("speed and format of the line at both ends"),
-            QStringLiteral("the reply time-out: \"kvt tune\" measures what the station needs")};
+            QStringLiteral("the reply time-out: \"kvt tune\" measures what the station needs"),
+            QStringLiteral("a second master or program on the line, if it is called disturbed or "
+                           "the reply another station's: \"--trace FILE\" and \"kvt decode FILE\" "
+                           "show what came")};
 }
 
 QStringList badReplyChecks()

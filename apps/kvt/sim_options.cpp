@@ -160,9 +160,9 @@ void addSimOptions(QCommandLineParser *parser)
          QStringLiteral(
              "Rules NAME=WHEN[:DURATION[~JITTER]][@STATION], separated by commas. NAME is "
              "noreply, refuse, truncate, extra, badend, flip, foreign, duplicate, echo, delay, "
-             "late, silence or break; WHEN is 0.5%, every100 or 5-20 (exchanges, from 1); "
+             "late, silence or break; WHEN is 0.5%, every100, 7 or 5-20 (exchanges, from 1); "
              "durations are 300us, 80ms, 2s. For example late=1%:80ms,noreply=0.5%@3 "
-             "(default: none)."),
+             "(default: none). \"man kvt-sim\" describes each fault."),
          QStringLiteral("RULES")});
     parser->addOption({VALUES,
                        QStringLiteral("How values move from one read to the next: %1 (default: "

@@ -5,6 +5,7 @@
 #include <QStringList>
 
 #include <array>
+#include <utility>
 
 namespace kvt
 {
@@ -12,25 +13,34 @@ namespace kvt
 namespace
 {
 
-using Counts = std::array<quint64, OUTCOMES>;
-
 // Of the driver's classes, the two for a request to this PLC and to another one.
-quint64 sumOf(const Counts &counts, Outcome local, Outcome remote)
+quint64 sumOf(const std::array<quint64, OUTCOMES> &counts, Outcome local, Outcome remote)
 {
     return counts.at(static_cast<size_t>(local)) + counts.at(static_cast<size_t>(remote));
 }
 
-// The driver sees a refusal as a bad reply or one of the wrong length; here it is neither.
+// Each failure under the word that it has as a tag's result; the driver, which has fewer classes,
+// judges only what was handed to it.
 QString failuresText(const StationStatistics &station)
 {
-    const auto unrefused = [&](Outcome local, Outcome remote) {
-        return sumOf(station.outcomes, local, remote) - sumOf(station.refused, local, remote);
+    const auto &judged = station.failures.at(static_cast<size_t>(AttemptEnd::Replied));
+    const quint64 empty = sumOf(judged, Outcome::LocalNoReply, Outcome::RemoteNoReply);
+    const quint64 wrongLength =
+        sumOf(judged, Outcome::LocalWrongLength, Outcome::RemoteWrongLength);
+    const std::pair<const char *, quint64> kinds[] = {
+        {"no reply", station.failuresAt(AttemptEnd::NoReply) + empty},
+        {"refused", station.failuresAt(AttemptEnd::Refused)},
+        {"bad reply", station.failuresAt(AttemptEnd::Replied) - empty - wrongLength},
+        {"wrong length", wrongLength},
+        {"broken off", station.failuresAt(AttemptEnd::BrokenOff)},
+        {"reply of another station", station.failuresAt(AttemptEnd::Foreign)},
+        {"line disturbed", station.failuresAt(AttemptEnd::Disturbed)},
     };
-    return QStringLiteral(" (no reply %1, refused %2, bad reply %3, wrong length %4)")
-        .arg(unrefused(Outcome::LocalNoReply, Outcome::RemoteNoReply))
-        .arg(station.refusals())
-        .arg(unrefused(Outcome::LocalBadReply, Outcome::RemoteBadReply))
-        .arg(unrefused(Outcome::LocalWrongLength, Outcome::RemoteWrongLength));
+    QStringList texts;
+    for (const auto &[name, count] : kinds)
+        if (count > 0)
+            texts.append(QStringLiteral("%1 %2").arg(QLatin1String(name)).arg(count));
+    return QStringLiteral(" (%1)").arg(texts.join(QStringLiteral(", ")));
 }
 
 QString countsText(const StationStatistics &station)
@@ -42,7 +52,10 @@ QString countsText(const StationStatistics &station)
                        .arg(station.exchanges - good);
     if (station.exchanges != good)
         text += failuresText(station);
-    return text + QStringLiteral(", attempts repeated %1").arg(station.retries);
+    text += QStringLiteral(", attempts repeated %1").arg(station.retries);
+    if (station.doubtfulReplies > 0)
+        text += QStringLiteral(", doubtful replies %1").arg(station.doubtfulReplies);
+    return text;
 }
 
 QString timesText(const Histogram &times)

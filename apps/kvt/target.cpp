@@ -107,17 +107,16 @@ bool readNames(const QString &path, const QStringList &words, QVector<Tag> *tags
 
 } // namespace
 
-void addTargetOptions(QCommandLineParser *parser)
+void addTargetOptions(QCommandLineParser *parser, const QString &types)
 {
     parser->addOption({STATION, QStringLiteral("PLC station, 0 to 255 (default: 1)."),
                        QStringLiteral("N"), QStringLiteral("1")});
-    parser->addOption({TYPE,
-                       QStringLiteral("How values are shown and entered: bool, hex, u8 (areas X "
-                                      "and C), s16 or u16 (area D) (default: u8 or u16)."),
+    parser->addOption({TYPE, types + QStringLiteral(", s16 or u16 (area D) (default: u8 or u16)."),
                        QStringLiteral("TYPE")});
     parser->addOption({TAGS,
                        QStringLiteral("Tag list, a CSV file; names of its tags then stand for "
-                                      "area, address, station and type."),
+                                      "area, address, station and type; --station and --type "
+                                      "do not go with it."),
                        QStringLiteral("FILE")});
 }
 
@@ -135,6 +134,11 @@ bool readArea(const QString &text, Area *area)
 
 bool readTargets(const QCommandLineParser &parser, const QStringList &words, QVector<Tag> *tags)
 {
+    if (parser.isSet(TAGS) && (parser.isSet(STATION) || parser.isSet(TYPE))) {
+        printError(QStringLiteral("--%1 does not go with --tags: the list says what it is")
+                       .arg(parser.isSet(STATION) ? STATION : TYPE));
+        return false;
+    }
     const bool read = parser.isSet(TAGS) ? readNames(parser.value(TAGS), words, tags)
                                          : readAddresses(parser, words, tags);
     if (!read)

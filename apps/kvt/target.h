@@ -10,8 +10,8 @@
 namespace kvt
 {
 
-/// Adds --station, --type and --tags.
-void addTargetOptions(QCommandLineParser *parser);
+/// Adds --station, --type and --tags. `types` is what --help says of the types.
+void addTargetOptions(QCommandLineParser *parser, const QString &types);
 
 /// Reads an area's name. False, with a message, when it is none.
 bool readArea(const QString &text, Area *area);

@@ -29,13 +29,40 @@ double withMargin(qint64 time_ns, int margin_percent)
 QJsonObject stationToJson(int number, const StationStatistics &station)
 {
     const Histogram &times = station.replyTime;
-    return {{QStringLiteral("station"), number},
-            {QStringLiteral("attempts"), static_cast<double>(station.attempts)},
-            {QStringLiteral("replies"), static_cast<double>(times.count())},
-            {QStringLiteral("min_ms"), millisecondsOf(times.least_ns())},
-            {QStringLiteral("median_ms"), millisecondsOf(times.quantile_ns(0.5))},
-            {QStringLiteral("p99_ms"), millisecondsOf(times.quantile_ns(0.99))},
-            {QStringLiteral("max_ms"), millisecondsOf(times.greatest_ns())}};
+    QJsonObject object{{QStringLiteral("station"), number},
+                       {QStringLiteral("attempts"), static_cast<double>(station.attempts)},
+                       {QStringLiteral("replies"), static_cast<double>(times.count())}};
+    if (times.count() == 0)
+        return object;
+    object.insert(QStringLiteral("min_ms"), millisecondsOf(times.least_ns()));
+    object.insert(QStringLiteral("median_ms"), millisecondsOf(times.quantile_ns(0.5)));
+    object.insert(QStringLiteral("p99_ms"), millisecondsOf(times.quantile_ns(0.99)));
+    object.insert(QStringLiteral("max_ms"), millisecondsOf(times.greatest_ns()));
+    return object;
+}
+
+// "-" where no reply was timed.
+QString timeOrNone(const Histogram &times, qint64 time_ns)
+{
+    return times.count() > 0 ? timeText(time_ns) : QStringLiteral("-");
+}
+
+QString stationText(int number, const StationStatistics &station)
+{
+    const Histogram &times = station.replyTime;
+    return QStringLiteral("%1 %2 %3 %4 %5 %6 %7\n")
+        .arg(number, 7)
+        .arg(station.attempts, 8)
+        .arg(times.count(), 7)
+        .arg(timeOrNone(times, times.least_ns()), 10)
+        .arg(timeOrNone(times, times.quantile_ns(0.5)), 10)
+        .arg(timeOrNone(times, times.quantile_ns(0.99)), 10)
+        .arg(timeOrNone(times, times.greatest_ns()), 10);
+}
+
+bool isSilent(const StationStatistics &station)
+{
+    return station.attemptEnds.at(static_cast<size_t>(AttemptEnd::NoReply)) == station.attempts;
 }
 
 QString stationsText(const TuneReport &report)
@@ -44,16 +71,13 @@ QString stationsText(const TuneReport &report)
         QStringLiteral("station attempts replies        min     median    99 %        max\n");
     for (auto station = report.first.stations.begin(); station != report.first.stations.end();
          ++station)
-        text += QStringLiteral("%1 %2 %3 %4 %5 %6 %7\n")
-                    .arg(station.key(), 7)
-                    .arg(station->attempts, 8)
-                    .arg(station->replyTime.count(), 7)
-                    .arg(timeText(station->replyTime.least_ns()), 10)
-                    .arg(timeText(station->replyTime.quantile_ns(0.5)), 10)
-                    .arg(timeText(station->replyTime.quantile_ns(0.99)), 10)
-                    .arg(timeText(station->replyTime.greatest_ns()), 10);
+        text += stationText(station.key(), *station);
     for (const int station : report.silentStations)
-        text += QStringLiteral("station %1 does not answer\n").arg(station);
+        text += QStringLiteral("station %1 %2\n")
+                    .arg(station)
+                    .arg(isSilent(report.first.stations.value(station))
+                             ? QStringLiteral("does not answer")
+                             : QStringLiteral("gives no good reply"));
     return text;
 }
 
@@ -69,6 +93,12 @@ QString trialsText(const TuneReport &report)
                     .arg(trial.failures, 7)
                     .arg(100 * trial.errorRate(), 6, 'f', 2)
                     .arg(trial.scan_ns > 0 ? timeText(trial.scan_ns) : QStringLiteral("-"), 11);
+    const bool failed = std::any_of(report.trials.begin(), report.trials.end(),
+                                    [](const TuneTrial &trial) { return trial.failures > 0; });
+    if (failed)
+        text += QStringLiteral("after each failure the line was left alone for %1 ms, which the "
+                               "scan contains\n")
+                    .arg(report.quiet_ms);
     return text;
 }
 
@@ -121,18 +151,20 @@ QString tuneText(const TuneReport &report)
 {
     const QString text = stationsText(report) + trialsText(report);
     if (!report.complete)
-        return text + QStringLiteral("\ninterrupted: nothing is recommended from a part of the "
+        return text + QStringLiteral("\ncut short: nothing is recommended from a part of the "
                                      "measurement\n");
     if (report.timeout_ms == 0)
         return text + QStringLiteral("\nnothing can be recommended: no station answered\n");
     const double slowest_ms = millisecondsOf(slowestReply_ns(report.first));
     const double margin = 100 * (report.timeout_ms - slowest_ms) / slowest_ms;
-    return text + QStringLiteral("\nrecommended: --timeout %1 --retries %2 (slowest reply %3 ms, "
-                                 "so a margin of %4 %)\n")
-                      .arg(report.timeout_ms)
-                      .arg(report.retries)
-                      .arg(slowest_ms, 0, 'f', 1)
-                      .arg(margin, 0, 'f', 0);
+    return text +
+           QStringLiteral("\nrecommended: --timeout %1 --retries %2 (slowest reply %3 ms, so a "
+                          "margin of %4 %; the fewest retries, 1 to 5, with which under one "
+                          "request in a million fails)\n")
+               .arg(report.timeout_ms)
+               .arg(report.retries)
+               .arg(slowest_ms, 0, 'f', 1)
+               .arg(margin, 0, 'f', 0);
 }
 
 QJsonObject tuneToJson(const TuneReport &report)

@@ -25,7 +25,8 @@ struct TuneReport {
     int margin_percent = 50;
     Statistics first; ///< of the measurement with the long time-out
     QVector<TuneTrial> trials;
-    QVector<int> silentStations; ///< that never answered
+    int quiet_ms = 0;            ///< silence after a failure in the trials
+    QVector<int> silentStations; ///< without a single good reply
     bool complete = false;       ///< nothing cut the measurement short
     int timeout_ms = 0;          ///< recommended; 0: nothing can be said
     int retries = 0;             ///< recommended

@@ -6,6 +6,13 @@
 #include <QTemporaryDir>
 #include <QtTest>
 
+#include <cstdlib>
+#include <fcntl.h>
+#include <sys/ioctl.h>
+#include <sys/stat.h>
+#include <termios.h>
+#include <unistd.h>
+
 using namespace kvt;
 
 namespace
@@ -32,13 +39,15 @@ class PtyPlant : private LinkFolder, public Plant<PtyPort>
 public:
     PtyPlant() : Plant(plantTags(), folder.filePath(QStringLiteral("plc"))) {}
 
-    void startHost()
+    SerialSettings serialSettings() const
     {
         SerialSettings serial;
         serial.path = port.name();
         serial.baud = 115200;
-        Plant::startHost(std::make_unique<SerialLine>(serial));
+        return serial;
     }
+
+    void startHost() { Plant::startHost(std::make_unique<SerialLine>(serialSettings())); }
 
     void set(int tag, int value)
     {
@@ -65,6 +74,49 @@ bool lastTagRead(const RecordedEvents &events)
     return events.readingsOf(3) > 0;
 }
 
+const QString IN_USE = QStringLiteral("in use by another program");
+
+speed_t speedOf(const SerialLine &line)
+{
+    termios mode = {};
+    return tcgetattr(line.descriptor(), &mode) == 0 ? cfgetospeed(&mode) : B0;
+}
+
+/// A terminal whose user has asked for it alone, which the superuser may overlook.
+class ExclusiveTerminal
+{
+public:
+    ExclusiveTerminal()
+    {
+        if (grantpt(master_) != 0 || unlockpt(master_) != 0)
+            return;
+        const char *path = ptsname(master_);
+        user_ = ::open(path, O_RDWR | O_NOCTTY | O_CLOEXEC);
+        constexpr mode_t EVERYONE = 0666;
+        constexpr uid_t NOBODY = 65534;
+        ready_ = ioctl(user_, TIOCEXCL) == 0 && chmod(path, EVERYONE) == 0 &&
+                 (wasUser_ != 0 || seteuid(NOBODY) == 0);
+    }
+    ~ExclusiveTerminal()
+    {
+        if (seteuid(wasUser_) != 0)
+            qFatal("the user cannot be set back");
+        ::close(user_);
+        ::close(master_);
+    }
+    ExclusiveTerminal(const ExclusiveTerminal &) = delete;
+    ExclusiveTerminal &operator=(const ExclusiveTerminal &) = delete;
+
+    bool isReady() const { return ready_; }
+    QString path() const { return QString::fromLocal8Bit(ptsname(master_)); }
+
+private:
+    uid_t wasUser_ = geteuid();
+    int master_ = posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC);
+    int user_ = -1;
+    bool ready_ = false;
+};
+
 } // namespace
 
 class TestHostPty : public QObject
@@ -76,6 +128,9 @@ private Q_SLOTS:
     void aWriteReachesThePlcAndIsReadBack();
     void aOnceReadEnds();
     void aMissingPortIsWaitedFor();
+    void aPortIsForOneLineAtATime();
+    void aPortThatAnotherHasForItselfIsInUse();
+    void aPortInUseIsWaitedFor();
     void pollingGoesOnAfterTheLineWasUnplugged();
     void unfinishedWritesEndWhenTheHostStops();
 };
@@ -139,6 +194,53 @@ void TestHostPty::aMissingPortIsWaitedFor()
     QVERIFY(plant.waitUntilDown());
     QVERIFY(!plant.recorder.events().lineReasons.first().isEmpty());
     QVERIFY(plant.runner.setPlugged(true));
+    QVERIFY(plant.waitFor([](const RecordedEvents &events) { return !events.readings.isEmpty(); }));
+    QCOMPARE(plant.recorder.events().lineStates, QVector<bool>({false, true}));
+}
+
+void TestHostPty::aPortIsForOneLineAtATime()
+{
+    PtyPlant plant;
+    QVERIFY(plant.ready);
+    SerialLine first(plant.serialSettings());
+    SerialSettings slower = plant.serialSettings();
+    slower.baud = 9600;
+    SerialLine second(slower);
+    QString error;
+    QCOMPARE(first.open(&error), Opening::Done);
+    QCOMPARE(second.open(&error), Opening::Failed);
+    QCOMPARE(error, IN_USE);
+    QCOMPARE(second.descriptor(), -1);
+    // The attempt has not touched the speed of the line in use.
+    QCOMPARE(speedOf(first), speed_t{B115200});
+    first.close();
+    QCOMPARE(second.open(&error), Opening::Done);
+    QCOMPARE(speedOf(second), speed_t{B9600});
+}
+
+void TestHostPty::aPortThatAnotherHasForItselfIsInUse()
+{
+    const ExclusiveTerminal terminal;
+    QVERIFY(terminal.isReady());
+    SerialSettings serial;
+    serial.path = terminal.path();
+    SerialLine line(serial);
+    QString error;
+    QCOMPARE(line.open(&error), Opening::Failed);
+    QCOMPARE(error, IN_USE);
+}
+
+void TestHostPty::aPortInUseIsWaitedFor()
+{
+    PtyPlant plant;
+    QVERIFY(plant.ready);
+    SerialLine other(plant.serialSettings());
+    QString error;
+    QCOMPARE(other.open(&error), Opening::Done);
+    plant.startHost();
+    QVERIFY(plant.waitUntilDown());
+    QCOMPARE(plant.recorder.events().lineReasons.first(), IN_USE);
+    other.close();
     QVERIFY(plant.waitFor([](const RecordedEvents &events) { return !events.readings.isEmpty(); }));
     QCOMPARE(plant.recorder.events().lineStates, QVector<bool>({false, true}));
 }

@@ -22,9 +22,16 @@ void TestKvtCompletion::wordsAreCompleted_data()
     QTest::newRow("poll --baud 38") << "38400";
     QTest::newRow("sim --values r") << "ramp";
     QTest::newRow("read --type s") << "s16";
+    QTest::newRow("read --reply-check r") << "refuse";
     QTest::newRow("read D") << "D";
     QTest::newRow("poll --tags x") << ""; // a file
     QTest::newRow("help sc") << "scan";
+    QTest::newRow("sim --faults de") << "delay=";
+    QTest::newRow("sim --faults echo = 1%,fl") << "1%,flip="; // parted as bash does it
+    QTest::newRow("sim --faults echo = 1") << "";
+    QTest::newRow("read --tags %TAGS% --json pump1_spe") << "pump1_speed";
+    QTest::newRow("write --tags %TAGS% pump1_s") << "pump1_setpoint pump1_speed";
+    QTest::newRow("read --tags /nowhere/tags.csv p") << "";
     QTest::newRow("nothing --ta") << "";
 }
 
@@ -39,7 +46,8 @@ void TestKvtCompletion::wordsAreCompleted()
                 QStringLiteral("source \"$1\"; COMP_WORDS=(\"$2\" $3); "
                                "COMP_CWORD=$((${#COMP_WORDS[@]} - 1)); _kvt; echo ${COMPREPLY[*]}"),
                 QStringLiteral("bash"), script, QStringLiteral(KVT_PROGRAM),
-                QString::fromLatin1(QTest::currentDataTag())});
+                QString::fromLatin1(QTest::currentDataTag())
+                    .replace(QStringLiteral("%TAGS%"), QFINDTESTDATA("../../examples/plant.csv"))});
     QVERIFY(bash.waitForFinished());
     QCOMPARE(bash.exitCode(), 0);
     QCOMPARE(bash.readAllStandardError(), QByteArray());

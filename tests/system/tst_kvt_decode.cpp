@@ -19,6 +19,7 @@ private Q_SLOTS:
     void aReplyIsHeldAgainstItsRequest();
     void aRequestNamesItsTags();
     void framesAreReadFromStandardInput();
+    void standardInputWithoutFramesIsAnError();
     void badInputOfDecodeIsNamedInOneLine_data();
     void badInputOfDecodeIsNamedInOneLine();
 
@@ -27,6 +28,7 @@ private Q_SLOTS:
     void codesAreExplainedAsJson();
     void badInputOfExplainIsNamedInOneLine_data();
     void badInputOfExplainIsNamedInOneLine();
+    void goodCodesAreExplainedBesideWrongOnes();
 
     void helpNamesTheOptions_data();
     void helpNamesTheOptions();
@@ -186,13 +188,25 @@ void TestKvtDecode::framesAreReadFromStandardInput()
         QVERIFY(QJsonDocument::fromJson(line).isObject());
 }
 
+void TestKvtDecode::standardInputWithoutFramesIsAnError()
+{
+    QProcess kvt;
+    kvt.start(QStringLiteral(KVT_PROGRAM), {QStringLiteral("decode"), QStringLiteral("-")});
+    kvt.write("\n");
+    kvt.closeWriteChannel();
+    QVERIFY(kvt.waitForFinished());
+    QCOMPARE(kvt.exitCode(), 2);
+    QCOMPARE(kvt.readAllStandardError(),
+             QByteArray("kvt: decode: there is no frame on standard input\n"));
+}
+
 void TestKvtDecode::badInputOfDecodeIsNamedInOneLine_data()
 {
     QTest::addColumn<QStringList>("words");
     QTest::addColumn<QString>("named");
     QTest::newRow("nothing") << QStringList() << QString("decode");
     QTest::newRow("no digits") << QStringList{"0G"} << QString("\"0G\"");
-    QTest::newRow("half a byte") << QStringList{"05303"} << QString("\"05303\"");
+    QTest::newRow("half a byte") << QStringList{"05303"} << QString("\"05303\": half a byte");
     QTest::newRow("no such file") << QStringList{"missing.trace"} << QString("missing.trace");
     QTest::newRow("no trace") << QStringList{KVT_PROGRAM} << QString("line 1");
     QTest::newRow("too long") << QStringList{QString(8194, '0')} << QString("4096");
@@ -215,8 +229,10 @@ void TestKvtDecode::codesAreExplained_data()
     QTest::newRow("1") << QByteArray("1: success");
     QTest::newRow("11") << QByteArray("11: the reply was refused|requester 0|check the address");
     QTest::newRow("22") << QByteArray("22: the reply was refused|requester 11\n");
-    QTest::newRow("41") << QByteArray("41: no reply in time|requester 0|check cable");
-    QTest::newRow("52") << QByteArray("52: no reply in time|requester 11\n");
+    QTest::newRow("41") << QByteArray(
+        "41: no reply in time, or none that could be trusted|requester 0|"
+        "check cable|a second master or program on the line");
+    QTest::newRow("52") << QByteArray("52: no reply in time, |requester 11\n");
     QTest::newRow("73") << QByteArray(
         "73: the reply had the wrong length|refusal (NAK)|requester 2\n");
     QTest::newRow("100") << QByteArray("100: success of a request to another PLC");
@@ -263,9 +279,20 @@ void TestKvtDecode::badInputOfExplainIsNamedInOneLine_data()
 void TestKvtDecode::badInputOfExplainIsNamedInOneLine()
 {
     QFETCH(QString, word);
-    QCOMPARE(faultAtBadInput({QStringLiteral("explain"), QStringLiteral("41"), word},
+    QCOMPARE(faultAtBadInput({QStringLiteral("explain"), word},
                              word.mid(word.lastIndexOf(QLatin1Char('-')) + 1)),
              QString());
+}
+
+void TestKvtDecode::goodCodesAreExplainedBesideWrongOnes()
+{
+    KvtProcess kvt;
+    QCOMPARE(kvt.run({QStringLiteral("explain"), QStringLiteral("1"), QStringLiteral("201"),
+                      QStringLiteral("200")}),
+             2);
+    const QByteArray text = kvt.output();
+    QVERIFY2(text.startsWith("1: success") && text.contains("\n200: failed"), text);
+    QVERIFY(kvt.errors().startsWith("kvt: explain: \"201\" is no result code"));
 }
 
 void TestKvtDecode::helpNamesTheOptions_data()

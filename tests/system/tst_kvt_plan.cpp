@@ -15,6 +15,7 @@ private Q_SLOTS:
     void speedAndFormatCount();
     void aWriteBehindOthersWaitsForTheReadsBetween();
     void whatIsAskedIsComparedWithWhatIsAchievable();
+    void blocksThatCannotBePolledTogetherAreNamed();
     void badInputIsNamedInOneLine_data();
     void badInputIsNamedInOneLine();
 
@@ -26,10 +27,10 @@ private:
         return QStringList{QStringLiteral("plan"), QStringLiteral("--tags"), tagFile()} +
                QString::fromLatin1(more).split(QLatin1Char(' '));
     }
-    QJsonObject plan(const char *more) const
+    QJsonObject plan(const char *more, int status = 0) const
     {
         KvtProcess kvt;
-        return kvt.run(arguments(more) + QStringList(QStringLiteral("--json"))) == 0
+        return kvt.run(arguments(more) + QStringList(QStringLiteral("--json"))) == status
                    ? kvt.outputObject()
                    : QJsonObject();
     }
@@ -72,6 +73,12 @@ void TestKvtPlan::aWriteBehindOthersWaitsForTheReadsBetween()
     // At 1,200 baud: 18 bytes of a write take 150 ms, 152 of a block 1,266.7 ms.
     const QJsonObject object = plan("--baud 1200 --turnaround 0 --overhead 0 --writes 7");
     QVERIFY(qAbs(object.value(QStringLiteral("writeAlone_ms")).toDouble() - 1416.667) < 0.01);
+    KvtProcess text;
+    QCOMPARE(text.run(arguments("--writes 7")), 0);
+    QVERIFY(text.output().contains(" behind 7 other writes with all lists busy"));
+    KvtProcess alone;
+    QCOMPARE(alone.run(arguments("--writes 0")), 0);
+    QVERIFY(alone.output().contains(" as the only write with all lists busy"));
     QVERIFY(qAbs(object.value(QStringLiteral("writeBusy_ms")).toDouble() -
                  (9 * 150 + 12 * 1266.6667)) < 0.01);
 }
@@ -79,18 +86,31 @@ void TestKvtPlan::aWriteBehindOthersWaitsForTheReadsBetween()
 void TestKvtPlan::whatIsAskedIsComparedWithWhatIsAchievable()
 {
     KvtProcess kvt;
-    QCOMPARE(kvt.run(arguments("--asked 100")), 0);
+    QCOMPARE(kvt.run(arguments("--asked 100")), 1);
     const QByteArray text = kvt.output();
     QVERIFY2(text.contains("\n100 ms asked, 196.2 ms achievable; 38400 baud would do\n"), text);
     QVERIFY(kvt.errors().isEmpty());
-    const QJsonObject slow = plan("--asked 100");
+    const QJsonObject slow = plan("--asked 100", 1);
     QCOMPARE(slow.value(QStringLiteral("achievable")).toBool(true), false);
     QCOMPARE(slow.value(QStringLiteral("asked_ms")).toInt(), 100);
     QCOMPARE(plan("--asked 100 --baud 38400").value(QStringLiteral("achievable")).toBool(), true);
     QVERIFY(!plan("--baud 38400").contains(QStringLiteral("achievable")));
     KvtProcess never;
-    QCOMPARE(never.run(arguments("--asked 1")), 0);
+    QCOMPARE(never.run(arguments("--asked 1")), 1);
     QVERIFY(never.output().contains("no speed up to 115200 baud is enough"));
+}
+
+void TestKvtPlan::blocksThatCannotBePolledTogetherAreNamed()
+{
+    const QString path = folder_.filePath(QStringLiteral("blocks.csv"));
+    QFile file(path);
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    file.write("name,area,address,station,type\na,C,7.1.0.0,1,u8\nb,C,7.2.0.0,1,u8\n");
+    file.close();
+    QCOMPARE(faultAtBadInput({QStringLiteral("plan"), QStringLiteral("--tags"), path},
+                             path + QStringLiteral(":3: column 3 \"address\": field 2 is 2, but 1 "
+                                                   "in tag \"a\"")),
+             QString());
 }
 
 void TestKvtPlan::badInputIsNamedInOneLine_data()

@@ -38,6 +38,8 @@ class TestKvtPollTerminal : public QObject
 
 private Q_SLOTS:
     void aTerminalGetsATableInPlace();
+    void tagsWithoutRoomAreCounted_data();
+    void tagsWithoutRoomAreCounted();
     void colourIsLeftOutOnRequest();
     void ctrlCLeavesTheTableInOnePiece();
 };
@@ -49,6 +51,35 @@ void TestKvtPollTerminal::aTerminalGetsATableInPlace()
     QVERIFY2(screen.contains("tag     area  address"), screen.constData());
     QVERIFY(screen.contains("\x1b[32mgood      \x1b[0m"));
     QCOMPARE(screen.count("recipe  C     2:7.0.1.4"), screen.count("valve   X     1:1.2.0"));
+}
+
+// "stty" makes the terminal as high as a test needs it.
+void TestKvtPollTerminal::tagsWithoutRoomAreCounted_data()
+{
+    QTest::addColumn<QByteArray>("faults");
+    QTest::addColumn<QByteArray>("last");
+    QTest::newRow("good") << QByteArray("noreply=100%@9") << QByteArray("... and 3 more\x1b[K");
+    QTest::newRow("bad") << QByteArray("refuse=100%@2")
+                         << QByteArray("... and 3 more, 2 of them not good\x1b[K");
+}
+
+void TestKvtPollTerminal::tagsWithoutRoomAreCounted()
+{
+    QFETCH(QByteArray, faults);
+    QFETCH(QByteArray, last);
+    const SimulatedLine line(SimulatedLine::Kind::Pty,
+                             {QStringLiteral("--faults"), QString::fromLatin1(faults)});
+    const QStringList words =
+        QStringList{QStringLiteral("stty rows 6;"), QStringLiteral(KVT_PROGRAM)} +
+        line.arguments(QStringLiteral("poll --cycles 1")) +
+        QStringList{QStringLiteral("--tags"), line.tagFile()};
+    QProcess terminal;
+    terminal.start(QStringLiteral("script"),
+                   {QStringLiteral("--quiet"), QStringLiteral("--command"),
+                    words.join(QLatin1Char(' ')), QStringLiteral("/dev/null")});
+    QVERIFY(terminal.waitForFinished());
+    const QByteArray screen = terminal.readAllStandardOutput();
+    QVERIFY2(screen.contains(last), screen);
 }
 
 void TestKvtPollTerminal::colourIsLeftOutOnRequest()

@@ -173,7 +173,8 @@ void TestKvtRead::aRefusalIsToldInWords()
     KvtProcess kvt;
     QCOMPARE(kvt.run(line.arguments(QStringLiteral("read D 9.9.0 5.2.1 --retries 1"))), 1);
     // 71: a refusal is shorter than a word's reply, and that is what the driver sees first.
-    QCOMPARE(kvt.errors(), QByteArray("kvt: D 9.9.0 at station 1: refused (71) at 2 attempts\n"));
+    QCOMPARE(kvt.errors(),
+             QByteArray("kvt: D 9.9.0 at station 1: refused (71) after 2 attempts\n"));
     QVERIFY(kvt.output().startsWith("D 5.2.1 at station 1: "));
 }
 

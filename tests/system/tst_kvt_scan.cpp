@@ -70,6 +70,7 @@ void TestKvtScan::everyStationIsAnObjectOfJson()
     const QJsonObject summary = kvt.readObject().value(QStringLiteral("summary")).toObject();
     QCOMPARE(summary.value(QStringLiteral("asked")).toInt(), 2);
     QCOMPARE(summary.value(QStringLiteral("answer")).toInt(), 1);
+    QCOMPARE(summary.value(QStringLiteral("complete")).toBool(), true);
 }
 
 void TestKvtScan::aDamagedReplyIsShown()
@@ -104,13 +105,25 @@ void TestKvtScan::noAnswerAtAllIsAFailure()
 void TestKvtScan::ctrlCEndsWithTheSummary()
 {
     const SimulatedLine line(SimulatedLine::Kind::Pty);
-    KvtProcess kvt;
-    kvt.start(line.arguments(QStringLiteral("scan --stations 1-255 --timeout 1000 --json")));
-    QCOMPARE(kvt.readObject().value(QStringLiteral("station")).toInt(), 1);
-    kvt.interrupt();
-    QCOMPARE(kvt.finish(), 1);
-    QVERIFY(kvt.readLineWith("summary").contains("\"answer\""));
-    QCOMPARE(kvt.errors(), QByteArray("kvt: interrupted\n"));
+    const QString scan = QStringLiteral("scan --stations 2-255 --timeout 1000 --retries 100");
+    KvtProcess json;
+    json.start(line.arguments(scan + QStringLiteral(" --json")));
+    QCOMPARE(json.readObject().value(QStringLiteral("station")).toInt(), 2);
+    json.interrupt();
+    QCOMPARE(json.finish(), 1);
+    const QJsonObject summary =
+        QJsonDocument::fromJson(json.readLineWith("summary"))[QStringLiteral("summary")].toObject();
+    QCOMPARE(summary.value(QStringLiteral("asked")).toInt(), 1);
+    QCOMPARE(summary.value(QStringLiteral("answer")).toInt(), 1);
+    QCOMPARE(summary.value(QStringLiteral("complete")).toBool(true), false);
+    QCOMPARE(json.errors(), QByteArray("kvt: interrupted\n"));
+    KvtProcess text;
+    text.start(line.arguments(scan));
+    QVERIFY(text.readLine().startsWith("station 2 answers"));
+    text.interrupt();
+    QCOMPARE(text.finish(), 1);
+    QCOMPARE(text.output(), QByteArray("cut short: 1 of the 1 stations asked so far answer, 253 "
+                                       "were not asked\n"));
 }
 
 void TestKvtScan::aLineThatCannotBeOpenedIsAnErrorOfItsOwn()

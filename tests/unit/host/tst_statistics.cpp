@@ -41,8 +41,9 @@ private Q_SLOTS:
     void aResultCodeHasItsClass();
     void anExchangeEndsWithItsLastAttempt();
     void countsAreKeptPerStationAndInAll();
-    void aRequestIsRefusedByItsLastAttempt();
+    void aFailureIsCountedByItsLastAttempt();
     void onlyGoodRepliesHaveAReplyTime();
+    void aReplyToALaterAttemptHasNoReplyTime();
     void droppedBytesAreCountedByKind();
     void writesAreCountedByState();
     void utilisationIsTimeOnTheWireOverTimeElapsed();
@@ -122,7 +123,7 @@ void TestStatistics::countsAreKeptPerStationAndInAll()
     QCOMPARE(statistics.total.stateChanges, quint64(1));
 }
 
-void TestStatistics::aRequestIsRefusedByItsLastAttempt()
+void TestStatistics::aFailureIsCountedByItsLastAttempt()
 {
     Statistics statistics;
     const Request request = wordRead(3);
@@ -130,13 +131,22 @@ void TestStatistics::aRequestIsRefusedByItsLastAttempt()
     refused.end = AttemptEnd::Refused;
     statistics.attemptEnded(refused);
     statistics.attemptEnded(attemptAt(request, 1, 2));
-    QCOMPARE(statistics.total.refusals(), quint64(0));
+    QCOMPARE(statistics.total.failuresAt(AttemptEnd::Refused), quint64(0));
     refused.resultCode = 71;
     statistics.attemptEnded(refused);
-    QCOMPARE(statistics.total.refusals(), quint64(1));
-    QCOMPARE(statistics.stations[3].refusals(), quint64(1));
-    QCOMPARE(statistics.total.refused.at(size_t(Outcome::LocalWrongLength)), quint64(1));
-    QCOMPARE(statistics.total.outcomes.at(size_t(Outcome::LocalWrongLength)), quint64(1));
+    Attempt disturbed = attemptAt(request, 41);
+    disturbed.end = AttemptEnd::Disturbed;
+    statistics.attemptEnded(disturbed);
+    for (const StationStatistics &counts : {statistics.total, statistics.stations[3]}) {
+        QCOMPARE(counts.failuresAt(AttemptEnd::Refused), quint64(1));
+        QCOMPARE(counts.failuresAt(AttemptEnd::Disturbed), quint64(1));
+        QCOMPARE(counts.failuresAt(AttemptEnd::NoReply), quint64(0));
+        QCOMPARE(counts.failuresAt(AttemptEnd::Replied), quint64(0));
+        QCOMPARE(counts.outcomes.at(size_t(Outcome::LocalWrongLength)), quint64(1));
+        QCOMPARE(counts.outcomes.at(size_t(Outcome::LocalNoReply)), quint64(1));
+    }
+    const auto &refusals = statistics.total.failures.at(size_t(AttemptEnd::Refused));
+    QCOMPARE(refusals.at(size_t(Outcome::LocalWrongLength)), quint64(1));
 }
 
 void TestStatistics::onlyGoodRepliesHaveAReplyTime()
@@ -149,6 +159,18 @@ void TestStatistics::onlyGoodRepliesHaveAReplyTime()
     statistics.attemptEnded(attemptAt(request, 100));
     QCOMPARE(statistics.total.replyTime.count(), quint64(1));
     QCOMPARE(statistics.total.replyTime.greatest_ns(), milliseconds(10));
+}
+
+// It may be the late answer to an earlier one.
+void TestStatistics::aReplyToALaterAttemptHasNoReplyTime()
+{
+    Statistics statistics;
+    const Request request = wordRead(3);
+    statistics.attemptEnded(attemptAt(request, 0, 1));
+    statistics.attemptEnded(attemptAt(request, 1, 2));
+    QCOMPARE(statistics.total.recoveries, quint64(1));
+    QCOMPARE(statistics.total.replyTime.count(), quint64(0));
+    QCOMPARE(statistics.stations[3].replyTime.count(), quint64(0));
 }
 
 void TestStatistics::droppedBytesAreCountedByKind()
@@ -208,6 +230,7 @@ void TestStatistics::theReportNamesEveryFigure()
     const Request request = wordRead(3);
     statistics.attemptEnded(attemptAt(request, 0, 1));
     statistics.attemptEnded(attemptAt(request, 1, 2));
+    statistics.attemptEnded(attemptAt(request, 1));
     statistics.bytesDropped(DroppedBytes::Late, 3, 8);
     statistics.writeChanged({1, 0, WriteState::Acknowledged, WriteReason::None});
     statistics.scan.cyclicReadEnded({3, 1, 10}, 1, 0);
@@ -216,18 +239,19 @@ void TestStatistics::theReportNamesEveryFigure()
 
     const QJsonObject report = statisticsToJson(statistics, milliseconds(400), milliseconds(1));
     QCOMPARE(report[QLatin1String("elapsed_us")].toDouble(), 400000.0);
-    QCOMPARE(report[QLatin1String("utilisation")].toDouble(), 0.1);
-    QCOMPARE(report[QLatin1String("wireBytes")].toInt(), 40);
+    QCOMPARE(report[QLatin1String("utilisation")].toDouble(), 0.14);
+    QCOMPARE(report[QLatin1String("wireBytes")].toInt(), 56);
     QCOMPARE(report[QLatin1String("writes")][QLatin1String("acknowledged")].toInt(), 1);
     QCOMPARE(report[QLatin1String("scan")][QLatin1String("max_us")].toDouble(), 7000.0);
     QCOMPARE(report[QLatin1String("scan")][QLatin1String("jitter_us")].toDouble(), 2000.0);
     const QJsonValue station = report[QLatin1String("stations")][QLatin1String("3")];
     QCOMPARE(station, report[QLatin1String("total")]);
-    QCOMPARE(station[QLatin1String("exchanges")].toInt(), 1);
-    QCOMPARE(station[QLatin1String("attempts")].toInt(), 2);
+    QCOMPARE(station[QLatin1String("exchanges")].toInt(), 2);
+    QCOMPARE(station[QLatin1String("attempts")].toInt(), 3);
     QCOMPARE(station[QLatin1String("recoveries")].toInt(), 1);
     QCOMPARE(station[QLatin1String("lateBytes")].toInt(), 8);
-    QCOMPARE(station[QLatin1String("outcomes")][QLatin1String("success")].toInt(), 1);
+    QCOMPARE(station[QLatin1String("outcomes")][QLatin1String("success")].toInt(), 2);
+    QCOMPARE(station[QLatin1String("refusals")].toInt(), 0);
     QCOMPARE(station[QLatin1String("replyTime")][QLatin1String("median_us")].toDouble(), 10000.0);
 }
 

@@ -117,7 +117,7 @@ void TestFaultText::badRulesAreNamed_data()
     QTest::addColumn<QString>("text");
     QTest::addColumn<QString>("error");
     const QString form = "is not of the form name=when[:duration[~jitter]][@station]";
-    const QString when = "does not say when (0.5%, every100 or 5-20)";
+    const QString when = "does not say when (0.5%, every100, 7 or 5-20)";
     const QString station = "names no station from 0 to 255";
     const QString duration = "has a duration that is none (80ms, 2s, 300us)";
     QTest::newRow("name alone") << "late"
@@ -129,7 +129,9 @@ void TestFaultText::badRulesAreNamed_data()
     QTest::newRow("no station behind @") << "echo=1%@"
                                          << "fault \"echo=1%@\" " + form;
     QTest::newRow("unknown name") << "echo=1%,lat=1%:1ms"
-                                  << "fault \"lat=1%:1ms\" names no fault that is known";
+                                  << "fault \"lat=1%:1ms\" names no fault that is known (noreply, "
+                                     "refuse, truncate, extra, badend, flip, foreign, duplicate, "
+                                     "echo, delay, late, silence, break)";
     QTest::newRow("no number") << "echo=often"
                                << "fault \"echo=often\" " + when;
     QTest::newRow("more than all") << "echo=101%"

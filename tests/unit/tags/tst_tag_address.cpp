@@ -17,6 +17,7 @@ private Q_SLOTS:
     void goodAddressesGiveBytesAndNumber();
     void badAddressesAreNamed_data();
     void badAddressesAreNamed();
+    void onlySomeWritesAreCommands();
     void aTagWithABadAddressHasNoNumber();
 };
 
@@ -35,6 +36,9 @@ void TestTagAddress::goodAddressesGiveBytesAndNumber_data()
     QTest::newRow("D 0.0.255") << Area::D << "0.0.255" << 0xFF << 0xFF << 255 << 255;
     QTest::newRow("C 9.1.1.5") << Area::C << "9.1.1.5" << 0x18 << 0x19 << 245 << 240;
     QTest::newRow("C 0.0.0.69") << Area::C << "0.0.0.69" << 0x00 << 0x01 << 69 << 0;
+    QTest::newRow("D 18.1.0") << Area::D << "18.1.0" << 0x10 << 0x11 << 578 << 578;
+    QTest::newRow("D 18.0.16") << Area::D << "18.0.16" << 0x10 << 0x10 << 592 << 592;
+    QTest::newRow("C 18.1.1.0") << Area::C << "18.1.1.0" << 0x18 << 0x19 << 240 << 240;
     QTest::newRow("D 007.01.0") << Area::D << "007.01.0" << 0x10 << 0x11 << 226 << 226;
 }
 
@@ -97,6 +101,10 @@ void TestTagAddress::badAddressesAreNamed_data()
     QTest::newRow("b beside an address byte")
         << Area::D << "5.2.3"
         << "field 2 must be 0 when field 3 is 2 or more: it would not be sent";
+    const QString command = "a read of it is on the line the command D 18.1.%1, which the PLC "
+                            "would carry out";
+    QTest::newRow("read of D that commands") << Area::D << "18.0.17" << command.arg(0);
+    QTest::newRow("read of X that commands") << Area::X << "018.00.25" << command.arg(1);
 }
 
 void TestTagAddress::badAddressesAreNamed()
@@ -105,6 +113,15 @@ void TestTagAddress::badAddressesAreNamed()
     QFETCH(QString, text);
     TagAddress address;
     QTEST(kvt::parseTagAddress(area, text, &address), "error");
+}
+
+void TestTagAddress::onlySomeWritesAreCommands()
+{
+    QVERIFY(kvt::isCommand(Area::D, QStringLiteral("18.1.0")));
+    QVERIFY(kvt::isCommand(Area::D, QStringLiteral("18.1.1")));
+    QVERIFY(!kvt::isCommand(Area::D, QStringLiteral("18.01.0")));
+    QVERIFY(!kvt::isCommand(Area::D, QStringLiteral("18.10.0")));
+    QVERIFY(!kvt::isCommand(Area::X, QStringLiteral("18.1.0")));
 }
 
 void TestTagAddress::aTagWithABadAddressHasNoNumber()

@@ -57,6 +57,7 @@ private Q_SLOTS:
     void tagsThatGetInEachOthersWayAreRefused();
     void tagsThatShareACellAreGood_data();
     void tagsThatShareACellAreGood();
+    void blocksThatCannotBePolledTogetherAreNamed();
     void savedListsComeBackEqual();
     void aListThatCannotBeReadSaysSo();
     void aListThatCannotBeSavedSaysSo();
@@ -220,17 +221,23 @@ void TestTagList::tagsThatGetInEachOthersWayAreRefused_data()
     QTest::addColumn<QByteArray>("first");
     QTest::addColumn<QByteArray>("second");
     QTest::addColumn<QString>("text");
-    const QString entry = "would replace tag \"a\" in the read list: both have the same number";
+    const QString entry =
+        "would replace tag \"a\" in the driver's read list: both have the same number";
+    const QString blocks = entry + " (b*160 + c*80 without a and d, in area C)";
+    const QString nextArea = "; station 255 of an area counts as station 0 of the next)";
     QTest::newRow("C blocks of two commands")
-        << QByteArray("C,9.1.1.5,1,u8") << QByteArray("C,0.1.1.5,1,u8") << entry;
+        << QByteArray("C,9.1.1.5,1,u8") << QByteArray("C,0.1.1.5,1,u8") << blocks;
     QTest::newRow("C blocks of two commands, other elements")
-        << QByteArray("C,9.1.1.5,1,u8") << QByteArray("C,0.1.1.6,1,u8") << entry;
+        << QByteArray("C,9.1.1.5,1,u8") << QByteArray("C,0.1.1.6,1,u8") << blocks;
     QTest::newRow("X of station 255 and D of station 0")
-        << QByteArray("X,1.2.1,255,u8") << QByteArray("D,1.2.1,0,u16") << entry;
+        << QByteArray("X,1.2.1,255,u8") << QByteArray("D,1.2.1,0,u16")
+        << entry + " (a*32 + b*2 + c, in area D" + nextArea;
     QTest::newRow("D of station 255 and C of station 0")
-        << QByteArray("D,5.0.0,255,u16") << QByteArray("C,0.1.0.0,0,u8") << entry;
+        << QByteArray("D,5.0.0,255,u16") << QByteArray("C,0.1.0.0,0,u8")
+        << entry + " (b*160 + c*80 without a and d, in area C" + nextArea;
     QTest::newRow("address byte and parts of one number")
-        << QByteArray("D,5.0.2,1,u16") << QByteArray("D,5.1.0,1,u16") << entry;
+        << QByteArray("D,5.0.2,1,u16") << QByteArray("D,5.1.0,1,u16")
+        << entry + " (a*32 + b*2 + c, in area D)";
     QTest::newRow("one frame for X and D")
         << QByteArray("X,5.2.1,1,u8") << QByteArray("D,5.2.1,1,u16")
         << "is read with the same frame as tag \"a\" of area X";
@@ -240,12 +247,6 @@ void TestTagList::tagsThatGetInEachOthersWayAreRefused_data()
     QTest::newRow("one frame for two writes")
         << QByteArray("X,5.0.1,1,u8") << QByteArray("X,5.0.9,1,u8")
         << "is written with the same frame as tag \"a\"";
-    QTest::newRow("a command that reads")
-        << QByteArray("X,18.0.17,1,u8") << QByteArray("D,18.1.0,1,u16")
-        << "sends as its command the frame that reads tag \"a\"";
-    QTest::newRow("a read that commands")
-        << QByteArray("D,18.1.0,1,u16") << QByteArray("X,18.0.17,1,u8")
-        << "is read with the frame that tag \"a\" sends as its command";
 }
 
 void TestTagList::tagsThatGetInEachOthersWayAreRefused()
@@ -283,6 +284,21 @@ void TestTagList::tagsThatShareACellAreGood()
         kvt::parseTagList(HEADER + ("a," + first) + "\nb," + second + "\n");
     QCOMPARE(errorsOf(result), QString());
     QCOMPARE(result.tags.size(), 2);
+}
+
+void TestTagList::blocksThatCannotBePolledTogetherAreNamed()
+{
+    const TagListResult good = kvt::parseTagList(
+        QByteArray(HEADER) + "a,C,9.1.1.5,1,u8\nb,D,5.2.0,1,u16\nc,C,8.1.0.0,2,u8\n");
+    QVERIFY(kvt::pollErrors(good).isEmpty());
+    const TagListResult list = kvt::parseTagList(
+        QByteArray(HEADER) + "a,C,9.1.1.5,1,u8\nb,D,5.2.0,1,u16\nc,C,8.3.0.0,2,u8\n");
+    QCOMPARE(errorsOf(list), QString());
+    const QVector<kvt::TagError> errors = kvt::pollErrors(list);
+    QCOMPARE(errors.size(), 1);
+    QCOMPARE(kvt::formatTagError(QStringLiteral("t"), errors.first()),
+             QString("t:4: column 3 \"address\": field 2 is 3, but 1 in tag \"a\": all tags of "
+                     "area C that are polled together must have the same"));
 }
 
 void TestTagList::savedListsComeBackEqual()

@@ -72,6 +72,9 @@ void TestTagValue::textBecomesBytes_data()
     QTest::newRow("s16 -1") << Area::D << ValueType::S16 << "-1" << QByteArray("ffff");
     QTest::newRow("s16 -32768") << Area::D << ValueType::S16 << "-32768" << QByteArray("0080");
     QTest::newRow("hex 0x0A0B") << Area::D << ValueType::Hex << "0x0A0B" << QByteArray("0b0a");
+    QTest::newRow("u16 0x10") << Area::D << ValueType::U16 << "0x10" << QByteArray("1000");
+    QTest::newRow("s16 0X7FFF") << Area::D << ValueType::S16 << "0X7FFF" << QByteArray("ff7f");
+    QTest::newRow("hex 10") << Area::X << ValueType::Hex << "10" << QByteArray("10");
     QTest::newRow("hex f") << Area::X << ValueType::Hex << "f" << QByteArray("0f");
 }
 
@@ -120,7 +123,11 @@ void TestTagValue::badTextIsRefused_data()
     QTest::newRow("negative hex") << Area::X << ValueType::Hex << "-1"
                                   << "\"-1\" is not a hex value";
     QTest::newRow("true for a number") << Area::X << ValueType::U8 << "true"
-                                       << "\"true\" is not a u8 value";
+                                       << "\"true\" is not a u8 value but one of type bool";
+    QTest::newRow("hexadecimal out of range") << Area::D << ValueType::S16 << "0x8000"
+                                              << "0x8000 does not fit s16 (-32768 to 32767)";
+    QTest::newRow("hexadecimal bool") << Area::X << ValueType::Bool << "0x1"
+                                      << "\"0x1\" is not a bool value";
 }
 
 void TestTagValue::badTextIsRefused()
