@@ -15,8 +15,6 @@ namespace
 const QString TAGS = QStringLiteral("tags");
 const QString TURNAROUND = QStringLiteral("turnaround");
 const QString OVERHEAD = QStringLiteral("overhead");
-const QString TIMEOUT = QStringLiteral("timeout");
-const QString RETRIES = QStringLiteral("retries");
 const QString WRITES = QStringLiteral("writes");
 const QString ASKED = QStringLiteral("asked");
 const QString JSON = QStringLiteral("json");
@@ -38,15 +36,7 @@ void addOptions(QCommandLineParser *parser)
                                       "microseconds, 0 to 1000000 (default: 200; a USB adapter "
                                       "without low latency: 16000)."),
                        QStringLiteral("US"), QStringLiteral("200")});
-    parser->addOption({TIMEOUT,
-                       QStringLiteral("Longest wait for a reply to begin, in milliseconds, 1 to "
-                                      "60000 (default: time of the reply at the line's speed, "
-                                      "plus 70)."),
-                       QStringLiteral("MS")});
-    parser->addOption({RETRIES,
-                       QStringLiteral("Further attempts at a request that failed, 0 to 100 "
-                                      "(default: 2)."),
-                       QStringLiteral("N"), QStringLiteral("2")});
+    addTimingOptions(parser);
     parser->addOption({WRITES,
                        QStringLiteral("Writes that wait in front of the operator's, 0 to %1 "
                                       "(default: 0).")
@@ -67,10 +57,8 @@ bool readSettings(const QCommandLineParser &parser, PlanReport *report)
     if (!readSpeedOptions(parser, &report->serial) ||
         !readNumber(parser, TURNAROUND, 0, 10000, &turnaround_ms) ||
         !readNumber(parser, OVERHEAD, 0, 1000000, &overhead_us) ||
-        !readNumber(parser, RETRIES, 0, 100, &report->settings.retryLimit) ||
+        !readTimingOptions(parser, &timeout_ms, &report->settings.retryLimit) ||
         !readNumber(parser, WRITES, 0, QUEUE_LENGTH - 1, &report->settings.writesAhead))
-        return false;
-    if (parser.isSet(TIMEOUT) && !readNumber(parser, TIMEOUT, 1, 60000, &timeout_ms))
         return false;
     if (parser.isSet(ASKED) && !readNumber(parser, ASKED, 1, 3600000, &report->asked_ms))
         return false;

@@ -61,14 +61,6 @@ bool readTcp(const QCommandLineParser &parser, LineOptions *options)
     return true;
 }
 
-bool readNumbers(const QCommandLineParser &parser, LineOptions *options)
-{
-    if (parser.isSet(TIMEOUT) &&
-        !readNumber(parser, TIMEOUT, 1, LONGEST_TIMEOUT_ms, &options->timeout_ms))
-        return false;
-    return readNumber(parser, RETRIES, 0, MOST_RETRIES, &options->retries);
-}
-
 bool readReplyCheck(const QCommandLineParser &parser, LineOptions *options)
 {
     // In the order of ReplyChecking.
@@ -115,6 +107,28 @@ bool readSpeedOptions(const QCommandLineParser &parser, SerialSettings *serial)
     return false;
 }
 
+void addTimingOptions(QCommandLineParser *parser, int retries, const char *timeout)
+{
+    parser->addOption({TIMEOUT,
+                       QStringLiteral("Longest wait for a reply to begin, in milliseconds, 1 to "
+                                      "60000 (default: %1).")
+                           .arg(QLatin1String(timeout)),
+                       QStringLiteral("MS")});
+    parser->addOption(
+        {RETRIES,
+         QStringLiteral("Further attempts at a request that failed or was refused, 0 to 100 "
+                        "(default: %1).")
+             .arg(retries),
+         QStringLiteral("N"), QString::number(retries)});
+}
+
+bool readTimingOptions(const QCommandLineParser &parser, int *timeout_ms, int *retries)
+{
+    if (parser.isSet(TIMEOUT) && !readNumber(parser, TIMEOUT, 1, LONGEST_TIMEOUT_ms, timeout_ms))
+        return false;
+    return readNumber(parser, RETRIES, 0, MOST_RETRIES, retries);
+}
+
 bool splitHostPort(const QString &text, QString *host, int *port)
 {
     const int colon = text.lastIndexOf(QLatin1Char(':'));
@@ -137,17 +151,7 @@ void addLineOptions(QCommandLineParser *parser, int retries, const char *timeout
                        QStringLiteral("The line: a serial device server, port 1 to 65535. With "
                                       "--baud, the speed behind it goes into the time-outs."),
                        QStringLiteral("HOST:PORT")});
-    parser->addOption({TIMEOUT,
-                       QStringLiteral("Longest wait for a reply to begin, in milliseconds, 1 to "
-                                      "60000 (default: %1).")
-                           .arg(QLatin1String(timeout)),
-                       QStringLiteral("MS")});
-    parser->addOption(
-        {RETRIES,
-         QStringLiteral("Further attempts at a request that failed or was refused, 0 to 100 "
-                        "(default: %1).")
-             .arg(retries),
-         QStringLiteral("N"), QString::number(retries)});
+    addTimingOptions(parser, retries, timeout);
     parser->addOption(
         {REPLY_CHECK,
          QStringLiteral("Replies that do not begin with ACK or NAK and the station's number, or "
@@ -170,7 +174,8 @@ bool readLineOptions(const QCommandLineParser &parser, LineOptions *options)
     options->json = parser.isSet(JSON);
     options->driver = driverPath(parser);
     options->trace = parser.value(TRACE);
-    if (!readSpeedOptions(parser, &options->serial) || !readNumbers(parser, options) ||
+    if (!readSpeedOptions(parser, &options->serial) ||
+        !readTimingOptions(parser, &options->timeout_ms, &options->retries) ||
         !readReplyCheck(parser, options))
         return false;
     return parser.isSet(TCP) ? readTcp(parser, options) : readSerial(parser, options);

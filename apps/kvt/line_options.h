@@ -32,14 +32,22 @@ void addSpeedOptions(QCommandLineParser *parser);
 /// Reads them. False, with a message that names the option, when a value is wrong.
 bool readSpeedOptions(const QCommandLineParser &parser, SerialSettings *serial);
 
-/// Splits "HOST:PORT"; brackets around an IPv6 address are taken off. False when it is none.
-bool splitHostPort(const QString &text, QString *host, int *port);
-
 /// What --help says of the time-out that is taken when none is given.
 const char *const USUAL_TIMEOUT = "time of the reply at the line's speed, plus 70";
 
-/// Adds all options of a line. `retries` and `timeout` are the defaults of --retries and --timeout;
-/// the latter is only shown.
+/// Adds --timeout and --retries. `retries` and `timeout` are their defaults; the latter is only
+/// shown.
+void addTimingOptions(QCommandLineParser *parser, int retries = 2,
+                      const char *timeout = USUAL_TIMEOUT);
+
+/// Reads them; leaves `*timeout_ms` alone when there is no --timeout. False, with a message that
+/// names the option, when a value is wrong.
+bool readTimingOptions(const QCommandLineParser &parser, int *timeout_ms, int *retries);
+
+/// Splits "HOST:PORT"; brackets around an IPv6 address are taken off. False when it is none.
+bool splitHostPort(const QString &text, QString *host, int *port);
+
+/// Adds all options of a line. `retries` and `timeout` as for addTimingOptions.
 void addLineOptions(QCommandLineParser *parser, int retries = 2,
                     const char *timeout = USUAL_TIMEOUT);
 
