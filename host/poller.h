@@ -65,8 +65,6 @@ public:
     bool lineIsPaced() const { return lineIsPaced_; }
 
 private:
-    static SessionSettings forLine(SessionSettings settings, const Line &line);
-
     enum class LineState { Closed, Opening, Open };
 
     void run();

@@ -33,15 +33,23 @@ void setOption(int descriptor, int level, int option, int value)
     setsockopt(descriptor, level, option, &value, sizeof value);
 }
 
+// A peer that vanishes is to be noticed within ten seconds, before an operator begins to look for
+// the reason, where tcp(7) has two hours as a default: idle time + probes * interval = 9 s. Each
+// probe still has time for a lost packet to be sent again, which takes 1 s at first (RFC 6298).
+constexpr int KEEP_ALIVE_IDLE_s = 3;
+constexpr int KEEP_ALIVE_INTERVAL_s = 2;
+constexpr int KEEP_ALIVE_PROBES = 3;
+constexpr int GONE_AFTER_s = KEEP_ALIVE_IDLE_s + KEEP_ALIVE_PROBES * KEEP_ALIVE_INTERVAL_s;
+
 void setOptions(int descriptor)
 {
     setOption(descriptor, IPPROTO_TCP, TCP_NODELAY, 1);
     setOption(descriptor, SOL_SOCKET, SO_KEEPALIVE, 1);
-    setOption(descriptor, IPPROTO_TCP, TCP_KEEPIDLE, 3);
-    setOption(descriptor, IPPROTO_TCP, TCP_KEEPINTVL, 2);
-    setOption(descriptor, IPPROTO_TCP, TCP_KEEPCNT, 3);
+    setOption(descriptor, IPPROTO_TCP, TCP_KEEPIDLE, KEEP_ALIVE_IDLE_s);
+    setOption(descriptor, IPPROTO_TCP, TCP_KEEPINTVL, KEEP_ALIVE_INTERVAL_s);
+    setOption(descriptor, IPPROTO_TCP, TCP_KEEPCNT, KEEP_ALIVE_PROBES);
     // Bytes in flight suppress the probes above, so those need a limit of their own.
-    setOption(descriptor, IPPROTO_TCP, TCP_USER_TIMEOUT, 9000);
+    setOption(descriptor, IPPROTO_TCP, TCP_USER_TIMEOUT, GONE_AFTER_s * 1000);
 }
 
 } // namespace

@@ -2,7 +2,7 @@
 #include "apps/kvt/commands.h"
 #include "apps/kvt/console.h"
 #include "apps/kvt/exit_codes.h"
-#include "apps/kvt/frame_explanation.h"
+#include "apps/kvt/frames/frame_explanation.h"
 #include "apps/kvt/options.h"
 #include "apps/kvt/trace_text.h"
 

@@ -1,6 +1,7 @@
 #include "apps/kvt/trace_text.h"
 
-#include "apps/kvt/frame_explanation.h"
+#include "apps/kvt/frames/frame_explanation.h"
+#include "apps/kvt/frames/frame_text.h"
 #include "apps/kvt/result_code.h"
 
 namespace kvt

@@ -1,5 +1,7 @@
 // Requests of the ASCII link.
-#include "apps/kvt/field_reader.h"
+#include "apps/kvt/frames/explainers.h"
+#include "apps/kvt/frames/field_reader.h"
+#include "apps/kvt/frames/frame_text.h"
 #include "tags/tag_address.h"
 
 namespace kvt

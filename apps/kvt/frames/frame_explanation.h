@@ -1,6 +1,6 @@
 // Explains the frames on the line, field by field.
-#ifndef KVT_APPS_KVT_FRAME_EXPLANATION_H
-#define KVT_APPS_KVT_FRAME_EXPLANATION_H
+#ifndef KVT_APPS_KVT_FRAMES_FRAME_EXPLANATION_H
+#define KVT_APPS_KVT_FRAMES_FRAME_EXPLANATION_H
 
 #include "tags/tag.h"
 
@@ -36,9 +36,6 @@ struct FrameExplanation {
 /// empty when it is not known. Of `tags` those that a request concerns are named; may be empty.
 FrameExplanation explainFrame(const QByteArray &frame, const QByteArray &request,
                               const QVector<Tag> &tags);
-
-/// Upper-case hexadecimal digits, a blank between the bytes.
-QString hexText(const QByteArray &bytes);
 
 /// "request", "reply", "refusal", "envelope", "unknown".
 QString frameKindName(FrameKind kind);

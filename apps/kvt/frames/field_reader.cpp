@@ -1,6 +1,6 @@
-#include "apps/kvt/field_reader.h"
+#include "apps/kvt/frames/field_reader.h"
 
-#include <algorithm>
+#include "apps/kvt/frames/frame_text.h"
 
 namespace kvt
 {
@@ -64,23 +64,6 @@ void FieldReader::setMeaning(const QString &meaning)
 {
     if (!explanation_->fields.isEmpty())
         explanation_->fields.last().meaning = meaning;
-}
-
-int hexNumber(const QByteArray &digits)
-{
-    const bool good = std::all_of(digits.begin(), digits.end(), [](char c) {
-        return (c >= '0' && c <= '9') || (c >= 'A' && c <= 'F');
-    });
-    bool isNumber = false;
-    const int number = digits.toInt(&isNumber, 16);
-    return good && isNumber ? number : -1;
-}
-
-QString numberText(int value, int digits)
-{
-    return QStringLiteral("%1 (0x%2)")
-        .arg(value)
-        .arg(QString::number(value, 16).toUpper().rightJustified(digits, QLatin1Char('0')));
 }
 
 } // namespace kvt

@@ -1,6 +1,8 @@
-#include "apps/kvt/frame_explanation.h"
+#include "apps/kvt/frames/frame_explanation.h"
 
-#include "apps/kvt/field_reader.h"
+#include "apps/kvt/frames/explainers.h"
+#include "apps/kvt/frames/field_reader.h"
+#include "apps/kvt/frames/frame_text.h"
 
 #include <QJsonArray>
 
@@ -35,11 +37,6 @@ FrameExplanation explainFrame(const QByteArray &frame, const QByteArray &request
     else
         explainUnknown(frame, &explanation);
     return explanation;
-}
-
-QString hexText(const QByteArray &bytes)
-{
-    return QString::fromLatin1(bytes.toHex(' ').toUpper());
 }
 
 QString frameKindName(FrameKind kind)

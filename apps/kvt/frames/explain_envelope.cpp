@@ -1,5 +1,6 @@
 // The envelope of the remote mode.
-#include "apps/kvt/field_reader.h"
+#include "apps/kvt/frames/explainers.h"
+#include "apps/kvt/frames/field_reader.h"
 
 #include <numeric>
 

@@ -1,16 +1,11 @@
 // Takes a frame apart from its front.
-#ifndef KVT_APPS_KVT_FIELD_READER_H
-#define KVT_APPS_KVT_FIELD_READER_H
+#ifndef KVT_APPS_KVT_FRAMES_FIELD_READER_H
+#define KVT_APPS_KVT_FRAMES_FIELD_READER_H
 
-#include "apps/kvt/frame_explanation.h"
+#include "apps/kvt/frames/frame_explanation.h"
 
 namespace kvt
 {
-
-constexpr char BYTE_ENQ = 0x05;
-constexpr char BYTE_ACK = 0x06;
-constexpr char BYTE_CR = 0x0D;
-constexpr char BYTE_NAK = 0x15;
 
 /// Appends fields and problems to an explanation, which outlives it.
 class FieldReader
@@ -46,23 +41,6 @@ private:
     FrameExplanation *explanation_;
     int offset_ = 0;
 };
-
-/// The number of upper-case hexadecimal digits; -1 when they are none.
-int hexNumber(const QByteArray &digits);
-
-/// "18 (0x12)".
-QString numberText(int value, int digits);
-
-// The three parts of explainFrame.
-void explainRequest(const QByteArray &frame, const QVector<Tag> &tags, FrameExplanation *out);
-void explainReply(const QByteArray &frame, const QByteArray &request, FrameExplanation *out);
-void explainEnvelope(const QByteArray &frame, FrameExplanation *out);
-
-/// The first byte says how long the frame is, as that of an envelope does.
-bool hasEnvelopeLength(const QByteArray &frame);
-
-/// Length and checksum of an envelope are right.
-bool isEnvelope(const QByteArray &frame);
 
 } // namespace kvt
 

@@ -1,5 +1,7 @@
 // Replies and refusals.
-#include "apps/kvt/field_reader.h"
+#include "apps/kvt/frames/explainers.h"
+#include "apps/kvt/frames/field_reader.h"
+#include "apps/kvt/frames/frame_text.h"
 
 #include <algorithm>
 
