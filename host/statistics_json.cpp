@@ -1,6 +1,8 @@
 #include "host/statistics_json.h"
 
-#include <algorithm>
+#include "host/verdict.h"
+
+#include <QJsonArray>
 
 namespace kvt
 {
@@ -8,98 +10,123 @@ namespace kvt
 namespace
 {
 
-const char *const OUTCOME_NAMES[OUTCOMES] = {"success",       "successNotStored",  "localBadReply",
-                                             "localNoReply",  "localWrongLength",  "remoteBadReply",
-                                             "remoteNoReply", "remoteWrongLength", "unknown"};
-
-const char *const ATTEMPT_END_NAMES[ATTEMPT_ENDS] = {"replied",   "refused", "noReply",
-                                                     "brokenOff", "foreign", "disturbed"};
-
-const char *const WRITE_STATE_NAMES[WRITE_STATES] = {"queued",  "sent",     "acknowledged",
-                                                     "refused", "timedOut", "dropped"};
+const char *const ATTEMPT_END_NAMES[ATTEMPT_ENDS] = {"replied",    "refused", "no_reply",
+                                                     "broken_off", "foreign", "disturbed"};
 
 double number(quint64 count)
 {
     return static_cast<double>(count);
 }
 
-double microsecondsOf(qint64 time_ns)
+double millisecondsOf(qint64 time_ns)
 {
-    return static_cast<double>(time_ns) / 1000.0;
+    return static_cast<double>(time_ns) / 1e6;
 }
 
-template <size_t N>
-QJsonObject counts(const std::array<quint64, N> &values, const char *const (&names)[N])
+QJsonObject outcomesToJson(const std::array<quint64, VERDICTS> &counts)
 {
     QJsonObject object;
-    for (size_t i = 0; i < N; ++i)
-        object.insert(QLatin1String(names[i]), number(values[i]));
+    for (size_t i = 0; i < counts.size(); ++i)
+        object.insert(jsonWord(verdictText(static_cast<Verdict>(i))), number(counts.at(i)));
     return object;
 }
 
-QJsonObject times(const Histogram &histogram)
+QJsonObject attemptEndsToJson(const StationStatistics &station)
 {
-    return {
-        {QStringLiteral("count"), number(histogram.count())},
-        {QStringLiteral("min_us"), microsecondsOf(histogram.least_ns())},
-        {QStringLiteral("median_us"), microsecondsOf(histogram.quantile_ns(0.5))},
-        {QStringLiteral("mean_us"), microsecondsOf(histogram.mean_ns())},
-        {QStringLiteral("p99_us"), microsecondsOf(histogram.quantile_ns(0.99))},
-        {QStringLiteral("max_us"), microsecondsOf(histogram.greatest_ns())},
-    };
-}
-
-QJsonObject scanToJson(const Histogram &scan)
-{
-    QJsonObject object = times(scan);
-    object.insert(QStringLiteral("jitter_us"),
-                  microsecondsOf(scan.greatest_ns() - scan.least_ns()));
+    QJsonObject object;
+    for (size_t i = 0; i < station.attemptEnds.size(); ++i)
+        object.insert(QLatin1String(ATTEMPT_END_NAMES[i]), number(station.attemptEnds.at(i)));
     return object;
 }
 
-QJsonObject stationToJson(const StationStatistics &station)
+QJsonObject writesToJson(const Statistics &statistics)
 {
+    QJsonObject object;
+    for (size_t i = 0; i < statistics.writes.size(); ++i)
+        object.insert(jsonWord(writeStateName(static_cast<WriteState>(i))),
+                      number(statistics.writes.at(i)));
+    return object;
+}
+
+QJsonObject scanTimesToJson(const Histogram &scan)
+{
+    QJsonObject object = timesToJson(scan);
+    object.insert(QStringLiteral("jitter_ms"),
+                  millisecondsOf(scan.greatest_ns() - scan.least_ns()));
+    return object;
+}
+
+QJsonObject countsToJson(const StationStatistics &station)
+{
+    const std::array<quint64, VERDICTS> outcomes = verdictCounts(station);
+    const quint64 ok = outcomes.at(static_cast<size_t>(Verdict::Ok));
     return {
         {QStringLiteral("exchanges"), number(station.exchanges)},
+        {QStringLiteral("ok"), number(ok)},
+        {QStringLiteral("failed"), number(station.exchanges - ok)},
+        {QStringLiteral("outcomes"), outcomesToJson(outcomes)},
         {QStringLiteral("attempts"), number(station.attempts)},
+        {QStringLiteral("attempt_ends"), attemptEndsToJson(station)},
         {QStringLiteral("retries"), number(station.retries)},
         {QStringLiteral("recoveries"), number(station.recoveries)},
-        {QStringLiteral("outcomes"), counts(station.outcomes, OUTCOME_NAMES)},
-        {QStringLiteral("refusals"), number(station.failuresAt(AttemptEnd::Refused))},
-        {QStringLiteral("attemptEnds"), counts(station.attemptEnds, ATTEMPT_END_NAMES)},
-        {QStringLiteral("doubtfulReplies"), number(station.doubtfulReplies)},
-        {QStringLiteral("staleBytes"), number(station.staleBytes)},
-        {QStringLiteral("lateBytes"), number(station.lateBytes)},
-        {QStringLiteral("echoBytes"), number(station.echoBytes)},
-        {QStringLiteral("stateChanges"), number(station.stateChanges)},
-        {QStringLiteral("replyTime"), times(station.replyTime)},
+        {QStringLiteral("doubtful_replies"), number(station.doubtfulReplies)},
+        {QStringLiteral("stale_bytes"), number(station.staleBytes)},
+        {QStringLiteral("late_bytes"), number(station.lateBytes)},
+        {QStringLiteral("echo_bytes"), number(station.echoBytes)},
+        {QStringLiteral("state_changes"), number(station.stateChanges)},
+        {QStringLiteral("reply_time"), timesToJson(station.replyTime)},
     };
+}
+
+QJsonArray stationsToJson(const Statistics &statistics)
+{
+    QJsonArray stations;
+    for (auto station = statistics.stations.cbegin(); station != statistics.stations.cend();
+         ++station) {
+        QJsonObject object = countsToJson(*station);
+        object.insert(QStringLiteral("station"), station.key());
+        stations.append(object);
+    }
+    return stations;
 }
 
 } // namespace
 
+QString jsonWord(QString text)
+{
+    return text.replace(QLatin1Char(' '), QLatin1Char('_'));
+}
+
+QJsonObject timesToJson(const Histogram &times)
+{
+    QJsonObject object{{QStringLiteral("count"), number(times.count())}};
+    if (times.count() == 0)
+        return object;
+    object.insert(QStringLiteral("min_ms"), millisecondsOf(times.least_ns()));
+    object.insert(QStringLiteral("median_ms"), millisecondsOf(times.quantile_ns(0.5)));
+    object.insert(QStringLiteral("mean_ms"), millisecondsOf(times.mean_ns()));
+    object.insert(QStringLiteral("p99_ms"), millisecondsOf(times.quantile_ns(0.99)));
+    object.insert(QStringLiteral("max_ms"), millisecondsOf(times.greatest_ns()));
+    return object;
+}
+
 QJsonObject statisticsToJson(const Statistics &statistics, qint64 now_ns, qint64 characterTime_ns)
 {
-    QJsonObject stations;
-    for (auto station = statistics.stations.cbegin(); station != statistics.stations.cend();
-         ++station)
-        stations.insert(QString::number(station.key()), stationToJson(*station));
     const qint64 elapsed_ns = statistics.started ? now_ns - statistics.startedAt_ns : 0;
-
     QJsonObject object{
-        {QStringLiteral("elapsed_us"), microsecondsOf(elapsed_ns)},
-        {QStringLiteral("total"), stationToJson(statistics.total)},
-        {QStringLiteral("stations"), stations},
-        {QStringLiteral("scan"), scanToJson(statistics.scan.times())},
-        {QStringLiteral("writes"), counts(statistics.writes, WRITE_STATE_NAMES)},
-        {QStringLiteral("heldBackReadings"), number(statistics.heldBackReadings)},
-        {QStringLiteral("queueMismatches"), number(statistics.queueMismatches)},
-        {QStringLiteral("lineFailures"), number(statistics.lineFailures)},
-        {QStringLiteral("wireBytes"), number(statistics.wireBytes)},
+        {QStringLiteral("elapsed_ms"), millisecondsOf(elapsed_ns)},
+        {QStringLiteral("total"), countsToJson(statistics.total)},
+        {QStringLiteral("stations"), stationsToJson(statistics)},
+        {QStringLiteral("scan_time"), scanTimesToJson(statistics.scan.times())},
+        {QStringLiteral("writes"), writesToJson(statistics)},
+        {QStringLiteral("held_back_readings"), number(statistics.heldBackReadings)},
+        {QStringLiteral("queue_mismatches"), number(statistics.queueMismatches)},
+        {QStringLiteral("line_failures"), number(statistics.lineFailures)},
+        {QStringLiteral("wire_bytes"), number(statistics.wireBytes)},
     };
     if (characterTime_ns > 0)
-        object.insert(QStringLiteral("utilisation"),
-                      statistics.utilisation(now_ns, characterTime_ns));
+        object.insert(QStringLiteral("utilisation_percent"),
+                      100 * statistics.utilisation(now_ns, characterTime_ns));
     return object;
 }
 

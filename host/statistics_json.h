@@ -9,8 +9,15 @@
 namespace kvt
 {
 
-/// Returns the statistics as they stand at `now_ns`. Times are in microseconds, names end in
-/// their unit. `characterTime_ns` is that of the line; 0 leaves out its utilisation.
+/// Returns the words of a text as one: "no reply" is "no_reply".
+QString jsonWord(QString text);
+
+/// Returns durations as their count and, if there are any, least, median, mean, 99th percentile
+/// and greatest, in milliseconds.
+QJsonObject timesToJson(const Histogram &times);
+
+/// Returns the statistics as they stand at `now_ns`. Names end in their unit. `characterTime_ns`
+/// is that of the line; 0 leaves out its utilisation.
 QJsonObject statisticsToJson(const Statistics &statistics, qint64 now_ns, qint64 characterTime_ns);
 
 } // namespace kvt

@@ -92,8 +92,12 @@ bool TraceReader::open(const QString &path, QString *error)
         return false;
     }
     const QByteArray head = readLine();
-    if (head.startsWith(QByteArrayLiteral("kvt-trace 1 ")))
+    const QByteArray begin = QByteArray(trace::HEAD) + ' ';
+    if (head.startsWith(begin)) {
+        startedAt_ = QDateTime::fromString(QString::fromLatin1(head.mid(begin.size()).trimmed()),
+                                           Qt::ISODateWithMs);
         return true;
+    }
     *error = QStringLiteral("line 1: this is no trace, which begins with \"%1\"")
                  .arg(QLatin1String(trace::HEAD));
     return false;
@@ -124,6 +128,7 @@ bool TraceReader::next(TraceRecord *record)
         exchangeOpen_ = false;
     }
     record->exchange = exchange_;
+    ++records_;
     return true;
 }
 

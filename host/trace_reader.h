@@ -4,6 +4,7 @@
 
 #include "host/trace_writer.h"
 
+#include <QDateTime>
 #include <QList>
 
 namespace kvt
@@ -36,6 +37,12 @@ public:
     /// Reads the next record. False at the end, and at a line that is none, which `error` names.
     bool next(TraceRecord *record);
 
+    /// The time of day from which the stamps count; invalid when the first line does not tell.
+    QDateTime startedAt() const { return startedAt_; }
+
+    /// Number of records that `next` has read.
+    int records() const { return records_; }
+
     /// What is wrong with the line at which `next` stopped; empty at the end of the trace.
     QString error() const { return error_; }
 
@@ -47,6 +54,8 @@ private:
     QFile file_;
     QByteArray buffer_;
     QString error_;
+    QDateTime startedAt_;
+    int records_ = 0;
     int line_ = 1;
     int exchange_ = 0;
     bool exchangeOpen_ = false;

@@ -41,7 +41,8 @@ bool TraceWriter::open(const QString &path, QString *error)
     }
     startedAt_ns_ = clock_();
     const QByteArray head = trace::HEAD + QByteArrayLiteral(" ") +
-                            QDateTime::currentDateTimeUtc().toString(Qt::ISODate).toLatin1() + '\n';
+                            QDateTime::currentDateTimeUtc().toString(Qt::ISODateWithMs).toLatin1() +
+                            '\n';
     written_bytes_ = file_.write(head);
     recording_ = written_bytes_ == head.size() && file_.flush();
     if (!recording_)

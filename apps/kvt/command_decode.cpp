@@ -72,12 +72,24 @@ public:
         printOut(options_.json ? jsonLine(explanationToJson(frame, explanation))
                                : explanationText(frame, explanation));
         request_ = explanation.kind == FrameKind::Request ? frame : QByteArray();
+        ++frames_;
+        wrong_ += explanation.problems.isEmpty() ? 0 : 1;
         return true;
+    }
+
+    void summarize() const
+    {
+        if (options_.json)
+            printOut(jsonLine(
+                {{QStringLiteral("summary"), QJsonObject{{QStringLiteral("frames"), frames_},
+                                                         {QStringLiteral("wrong"), wrong_}}}}));
     }
 
 private:
     DecodeOptions options_;
     QByteArray request_;
+    int frames_ = 0;
+    int wrong_ = 0; // those with problems
 };
 
 int decodeFrames(const QStringList &words, const DecodeOptions &options)
@@ -86,6 +98,8 @@ int decodeFrames(const QStringList &words, const DecodeOptions &options)
     const QStringList texts = frameTexts(words);
     const bool good = std::all_of(texts.begin(), texts.end(),
                                   [&](const QString &text) { return decoder.decode(text); });
+    if (good)
+        decoder.summarize();
     return good ? EXIT_GOOD : EXIT_USAGE;
 }
 
@@ -104,7 +118,9 @@ int decodeInput(const DecodeOptions &options)
             return EXIT_USAGE;
         any = true;
     }
-    if (!any)
+    if (any)
+        decoder.summarize();
+    else
         printError(QStringLiteral("decode: there is no frame on standard input"));
     return any ? EXIT_GOOD : EXIT_USAGE;
 }
@@ -117,7 +133,7 @@ int decodeTrace(const QString &path, const DecodeOptions &options)
         printError(QStringLiteral("%1: %2").arg(path, error));
         return EXIT_USAGE;
     }
-    TraceText trace(options.tags);
+    TraceText trace(options.tags, reader.startedAt());
     TraceRecord record;
     while (!outputFailed() && reader.next(&record)) {
         if (!options.json)
@@ -125,10 +141,15 @@ int decodeTrace(const QString &path, const DecodeOptions &options)
         else if (const QJsonObject object = trace.json(record); !object.isEmpty())
             printOut(jsonLine(object));
     }
-    if (reader.error().isEmpty())
-        return EXIT_GOOD;
-    printError(QStringLiteral("%1: %2").arg(path, reader.error()));
-    return EXIT_USAGE;
+    if (!reader.error().isEmpty()) {
+        printError(QStringLiteral("%1: %2").arg(path, reader.error()));
+        return EXIT_USAGE;
+    }
+    if (options.json)
+        printOut(jsonLine({{QStringLiteral("summary"),
+                            QJsonObject{{QStringLiteral("exchanges"), record.exchange},
+                                        {QStringLiteral("records"), reader.records()}}}}));
+    return EXIT_GOOD;
 }
 
 int decodeWords(const QStringList &words, const DecodeOptions &options)

@@ -27,15 +27,20 @@ bool readCode(const QString &word, CodeExplanation *code)
 // One wrong word does not take the explanations of the others away.
 int explainWords(const QStringList &words, bool json)
 {
-    int exitCode = EXIT_GOOD;
+    int explained = 0;
     for (const QString &word : words) {
         CodeExplanation code;
-        if (readCode(word, &code))
-            printOut(json ? jsonLine(codeToJson(code)) : codeText(code));
-        else
-            exitCode = EXIT_USAGE;
+        if (!readCode(word, &code))
+            continue;
+        printOut(json ? jsonLine(codeToJson(code)) : codeText(code));
+        ++explained;
     }
-    return exitCode;
+    const int unknown = words.size() - explained;
+    if (json && explained > 0)
+        printOut(jsonLine(
+            {{QStringLiteral("summary"), QJsonObject{{QStringLiteral("explained"), explained},
+                                                     {QStringLiteral("unknown"), unknown}}}}));
+    return unknown == 0 ? EXIT_GOOD : EXIT_USAGE;
 }
 
 } // namespace

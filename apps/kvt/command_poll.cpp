@@ -53,11 +53,12 @@ public:
     int run();
 
 private:
-    QVector<CellValue> show();
+    QVector<CellValue> show(const QJsonObject &summary = QJsonObject());
     int conclude();
     int judge(const QVector<CellValue> &values) const;
     qint64 limitingCharacterTime_ns() const;
-    void summarize() const;
+    QJsonObject summary() const;
+    void printSummary() const;
     void reportDoubtfulReplies() const;
 
     PollOptions options_;
@@ -92,7 +93,7 @@ int Poll::run()
 }
 
 // Returns the values that it has shown.
-QVector<CellValue> Poll::show()
+QVector<CellValue> Poll::show(const QJsonObject &summary)
 {
     const Poller &poller = *link_.poller();
     const QVector<CellValue> values = poller.values();
@@ -104,7 +105,7 @@ QVector<CellValue> Poll::show()
     state.scans = watcher_.scans();
     state.exchanges = poller.statistics().total.exchanges;
     state.elapsed_ns = now_ns - startedAt_ns_;
-    output_.show({values, watcher_.results(), now_ns}, state);
+    output_.show({values, watcher_.results(), now_ns}, state, summary);
     return values;
 }
 
@@ -116,8 +117,9 @@ int Poll::conclude()
     }
     // The last reading of the last scan may be on its way to the values.
     link_.poller()->stop();
-    const QVector<CellValue> values = show();
-    summarize();
+    const QVector<CellValue> values = show(summary());
+    if (!options_.line.json)
+        printSummary();
     reportDoubtfulReplies();
     return judge(values);
 }
@@ -130,9 +132,9 @@ int Poll::judge(const QVector<CellValue> &values) const
     });
     const QString lineError = watcher_.lineError();
     if (!lineError.isEmpty())
-        printError(QStringLiteral("the line is still down: %1").arg(lineError));
+        printEvent(QStringLiteral("the line is still down: %1").arg(lineError));
     if (bad > 0)
-        printError(QStringLiteral("%1 of %2 tags have no good value").arg(bad).arg(tags_.size()));
+        printEvent(QStringLiteral("%1 of %2 tags have no good value").arg(bad).arg(tags_.size()));
     return bad > 0 || !lineError.isEmpty() ? EXIT_NO_ANSWER : EXIT_GOOD;
 }
 
@@ -143,18 +145,19 @@ qint64 Poll::limitingCharacterTime_ns() const
     return options_.line.isTcp || poller.lineIsPaced() ? poller.characterTime_ns() : 0;
 }
 
-void Poll::summarize() const
+QJsonObject Poll::summary() const
 {
-    const Poller &poller = *link_.poller();
-    const Statistics statistics = poller.statistics();
-    const qint64 now_ns = monotonicNow_ns();
-    if (options_.line.json)
-        printOut(jsonLine({{QStringLiteral("summary"),
-                            statisticsToJson(statistics, now_ns, limitingCharacterTime_ns())},
-                           {QStringLiteral("scans"), watcher_.scans()}}));
-    else
-        printOut(QStringLiteral("\nscans %1, ").arg(watcher_.scans()) +
-                 statisticsText(statistics, now_ns, limitingCharacterTime_ns()));
+    QJsonObject object = statisticsToJson(link_.poller()->statistics(), monotonicNow_ns(),
+                                          limitingCharacterTime_ns());
+    object.insert(QStringLiteral("scans"), watcher_.scans());
+    return object;
+}
+
+void Poll::printSummary() const
+{
+    printOut(QStringLiteral("\nscans %1, ").arg(watcher_.scans()) +
+             statisticsText(link_.poller()->statistics(), monotonicNow_ns(),
+                            limitingCharacterTime_ns()));
 }
 
 void Poll::reportDoubtfulReplies() const
@@ -162,7 +165,7 @@ void Poll::reportDoubtfulReplies() const
     const quint64 count = link_.poller()->statistics().total.doubtfulReplies;
     if (count == 0 || options_.line.replyChecking != ReplyChecking::Count)
         return;
-    printError(QStringLiteral("%1 replies do not look like the station's own and were taken all "
+    printEvent(QStringLiteral("%1 replies do not look like the station's own and were taken all "
                               "the same: --reply-check refuse drops such replies")
                    .arg(count));
 }

@@ -4,7 +4,7 @@
 #include "apps/kvt/enquiry.h"
 #include "apps/kvt/exit_codes.h"
 #include "apps/kvt/options.h"
-#include "apps/kvt/outcome_text.h"
+#include "apps/kvt/report_json.h"
 #include "apps/kvt/request_report.h"
 #include "apps/kvt/target.h"
 #include "apps/kvt/value_text.h"
@@ -16,16 +16,6 @@ namespace kvt
 
 namespace
 {
-
-QJsonObject readToJson(const Tag &tag, const RequestOutcome &outcome)
-{
-    QJsonObject object = outcomeToJson(tag, outcome);
-    if (outcome.good) {
-        object.insert(QStringLiteral("value"), valueNumber(tag, outcome.raw));
-        object.insert(QStringLiteral("text"), rawText(tag, outcome.raw));
-    }
-    return object;
-}
 
 void printRead(const Tag &tag, const RequestOutcome &outcome)
 {
@@ -42,7 +32,8 @@ void printJson(const QVector<Tag> &tags, const QVector<RequestOutcome> &outcomes
     QJsonArray reads;
     for (int tag = 0; tag < tags.size(); ++tag)
         reads.append(readToJson(tags.at(tag), outcomes.at(tag)));
-    printOut(jsonLine({{QStringLiteral("reads"), reads}, {QStringLiteral("complete"), complete}}));
+    printOut(jsonLine({{QStringLiteral("reads"), reads},
+                       {QStringLiteral("summary"), requestSummary(outcomes, complete)}}));
 }
 
 int readAll(const LineOptions &options, const QVector<Tag> &tags)

@@ -18,11 +18,11 @@ QJsonObject resultToJson(const ReplayResult &result)
 {
     QJsonObject object{{QStringLiteral("same"), result.difference.isEmpty()},
                        {QStringLiteral("exchanges"), result.exchanges},
-                       {QStringLiteral("outcomesCompared"), result.calls},
-                       {QStringLiteral("recordingWasCut"), result.isFull}};
+                       {QStringLiteral("outcomes_compared"), result.calls},
+                       {QStringLiteral("recording_was_cut"), result.isFull}};
     if (!result.difference.isEmpty())
         object.insert(QStringLiteral("difference"), result.difference);
-    return object;
+    return {{QStringLiteral("summary"), object}};
 }
 
 QString resultText(const ReplayResult &result)

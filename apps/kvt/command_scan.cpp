@@ -6,6 +6,7 @@
 #include "apps/kvt/options.h"
 #include "apps/kvt/outcome_text.h"
 #include "apps/kvt/progress_bar.h"
+#include "apps/kvt/report_json.h"
 #include "apps/kvt/request_report.h"
 #include "apps/kvt/target.h"
 #include "tags/tag_address.h"
@@ -38,7 +39,7 @@ QVector<Tag> probes(const ScanOptions &options)
 void printStation(const Tag &probe, const RequestOutcome &outcome, bool json)
 {
     if (json) {
-        QJsonObject object = outcomeToJson(probe, outcome);
+        QJsonObject object = requestToJson(probe, outcome);
         object.insert(QStringLiteral("answers"), outcome.stationAnswered());
         printOut(jsonLine(object));
     } else if (outcome.stationAnswered()) {
@@ -59,7 +60,7 @@ void printSummary(int answers, int asked, int wanted, bool json)
     const bool complete = asked == wanted;
     if (json) {
         const QJsonObject summary{{QStringLiteral("asked"), asked},
-                                  {QStringLiteral("answer"), answers},
+                                  {QStringLiteral("answering"), answers},
                                   {QStringLiteral("complete"), complete}};
         printOut(jsonLine({{QStringLiteral("summary"), summary}}));
     } else if (complete) {

@@ -4,13 +4,14 @@
 #include "apps/kvt/enquiry.h"
 #include "apps/kvt/exit_codes.h"
 #include "apps/kvt/options.h"
-#include "apps/kvt/outcome_text.h"
+#include "apps/kvt/report_json.h"
 #include "apps/kvt/request_report.h"
 #include "apps/kvt/target.h"
 #include "apps/kvt/value_text.h"
 #include "tags/tag_address.h"
 #include "tags/tag_value.h"
 
+#include <QJsonArray>
 #include <QRegularExpression>
 
 namespace kvt
@@ -46,13 +47,10 @@ QString badText(const Tag &tag, const RequestOutcome &outcome)
 
 void printJson(const Tag &tag, const QString &value, const RequestOutcome &outcome)
 {
-    QJsonObject object = outcomeToJson(tag, outcome);
-    if (!isCommand(tag.area, tag.address))
-        object.insert(QStringLiteral("text"), value);
-    object.insert(QStringLiteral("state"), writeStateName(outcome.write.state));
-    object.insert(QStringLiteral("reason"), writeReasonText(outcome.write.reason));
-    object.insert(QStringLiteral("uncertain"), outcome.isUncertain());
-    printOut(jsonLine(object));
+    const QJsonArray writes = {writeToJson(tag, value, outcome)};
+    printOut(
+        jsonLine({{QStringLiteral("writes"), writes},
+                  {QStringLiteral("summary"), requestSummary({outcome}, !outcome.interrupted)}}));
 }
 
 void report(const Tag &tag, const QString &value, const RequestOutcome &outcome, bool json)

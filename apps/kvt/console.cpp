@@ -1,6 +1,7 @@
 #include "apps/kvt/console.h"
 
 #include "apps/kvt/exit_codes.h"
+#include "apps/kvt/wall_clock.h"
 
 #include <QCoreApplication>
 #include <QJsonDocument>
@@ -56,6 +57,11 @@ QString jsonLine(const QJsonObject &object)
 void printError(const QString &text)
 {
     std::fprintf(stderr, "kvt: %s\n", text.toUtf8().constData());
+}
+
+void printEvent(const QString &text)
+{
+    printError(isoNow() + QLatin1Char(' ') + text);
 }
 
 bool outputIsTerminal()

@@ -25,6 +25,9 @@ QString jsonLine(const QJsonObject &object);
 /// Writes one line, "kvt: text", to standard error.
 void printError(const QString &text);
 
+/// The same for what happens during a run: the time of day stands before the text.
+void printEvent(const QString &text);
+
 /// True when standard output is a terminal, so that it can be drawn on.
 bool outputIsTerminal();
 

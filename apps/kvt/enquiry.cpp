@@ -149,6 +149,7 @@ void Enquiry::attemptEnded(const Attempt &attempt)
     outcome_.resultCode = attempt.resultCode;
     outcome_.attempts = attempt.number;
     outcome_.doubtful = attempt.doubtful;
+    outcome_.endedAt = QDateTime::currentDateTime();
     outcome_.replyTime_ns = attempt.endedAt_ns - attempt.sentAt_ns;
 }
 

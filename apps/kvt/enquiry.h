@@ -5,6 +5,7 @@
 #include "apps/kvt/host_link.h"
 #include "apps/kvt/stop_signal.h"
 
+#include <QDateTime>
 #include <QEventLoop>
 
 #include <mutex>
@@ -23,6 +24,7 @@ struct RequestOutcome {
     int attempts = 0;
     bool doubtful = false;   ///< the last reply does not look like one to the request
     qint64 replyTime_ns = 0; ///< last attempt: from the request's last byte to the end
+    QDateTime endedAt;       ///< last attempt: when it ended
     quint16 raw = 0;         ///< the value of a good read
     WriteReport write;       ///< final state of a write
 

@@ -1,59 +1,19 @@
 #include "apps/kvt/outcome_text.h"
 
-#include "host/statistics.h"
+#include "host/verdict.h"
 
 namespace kvt
 {
 
-namespace
-{
-
-QString judgedText(int resultCode)
-{
-    switch (outcomeOf(resultCode)) {
-    case Outcome::LocalWrongLength:
-    case Outcome::RemoteWrongLength:
-        return QStringLiteral("reply of the wrong length");
-    case Outcome::LocalNoReply:
-    case Outcome::RemoteNoReply:
-        return QStringLiteral("no reply");
-    default:
-        return QStringLiteral("bad reply");
-    }
-}
-
-bool isSuccess(int resultCode)
-{
-    return resultCode == 1 || resultCode == 100;
-}
-
-} // namespace
-
 QString outcomeWord(AttemptEnd end, int resultCode)
 {
-    if (isSuccess(resultCode))
-        return QStringLiteral("ok");
-    switch (end) {
-    case AttemptEnd::Refused:
-        return QStringLiteral("refused");
-    case AttemptEnd::NoReply:
-        return QStringLiteral("no reply");
-    case AttemptEnd::BrokenOff:
-        return QStringLiteral("reply broken off");
-    case AttemptEnd::Foreign:
-        return QStringLiteral("reply of another station");
-    case AttemptEnd::Disturbed:
-        return QStringLiteral("line disturbed");
-    case AttemptEnd::Replied:
-        break;
-    }
-    return judgedText(resultCode);
+    return verdictText(verdictOf(end, resultCode));
 }
 
 QString outcomeText(AttemptEnd end, int resultCode)
 {
     const QString word = outcomeWord(end, resultCode);
-    return resultCode == 0 || isSuccess(resultCode)
+    return resultCode == 0 || verdictOf(end, resultCode) == Verdict::Ok
                ? word
                : QStringLiteral("%1 (%2)").arg(word).arg(resultCode);
 }

@@ -89,12 +89,31 @@ QString speedsText(const PlanReport &report)
 
 QJsonObject stationToJson(const StationPlan &station)
 {
-    return {{QStringLiteral("station"), station.station},
-            {QStringLiteral("reads"), station.reads},
-            {QStringLiteral("share_ms"), millisecondsOf(station.share_ns)},
-            {QStringLiteral("deathOnce_ms"), millisecondsOf(station.deathOnce_ns)},
-            {QStringLiteral("deathProbe_ms"), millisecondsOf(station.deathProbe_ns)},
-            {QStringLiteral("deathUnsupervised_ms"), millisecondsOf(station.deathUnsupervised_ns)}};
+    return {
+        {QStringLiteral("station"), station.station},
+        {QStringLiteral("reads"), station.reads},
+        {QStringLiteral("share_ms"), millisecondsOf(station.share_ns)},
+        {QStringLiteral("death_once_ms"), millisecondsOf(station.deathOnce_ns)},
+        {QStringLiteral("death_probe_ms"), millisecondsOf(station.deathProbe_ns)},
+        {QStringLiteral("death_unsupervised_ms"), millisecondsOf(station.deathUnsupervised_ns)}};
+}
+
+QJsonObject summaryToJson(const PlanReport &report)
+{
+    QJsonObject object{
+        {QStringLiteral("baud"), report.serial.baud},
+        {QStringLiteral("format"), formatText(report.serial)},
+        {QStringLiteral("reads"), report.plan.reads},
+        {QStringLiteral("scan_bytes"), report.plan.bytes},
+        {QStringLiteral("scan_ms"), millisecondsOf(report.plan.scan_ns)},
+        {QStringLiteral("write_alone_ms"), millisecondsOf(report.plan.writeAlone_ns)},
+        {QStringLiteral("write_busy_ms"), millisecondsOf(report.plan.writeBusy_ns)},
+    };
+    if (report.asked_ms > 0) {
+        object.insert(QStringLiteral("asked_ms"), report.asked_ms);
+        object.insert(QStringLiteral("achievable"), isAchievable(report));
+    }
+    return object;
 }
 
 } // namespace
@@ -122,25 +141,13 @@ QJsonObject planToJson(const PlanReport &report)
     QJsonArray stations;
     for (const StationPlan &station : report.plan.stations)
         stations.append(stationToJson(station));
-    QJsonObject speeds;
+    QJsonArray speeds;
     for (auto speed = report.scanAt_ns.begin(); speed != report.scanAt_ns.end(); ++speed)
-        speeds.insert(QString::number(speed.key()), millisecondsOf(*speed));
-    QJsonObject object{
-        {QStringLiteral("baud"), report.serial.baud},
-        {QStringLiteral("format"), formatText(report.serial)},
-        {QStringLiteral("reads"), report.plan.reads},
-        {QStringLiteral("bytes"), report.plan.bytes},
-        {QStringLiteral("scan_ms"), millisecondsOf(report.plan.scan_ns)},
-        {QStringLiteral("scanAt_ms"), speeds},
-        {QStringLiteral("writeAlone_ms"), millisecondsOf(report.plan.writeAlone_ns)},
-        {QStringLiteral("writeBusy_ms"), millisecondsOf(report.plan.writeBusy_ns)},
-        {QStringLiteral("stations"), stations},
-    };
-    if (report.asked_ms > 0) {
-        object.insert(QStringLiteral("asked_ms"), report.asked_ms);
-        object.insert(QStringLiteral("achievable"), isAchievable(report));
-    }
-    return object;
+        speeds.append(QJsonObject{{QStringLiteral("baud"), speed.key()},
+                                  {QStringLiteral("scan_ms"), millisecondsOf(*speed)}});
+    return {{QStringLiteral("stations"), stations},
+            {QStringLiteral("speeds"), speeds},
+            {QStringLiteral("summary"), summaryToJson(report)}};
 }
 
 } // namespace kvt

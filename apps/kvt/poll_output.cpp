@@ -2,7 +2,9 @@
 
 #include "apps/kvt/console.h"
 #include "apps/kvt/outcome_text.h"
+#include "apps/kvt/report_json.h"
 #include "apps/kvt/value_text.h"
+#include "apps/kvt/wall_clock.h"
 
 #include <QJsonArray>
 
@@ -24,23 +26,6 @@ QString statusText(const PollState &state)
     return text;
 }
 
-QJsonObject cellToJson(const Tag &tag, const CellValue &value, const TagResult &result,
-                       qint64 now_ns)
-{
-    QJsonObject object = tagToJson(tag);
-    object.insert(QStringLiteral("quality"), qualityName(value.quality));
-    object.insert(QStringLiteral("result"), result.code);
-    object.insert(QStringLiteral("outcome"), result.code == 0
-                                                 ? QStringLiteral("none yet")
-                                                 : outcomeWord(result.end, result.code));
-    if (value.quality == Quality::NeverRead)
-        return object;
-    object.insert(QStringLiteral("value"), valueNumber(tag, value.raw));
-    object.insert(QStringLiteral("text"), rawText(tag, value.raw));
-    object.insert(QStringLiteral("age_ms"), millisecondsOf(now_ns - value.readAt_ns));
-    return object;
-}
-
 } // namespace
 
 PollOutput::PollOutput(const QVector<Tag> &tags, Form form) : tags_(tags), form_(form), view_(tags)
@@ -49,25 +34,24 @@ PollOutput::PollOutput(const QVector<Tag> &tags, Form form) : tags_(tags), form_
         shown_.append(QString());
 }
 
-void PollOutput::show(const Snapshot &snapshot, const PollState &state)
+void PollOutput::show(const Snapshot &snapshot, const PollState &state, const QJsonObject &summary)
 {
     switch (form_) {
     case Form::Table:
         view_.show(snapshot, statusText(state));
         break;
     case Form::Lines:
-        showLines(snapshot, state);
+        showLines(snapshot);
         break;
     case Form::Json:
-        showJson(snapshot, state);
+        showJson(snapshot, state, summary);
         break;
     }
 }
 
-void PollOutput::showLines(const Snapshot &snapshot, const PollState &state)
+void PollOutput::showLines(const Snapshot &snapshot)
 {
-    const QString time =
-        QString::number(static_cast<double>(state.elapsed_ns) / 1e9, 'f', 3).rightJustified(8);
+    const QString time = isoNow();
     QString text;
     for (int i = 0; i < tags_.size(); ++i) {
         const CellValue &value = snapshot.values.at(i);
@@ -82,16 +66,21 @@ void PollOutput::showLines(const Snapshot &snapshot, const PollState &state)
         printOut(text);
 }
 
-void PollOutput::showJson(const Snapshot &snapshot, const PollState &state) const
+void PollOutput::showJson(const Snapshot &snapshot, const PollState &state,
+                          const QJsonObject &summary) const
 {
     QJsonArray tags;
     for (int i = 0; i < tags_.size(); ++i)
-        tags.append(
-            cellToJson(tags_.at(i), snapshot.values.at(i), snapshot.results.at(i), snapshot.at_ns));
-    printOut(jsonLine({{QStringLiteral("elapsed_ms"), millisecondsOf(state.elapsed_ns)},
+        tags.append(polledTagToJson(tags_.at(i), snapshot.values.at(i), snapshot.results.at(i),
+                                    snapshot.at_ns));
+    QJsonObject object{{QStringLiteral("time"), isoNow()},
+                       {QStringLiteral("elapsed_ms"), millisecondsOf(state.elapsed_ns)},
                        {QStringLiteral("scans"), state.scans},
                        {QStringLiteral("line_up"), state.lineIsUp},
-                       {QStringLiteral("tags"), tags}}));
+                       {QStringLiteral("tags"), tags}};
+    if (!summary.isEmpty())
+        object.insert(QStringLiteral("summary"), summary);
+    printOut(jsonLine(object));
 }
 
 } // namespace kvt

@@ -4,6 +4,7 @@
 
 #include "apps/kvt/live_view.h"
 
+#include <QJsonObject>
 #include <QStringList>
 
 namespace kvt
@@ -28,12 +29,14 @@ public:
     PollOutput(const QVector<Tag> &tags, Form form);
 
     /// Table: draws it anew. Lines: those tags whose value, quality or result has changed. Json:
-    /// one object with all tags.
-    void show(const Snapshot &snapshot, const PollState &state);
+    /// one object with all tags, and with the summary, which is empty but at the end.
+    void show(const Snapshot &snapshot, const PollState &state,
+              const QJsonObject &summary = QJsonObject());
 
 private:
-    void showLines(const Snapshot &snapshot, const PollState &state);
-    void showJson(const Snapshot &snapshot, const PollState &state) const;
+    void showLines(const Snapshot &snapshot);
+    void showJson(const Snapshot &snapshot, const PollState &state,
+                  const QJsonObject &summary) const;
 
     QVector<Tag> tags_;
     Form form_;

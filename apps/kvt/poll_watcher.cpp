@@ -52,7 +52,7 @@ void PollWatcher::stationSwitched(int station, bool on)
 {
     if (!verbose_)
         return;
-    printError(on ? QStringLiteral("station %1 works again").arg(station)
+    printEvent(on ? QStringLiteral("station %1 works again").arg(station)
                   : QStringLiteral("station %1 %2 and is polled less often")
                         .arg(station)
                         .arg(stationTrouble(lastEnd_, lastResult_)));
@@ -70,7 +70,7 @@ void PollWatcher::lineChanged(bool up, const QString &reason)
     if (!up && !again)
         quitEventLoop();
     else if (again && verbose_)
-        printError(up ? QStringLiteral("the line is up again")
+        printEvent(up ? QStringLiteral("the line is up again")
                       : QStringLiteral("the line is down: %1").arg(reason));
 }
 

@@ -25,16 +25,9 @@ QString attemptsText(const RequestOutcome &outcome)
 
 } // namespace
 
-QJsonObject outcomeToJson(const Tag &tag, const RequestOutcome &outcome)
+QString requestWord(const RequestOutcome &outcome)
 {
-    QJsonObject object = tagToJson(tag);
-    object.insert(QStringLiteral("ok"), outcome.good);
-    object.insert(QStringLiteral("outcome"), wordOr(outcome, outcomeWord));
-    object.insert(QStringLiteral("result"), outcome.resultCode);
-    object.insert(QStringLiteral("attempts"), outcome.attempts);
-    if (outcome.stationAnswered() && outcome.attempts == 1)
-        object.insert(QStringLiteral("reply_ms"), millisecondsOf(outcome.replyTime_ns));
-    return object;
+    return wordOr(outcome, outcomeWord);
 }
 
 QString failureText(const Tag &tag, const RequestOutcome &outcome)

@@ -4,13 +4,12 @@
 
 #include "apps/kvt/enquiry.h"
 
-#include <QJsonObject>
-
 namespace kvt
 {
 
-/// Returns what was asked for and how it ended, without any value.
-QJsonObject outcomeToJson(const Tag &tag, const RequestOutcome &outcome);
+/// Returns how a request ended in the words of `outcomeWord`, or "interrupted", "line lost" or "not
+/// sent".
+QString requestWord(const RequestOutcome &outcome);
 
 /// Returns the message for a request that has failed.
 QString failureText(const Tag &tag, const RequestOutcome &outcome);

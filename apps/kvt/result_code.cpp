@@ -141,9 +141,9 @@ QString codeText(const CodeExplanation &explanation)
 QJsonObject codeToJson(const CodeExplanation &explanation)
 {
     QJsonObject object{
-        {QStringLiteral("code"), explanation.code},
-        {QStringLiteral("success"), outcomeOf(explanation.code) == Outcome::Success ||
-                                        outcomeOf(explanation.code) == Outcome::SuccessNotStored},
+        {QStringLiteral("result"), explanation.code},
+        {QStringLiteral("ok"), outcomeOf(explanation.code) == Outcome::Success ||
+                                   outcomeOf(explanation.code) == Outcome::SuccessNotStored},
         {QStringLiteral("meaning"), explanation.meaning},
         {QStringLiteral("checks"), QJsonArray::fromStringList(explanation.checks)}};
     if (!explanation.requester.isEmpty())

@@ -1,6 +1,8 @@
 #include "apps/kvt/sim_report.h"
 
 #include "apps/kvt/console.h"
+#include "apps/kvt/wall_clock.h"
+#include "host/statistics_json.h"
 
 #include <QJsonArray>
 #include <QJsonObject>
@@ -44,9 +46,9 @@ QString exchangeText(const Exchange &exchange)
         exchange.station < 0 ? QStringLiteral("?") : QString::number(exchange.station);
     const QString reply =
         exchange.reply.isEmpty() ? QStringLiteral("no reply") : hex(exchange.reply);
-    QString text = QStringLiteral("%1 station %2 %3: %4 -> %5")
-                       .arg(QString::number(exchange.number), station, kindName(exchange.kind),
-                            hex(exchange.request), reply);
+    QString text = QStringLiteral("%1  %2 station %3 %4: %5 -> %6")
+                       .arg(isoNow(), QString::number(exchange.number), station,
+                            kindName(exchange.kind), hex(exchange.request), reply);
     if (!exchange.faults.isEmpty())
         text += QStringLiteral(" [%1]").arg(namesOf(exchange.faults).join(QStringLiteral(", ")));
     return text + QLatin1Char('\n');
@@ -54,29 +56,39 @@ QString exchangeText(const Exchange &exchange)
 
 QJsonObject exchangeObject(const Exchange &exchange)
 {
-    return {
+    QJsonObject object{
+        {QStringLiteral("time"), isoNow()},
         {QStringLiteral("exchange"), exchange.number},
-        {QStringLiteral("station"), exchange.station},
         {QStringLiteral("kind"), kindName(exchange.kind)},
         {QStringLiteral("request"), hex(exchange.request)},
         {QStringLiteral("reply"), hex(exchange.reply)},
         {QStringLiteral("faults"), QJsonArray::fromStringList(namesOf(exchange.faults))},
     };
+    if (exchange.station >= 0)
+        object.insert(QStringLiteral("station"), exchange.station);
+    return object;
 }
 
-// The counters by name, the faults that were committed behind them.
-QVector<QPair<QString, qint64>> namedCounts(const PlcCounters &counters)
+using NamedCounts = QVector<QPair<QString, qint64>>;
+
+NamedCounts namedCounts(const PlcCounters &counters)
 {
-    QVector<QPair<QString, qint64>> counts = {
+    return {
         {QStringLiteral("exchanges"), counters.exchanges},
         {QStringLiteral("reads"), counters.reads},
         {QStringLiteral("writes"), counters.writes},
         {QStringLiteral("commands"), counters.commands},
         {QStringLiteral("refusals"), counters.refusals},
-        {QStringLiteral("notAddressed"), counters.notAddressed},
+        {QStringLiteral("not addressed"), counters.notAddressed},
         {QStringLiteral("unanswered"), counters.unanswered},
-        {QStringLiteral("droppedBytes"), counters.droppedBytes},
+        {QStringLiteral("dropped bytes"), counters.droppedBytes},
     };
+}
+
+// Those that were committed.
+NamedCounts faultCounts(const PlcCounters &counters)
+{
+    NamedCounts counts;
     for (int i = 0; i < FAULT_KINDS; ++i) {
         const qint64 count = counters.faults.at(static_cast<size_t>(i));
         if (count > 0)
@@ -85,11 +97,23 @@ QVector<QPair<QString, qint64>> namedCounts(const PlcCounters &counters)
     return counts;
 }
 
+QJsonObject summaryObject(const PlcCounters &counters)
+{
+    QJsonObject faults;
+    for (const auto &[name, count] : faultCounts(counters))
+        faults.insert(name, count);
+    QJsonObject object{{QStringLiteral("faults"), faults}};
+    for (const auto &[name, count] : namedCounts(counters))
+        object.insert(jsonWord(name), count);
+    return object;
+}
+
 } // namespace
 
 QString lineNameLine(const QString &name, bool json)
 {
-    return json ? jsonLine({{QStringLiteral("line"), name}}) : name + QLatin1Char('\n');
+    return json ? jsonLine({{QStringLiteral("time"), isoNow()}, {QStringLiteral("line"), name}})
+                : name + QLatin1Char('\n');
 }
 
 QString exchangeLine(const Exchange &exchange, bool json)
@@ -99,14 +123,12 @@ QString exchangeLine(const Exchange &exchange, bool json)
 
 QString summaryLine(const PlcCounters &counters, bool json)
 {
-    QStringList texts;
-    QJsonObject object;
-    for (const auto &[name, count] : namedCounts(counters)) {
-        texts.append(QStringLiteral("%1 %2").arg(name).arg(count));
-        object.insert(name, count);
-    }
     if (json)
-        return jsonLine({{QStringLiteral("summary"), object}});
+        return jsonLine({{QStringLiteral("time"), isoNow()},
+                         {QStringLiteral("summary"), summaryObject(counters)}});
+    QStringList texts;
+    for (const auto &[name, count] : namedCounts(counters) + faultCounts(counters))
+        texts.append(QStringLiteral("%1 %2").arg(name).arg(count));
     return texts.join(QStringLiteral(", ")) + QLatin1Char('\n');
 }
 

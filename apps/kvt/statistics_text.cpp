@@ -1,11 +1,11 @@
 #include "apps/kvt/statistics_text.h"
 
 #include "apps/kvt/outcome_text.h"
+#include "host/verdict.h"
 
 #include <QStringList>
 
 #include <array>
-#include <utility>
 
 namespace kvt
 {
@@ -13,46 +13,29 @@ namespace kvt
 namespace
 {
 
-// Of the driver's classes, the two for a request to this PLC and to another one.
-quint64 sumOf(const std::array<quint64, OUTCOMES> &counts, Outcome local, Outcome remote)
+// Each failure under the word that it has as a tag's result.
+QString failuresText(const std::array<quint64, VERDICTS> &counts)
 {
-    return counts.at(static_cast<size_t>(local)) + counts.at(static_cast<size_t>(remote));
-}
-
-// Each failure under the word that it has as a tag's result; the driver, which has fewer classes,
-// judges only what was handed to it.
-QString failuresText(const StationStatistics &station)
-{
-    const auto &judged = station.failures.at(static_cast<size_t>(AttemptEnd::Replied));
-    const quint64 empty = sumOf(judged, Outcome::LocalNoReply, Outcome::RemoteNoReply);
-    const quint64 wrongLength =
-        sumOf(judged, Outcome::LocalWrongLength, Outcome::RemoteWrongLength);
-    const std::pair<const char *, quint64> kinds[] = {
-        {"no reply", station.failuresAt(AttemptEnd::NoReply) + empty},
-        {"refused", station.failuresAt(AttemptEnd::Refused)},
-        {"bad reply", station.failuresAt(AttemptEnd::Replied) - empty - wrongLength},
-        {"wrong length", wrongLength},
-        {"broken off", station.failuresAt(AttemptEnd::BrokenOff)},
-        {"reply of another station", station.failuresAt(AttemptEnd::Foreign)},
-        {"line disturbed", station.failuresAt(AttemptEnd::Disturbed)},
-    };
     QStringList texts;
-    for (const auto &[name, count] : kinds)
-        if (count > 0)
-            texts.append(QStringLiteral("%1 %2").arg(QLatin1String(name)).arg(count));
+    for (size_t i = 0; i < counts.size(); ++i)
+        if (static_cast<Verdict>(i) != Verdict::Ok && counts.at(i) > 0)
+            texts.append(QStringLiteral("%1 %2")
+                             .arg(verdictText(static_cast<Verdict>(i)))
+                             .arg(counts.at(i)));
     return QStringLiteral(" (%1)").arg(texts.join(QStringLiteral(", ")));
 }
 
 QString countsText(const StationStatistics &station)
 {
-    const quint64 good = sumOf(station.outcomes, Outcome::Success, Outcome::SuccessNotStored);
-    QString text = QStringLiteral("exchanges %1, good %2, failed %3")
+    const std::array<quint64, VERDICTS> counts = verdictCounts(station);
+    const quint64 ok = counts.at(static_cast<size_t>(Verdict::Ok));
+    QString text = QStringLiteral("exchanges %1, ok %2, failed %3")
                        .arg(station.exchanges)
-                       .arg(good)
-                       .arg(station.exchanges - good);
-    if (station.exchanges != good)
-        text += failuresText(station);
-    text += QStringLiteral(", attempts repeated %1").arg(station.retries);
+                       .arg(ok)
+                       .arg(station.exchanges - ok);
+    if (station.exchanges != ok)
+        text += failuresText(counts);
+    text += QStringLiteral(", retries %1").arg(station.retries);
     if (station.doubtfulReplies > 0)
         text += QStringLiteral(", doubtful replies %1").arg(station.doubtfulReplies);
     return text;

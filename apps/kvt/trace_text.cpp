@@ -3,6 +3,7 @@
 #include "apps/kvt/frames/frame_explanation.h"
 #include "apps/kvt/frames/frame_text.h"
 #include "apps/kvt/result_code.h"
+#include "apps/kvt/wall_clock.h"
 
 namespace kvt
 {
@@ -64,11 +65,15 @@ QJsonObject TraceText::json(const TraceRecord &record)
     const QString text = textOf(record);
     if (text.isEmpty())
         return QJsonObject();
-    QJsonObject object{{QStringLiteral("time_s"), record.stamp.toDouble()},
-                       {QStringLiteral("line"), record.line},
+    const double elapsed_ms = record.stamp.toDouble() * 1000;
+    QJsonObject object{{QStringLiteral("elapsed_ms"), elapsed_ms},
+                       {QStringLiteral("file_line"), record.line},
                        {QStringLiteral("exchange"), record.exchange},
                        {QStringLiteral("record"), QString::fromLatin1(record.name)},
                        {QStringLiteral("text"), text}};
+    if (startedAt_.isValid())
+        object.insert(QStringLiteral("time"),
+                      isoTime(startedAt_.addMSecs(static_cast<qint64>(elapsed_ms))));
     const bool isFrame = record.is(trace::SENT) || record.is(trace::JUDGED);
     if (isFrame && !record.bytes(0).isEmpty())
         object.insert(

@@ -15,8 +15,12 @@ namespace kvt
 class TraceText
 {
 public:
-    /// Requests name those of `tags` that they concern; may be empty.
-    explicit TraceText(const QVector<Tag> &tags) : tags_(tags) {}
+    /// Requests name those of `tags` that they concern; may be empty. `startedAt` is the time of
+    /// day from which the stamps count; invalid when it is not known.
+    TraceText(const QVector<Tag> &tags, const QDateTime &startedAt)
+        : tags_(tags), startedAt_(startedAt)
+    {
+    }
 
     /// One line of text with its end. Empty for records that say nothing beyond their neighbours.
     QString line(const TraceRecord &record);
@@ -31,6 +35,7 @@ private:
     QString judgedText(const TraceRecord &record) const;
 
     QVector<Tag> tags_;
+    QDateTime startedAt_;
     QByteArray request_;
 };
 

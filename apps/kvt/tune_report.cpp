@@ -1,6 +1,8 @@
 #include "apps/kvt/tune_report.h"
 
 #include "apps/kvt/outcome_text.h"
+#include "apps/kvt/wall_clock.h"
+#include "host/statistics_json.h"
 
 #include <QJsonArray>
 
@@ -28,16 +30,30 @@ double withMargin(qint64 time_ns, int margin_percent)
 
 QJsonObject stationToJson(int number, const StationStatistics &station)
 {
-    const Histogram &times = station.replyTime;
-    QJsonObject object{{QStringLiteral("station"), number},
-                       {QStringLiteral("attempts"), static_cast<double>(station.attempts)},
-                       {QStringLiteral("replies"), static_cast<double>(times.count())}};
-    if (times.count() == 0)
-        return object;
-    object.insert(QStringLiteral("min_ms"), millisecondsOf(times.least_ns()));
-    object.insert(QStringLiteral("median_ms"), millisecondsOf(times.quantile_ns(0.5)));
-    object.insert(QStringLiteral("p99_ms"), millisecondsOf(times.quantile_ns(0.99)));
-    object.insert(QStringLiteral("max_ms"), millisecondsOf(times.greatest_ns()));
+    return {{QStringLiteral("station"), number},
+            {QStringLiteral("attempts"), static_cast<double>(station.attempts)},
+            {QStringLiteral("reply_time"), timesToJson(station.replyTime)}};
+}
+
+QJsonObject trialToJson(const TuneTrial &trial)
+{
+    return {{QStringLiteral("timeout_ms"), trial.timeout_ms},
+            {QStringLiteral("attempts"), static_cast<double>(trial.attempts)},
+            {QStringLiteral("failed"), static_cast<double>(trial.failures)},
+            {QStringLiteral("failed_percent"), 100 * trial.errorRate()},
+            {QStringLiteral("scan_ms"), millisecondsOf(trial.scan_ns)}};
+}
+
+QJsonObject summaryToJson(const TuneReport &report)
+{
+    QJsonObject object{{QStringLiteral("complete"), report.complete}};
+    if (report.timeout_ms > 0)
+        object.insert(QStringLiteral("recommended"),
+                      QJsonObject{{QStringLiteral("timeout_ms"), report.timeout_ms},
+                                  {QStringLiteral("retries"), report.retries},
+                                  {QStringLiteral("asked_margin_percent"), report.margin_percent},
+                                  {QStringLiteral("slowest_reply_ms"),
+                                   millisecondsOf(slowestReply_ns(report.first))}});
     return object;
 }
 
@@ -175,26 +191,15 @@ QJsonObject tuneToJson(const TuneReport &report)
         stations.append(stationToJson(station.key(), *station));
     QJsonArray trials;
     for (const TuneTrial &trial : report.trials)
-        trials.append(QJsonObject{{QStringLiteral("timeout_ms"), trial.timeout_ms},
-                                  {QStringLiteral("attempts"), static_cast<double>(trial.attempts)},
-                                  {QStringLiteral("failures"), static_cast<double>(trial.failures)},
-                                  {QStringLiteral("errorRate"), trial.errorRate()},
-                                  {QStringLiteral("scan_ms"), millisecondsOf(trial.scan_ns)}});
+        trials.append(trialToJson(trial));
     QJsonArray silent;
     for (const int station : report.silentStations)
         silent.append(station);
-    QJsonObject object{{QStringLiteral("complete"), report.complete},
-                       {QStringLiteral("stations"), stations},
-                       {QStringLiteral("silentStations"), silent},
-                       {QStringLiteral("trials"), trials}};
-    if (report.timeout_ms > 0)
-        object.insert(QStringLiteral("recommended"),
-                      QJsonObject{{QStringLiteral("timeout_ms"), report.timeout_ms},
-                                  {QStringLiteral("retries"), report.retries},
-                                  {QStringLiteral("asked_margin_percent"), report.margin_percent},
-                                  {QStringLiteral("slowestReply_ms"),
-                                   millisecondsOf(slowestReply_ns(report.first))}});
-    return object;
+    return {{QStringLiteral("time"), isoNow()},
+            {QStringLiteral("stations"), stations},
+            {QStringLiteral("silent_stations"), silent},
+            {QStringLiteral("trials"), trials},
+            {QStringLiteral("summary"), summaryToJson(report)}};
 }
 
 } // namespace kvt

@@ -43,18 +43,6 @@ int valueNumber(const Tag &tag, quint16 raw)
     return tag.type == ValueType::S16 ? static_cast<qint16>(raw) : raw;
 }
 
-QJsonObject tagToJson(const Tag &tag)
-{
-    QJsonObject object{
-        {QStringLiteral("area"), areaName(tag.area)},
-        {QStringLiteral("address"), tag.address},
-        {QStringLiteral("station"), tag.station},
-    };
-    if (!tag.name.isEmpty())
-        object.insert(QStringLiteral("name"), tag.name);
-    return object;
-}
-
 QString placeText(const Tag &tag)
 {
     const QString place =

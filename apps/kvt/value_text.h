@@ -1,4 +1,4 @@
-// Values as text and as JSON.
+// Values as text.
 #ifndef KVT_APPS_KVT_VALUE_TEXT_H
 #define KVT_APPS_KVT_VALUE_TEXT_H
 
@@ -6,7 +6,7 @@
 #include "host/value_table.h"
 #include "tags/tag.h"
 
-#include <QJsonObject>
+#include <QString>
 
 namespace kvt
 {
@@ -25,9 +25,6 @@ QString resultText(const TagResult &result);
 
 /// Returns a value as a number, with its sign if the tag's type has one.
 int valueNumber(const Tag &tag, quint16 raw);
-
-/// Returns what names a tag: its name if it has one, its area, address and station.
-QJsonObject tagToJson(const Tag &tag);
 
 /// Returns "D 5.2.1 at station 1", with the tag's name if it has one: "level (D 5.2.1 at station
 /// 1)".

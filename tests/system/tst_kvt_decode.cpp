@@ -37,7 +37,7 @@ QJsonObject decoded(const QString &frame)
 {
     KvtProcess kvt;
     return kvt.run({QStringLiteral("decode"), QStringLiteral("--json"), frame}) == 0
-               ? kvt.outputObject()
+               ? kvt.readObject()
                : QJsonObject();
 }
 
@@ -76,7 +76,7 @@ void TestKvtDecode::framesBecomeObjectsOfJson()
     QCOMPARE(object.value(QStringLiteral("frame")).toString(), frame);
     QCOMPARE(object.value(QStringLiteral("kind")).toString(), kind);
     QCOMPARE(object.value(QStringLiteral("station")).toInt(), station);
-    QVERIFY(object.value(QStringLiteral("summary")).toString().contains(part));
+    QVERIFY(object.value(QStringLiteral("text")).toString().contains(part));
     const QString problems = problemsOf(object);
     QVERIFY2(problem.isEmpty() ? problems.isEmpty() : problems.contains(problem),
              qPrintable(problems));
@@ -125,7 +125,7 @@ void TestKvtDecode::framesAreReadFromStandardInput()
     QVERIFY(kvt.waitForFinished());
     QCOMPARE(kvt.exitCode(), 0);
     const QByteArrayList lines = kvt.readAllStandardOutput().trimmed().split('\n');
-    QCOMPARE(lines.size(), 2);
+    QCOMPARE(lines.size(), 3);
     for (const QByteArray &line : lines)
         QVERIFY(QJsonDocument::fromJson(line).isObject());
 }
@@ -201,11 +201,11 @@ void TestKvtDecode::codesAreExplainedAsJson()
                       QStringLiteral("43")}),
              0);
     const QJsonObject success = kvt.readObject();
-    QCOMPARE(success.value(QStringLiteral("code")).toInt(), 1);
-    QCOMPARE(success.value(QStringLiteral("success")).toBool(), true);
+    QCOMPARE(success.value(QStringLiteral("result")).toInt(), 1);
+    QCOMPARE(success.value(QStringLiteral("ok")).toBool(), true);
     const QJsonObject failure = kvt.readObject();
-    QCOMPARE(failure.value(QStringLiteral("code")).toInt(), 43);
-    QCOMPARE(failure.value(QStringLiteral("success")).toBool(true), false);
+    QCOMPARE(failure.value(QStringLiteral("result")).toInt(), 43);
+    QCOMPARE(failure.value(QStringLiteral("ok")).toBool(true), false);
     QCOMPARE(failure.value(QStringLiteral("requester")).toString(), QStringLiteral("requester 2"));
     QVERIFY(failure.value(QStringLiteral("checks")).toArray().size() > 2);
 }

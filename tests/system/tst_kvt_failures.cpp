@@ -38,7 +38,7 @@ void TestKvtFailures::aFailingStationIsToldByWhatItDoes_data()
     QTest::newRow("refuse") << QByteArray("refuses requests") << QByteArray("refused");
     QTest::newRow("badend") << QByteArray("answers badly (bad reply)") << QByteArray("bad reply");
     QTest::newRow("truncate") << QByteArray("answers badly (reply broken off)")
-                              << QByteArray("broken off");
+                              << QByteArray("reply broken off");
     QTest::newRow("extra") << QByteArray("cannot be heard (line disturbed)")
                            << QByteArray("line disturbed");
 }
@@ -53,11 +53,11 @@ void TestKvtFailures::aFailingStationIsToldByWhatItDoes()
     KvtProcess kvt;
     QCOMPARE(kvt.run(pollArguments(line, "--cycles 6 --timeout 200 --retries 0")), 1);
     const QByteArray errors = kvt.errors();
-    QVERIFY2(errors.contains("kvt: station 2 " + told + " and is polled less often\n"),
+    QVERIFY2(errors.contains(" station 2 " + told + " and is polled less often\n"),
              errors.constData());
     const QByteArray summary = kvt.output();
     const QRegularExpression counts(
-        QStringLiteral("\nstation 2: exchanges ([0-9]+), good 0, failed \\1 \\(%1 \\1\\), ")
+        QStringLiteral("\nstation 2: exchanges ([0-9]+), ok 0, failed \\1 \\(%1 \\1\\), ")
             .arg(QString::fromLatin1(counted)));
     QVERIFY2(counts.match(QString::fromUtf8(summary)).hasMatch(), summary.constData());
 }
@@ -70,15 +70,15 @@ void TestKvtFailures::aPollCountsDoubtfulReplies()
     QCOMPARE(kvt.run(pollArguments(line, "--cycles 3")), 0);
     const QByteArray summary = kvt.output();
     const QRegularExpression counts(QStringLiteral(
-        "\nstation 2: exchanges ([0-9]+), good \\1, failed 0, .*, doubtful replies \\1\n"));
+        "\nstation 2: exchanges ([0-9]+), ok \\1, failed 0, .*, doubtful replies \\1\n"));
     const QRegularExpressionMatch match = counts.match(QString::fromUtf8(summary));
     QVERIFY2(match.hasMatch(), summary.constData());
-    QVERIFY(QRegularExpression(QStringLiteral("\nstation 1: [^\n]* repeated [0-9]+\n"))
+    QVERIFY(QRegularExpression(QStringLiteral("\nstation 1: [^\n]* retries [0-9]+\n"))
                 .match(QString::fromUtf8(summary))
                 .hasMatch());
     const QByteArray errors = kvt.errors();
-    QVERIFY2(errors.startsWith("kvt: " + match.captured(1).toLatin1() +
-                               " replies do not look like the station's own and were taken "),
+    QVERIFY2(errors.contains(' ' + match.captured(1).toLatin1() +
+                             " replies do not look like the station's own and were taken "),
              errors.constData());
 }
 
@@ -91,12 +91,12 @@ void TestKvtFailures::doubtfulRepliesCanBeRefused()
         kvt.run(pollArguments(line, "--cycles 6 --timeout 200 --retries 0 --reply-check refuse")),
         1);
     const QByteArray errors = kvt.errors();
-    QVERIFY2(errors.contains("kvt: station 2 answers badly (reply of another station) and "),
+    QVERIFY2(errors.contains(" station 2 answers badly (reply of another station) and "),
              errors.constData());
     QVERIFY2(!errors.contains("taken all the same"), errors.constData());
     const QByteArray summary = kvt.output();
     const QRegularExpression counts(QStringLiteral(
-        "\nstation 2: exchanges ([0-9]+), good 0, failed \\1 \\(reply of another station \\1\\)"));
+        "\nstation 2: exchanges ([0-9]+), ok 0, failed \\1 \\(reply of another station \\1\\)"));
     QVERIFY2(counts.match(QString::fromUtf8(summary)).hasMatch(), summary.constData());
 }
 

@@ -34,6 +34,10 @@ private:
                    ? kvt.outputObject()
                    : QJsonObject();
     }
+    QJsonObject summary(const char *more, int status = 0) const
+    {
+        return plan(more, status).value(QStringLiteral("summary")).toObject();
+    }
 };
 
 // A byte, a word and a block: 14 + 16 + 152 bytes a scan.
@@ -48,20 +52,25 @@ void TestKvtPlan::initTestCase()
 void TestKvtPlan::theScanFollowsFromBytesAndTurnaround()
 {
     const QJsonObject object = plan("--baud 9600 --turnaround 4 --overhead 1000");
-    QCOMPARE(object.value(QStringLiteral("reads")).toInt(), 3);
-    QCOMPARE(object.value(QStringLiteral("bytes")).toInt(), 182);
+    const QJsonValue summary = object.value(QStringLiteral("summary"));
+    QCOMPARE(summary[QStringLiteral("reads")].toInt(), 3);
+    QCOMPARE(summary[QStringLiteral("scan_bytes")].toInt(), 182);
     // 182 bytes of 10 bits at 9,600 baud are 189.58 ms.
-    const double scan_ms = object.value(QStringLiteral("scan_ms")).toDouble();
+    const double scan_ms = summary[QStringLiteral("scan_ms")].toDouble();
     QVERIFY(qAbs(scan_ms - (189.583 + 3 * 4 + 3 * 1)) < 0.01);
-    QCOMPARE(object[QStringLiteral("scanAt_ms")][QStringLiteral("9600")].toDouble(), scan_ms);
+    const QJsonArray speeds = object.value(QStringLiteral("speeds")).toArray();
+    QCOMPARE(speeds.size(), 8);
+    QCOMPARE(speeds.at(3)[QStringLiteral("baud")].toInt(), 9600);
+    QCOMPARE(speeds.at(3)[QStringLiteral("scan_ms")].toDouble(), scan_ms);
     QCOMPARE(object.value(QStringLiteral("stations")).toArray().size(), 2);
 }
 
 void TestKvtPlan::speedAndFormatCount()
 {
-    const double at8N1_ms =
-        plan("--baud 1200 --turnaround 0 --overhead 0").value(QStringLiteral("scan_ms")).toDouble();
-    const double at7E2_ms = plan("--baud 1200 --turnaround 0 --overhead 0 --format 7E2")
+    const double at8N1_ms = summary("--baud 1200 --turnaround 0 --overhead 0")
+                                .value(QStringLiteral("scan_ms"))
+                                .toDouble();
+    const double at7E2_ms = summary("--baud 1200 --turnaround 0 --overhead 0 --format 7E2")
                                 .value(QStringLiteral("scan_ms"))
                                 .toDouble();
     QVERIFY(qAbs(at8N1_ms - 1516.667) < 0.01);
@@ -71,15 +80,15 @@ void TestKvtPlan::speedAndFormatCount()
 void TestKvtPlan::aWriteBehindOthersWaitsForTheReadsBetween()
 {
     // At 1,200 baud: 18 bytes of a write take 150 ms, 152 of a block 1,266.7 ms.
-    const QJsonObject object = plan("--baud 1200 --turnaround 0 --overhead 0 --writes 7");
-    QVERIFY(qAbs(object.value(QStringLiteral("writeAlone_ms")).toDouble() - 1416.667) < 0.01);
+    const QJsonObject object = summary("--baud 1200 --turnaround 0 --overhead 0 --writes 7");
+    QVERIFY(qAbs(object.value(QStringLiteral("write_alone_ms")).toDouble() - 1416.667) < 0.01);
     KvtProcess text;
     QCOMPARE(text.run(arguments("--writes 7")), 0);
     QVERIFY(text.output().contains(" behind 7 other writes with all lists busy"));
     KvtProcess alone;
     QCOMPARE(alone.run(arguments("--writes 0")), 0);
     QVERIFY(alone.output().contains(" as the only write with all lists busy"));
-    QVERIFY(qAbs(object.value(QStringLiteral("writeBusy_ms")).toDouble() -
+    QVERIFY(qAbs(object.value(QStringLiteral("write_busy_ms")).toDouble() -
                  (9 * 150 + 12 * 1266.6667)) < 0.01);
 }
 
@@ -90,11 +99,12 @@ void TestKvtPlan::whatIsAskedIsComparedWithWhatIsAchievable()
     const QByteArray text = kvt.output();
     QVERIFY2(text.contains("\n100 ms asked, 196.2 ms achievable; 38400 baud would do\n"), text);
     QVERIFY(kvt.errors().isEmpty());
-    const QJsonObject slow = plan("--asked 100", 1);
+    const QJsonObject slow = summary("--asked 100", 1);
     QCOMPARE(slow.value(QStringLiteral("achievable")).toBool(true), false);
     QCOMPARE(slow.value(QStringLiteral("asked_ms")).toInt(), 100);
-    QCOMPARE(plan("--asked 100 --baud 38400").value(QStringLiteral("achievable")).toBool(), true);
-    QVERIFY(!plan("--baud 38400").contains(QStringLiteral("achievable")));
+    QCOMPARE(summary("--asked 100 --baud 38400").value(QStringLiteral("achievable")).toBool(),
+             true);
+    QVERIFY(!summary("--baud 38400").contains(QStringLiteral("achievable")));
     KvtProcess never;
     QCOMPARE(never.run(arguments("--asked 1")), 1);
     QVERIFY(never.output().contains("no speed up to 115200 baud is enough"));

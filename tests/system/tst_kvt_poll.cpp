@@ -102,8 +102,7 @@ void TestKvtPoll::everyTagIsShownAsJson()
     KvtProcess kvt;
     QCOMPARE(kvt.run(pollArguments(line, "--cycles 3 --json")), 0);
     const QVector<QJsonObject> shown = objects(&kvt);
-    QVERIFY(shown.size() >= 2);
-    const QJsonObject last = shown.at(shown.size() - 2);
+    const QJsonObject last = shown.last();
     QCOMPARE(last.value(QStringLiteral("tags")).toArray().size(), 5);
     QCOMPARE(last.value(QStringLiteral("line_up")).toBool(), true);
     QVERIFY(last.value(QStringLiteral("scans")).toInt() >= 3);
@@ -147,8 +146,7 @@ void TestKvtPoll::itEndsAfterTheTimeAsked()
     KvtProcess kvt;
     QCOMPARE(kvt.run(pollArguments(line, "--seconds 1 --json --interval 100")), 0);
     const QVector<QJsonObject> shown = objects(&kvt);
-    const double elapsed_ms =
-        shown.at(shown.size() - 2).value(QStringLiteral("elapsed_ms")).toDouble();
+    const double elapsed_ms = shown.last().value(QStringLiteral("elapsed_ms")).toDouble();
     QVERIFY(elapsed_ms >= 1000);
 }
 
@@ -162,14 +160,12 @@ void TestKvtPoll::ctrlCEndsWithTheSummary()
         QVERIFY(kvt.isRunning());
     kvt.interrupt();
     QCOMPARE(kvt.finish(), 0);
-    const QJsonObject summary = objects(&kvt).last();
-    QVERIFY(summary.value(QStringLiteral("scans")).toInt() >= 1);
-    QCOMPARE(summary.value(QStringLiteral("summary"))
-                 .toObject()
-                 .value(QStringLiteral("stations"))
-                 .toObject()
-                 .keys(),
-             QStringList({QStringLiteral("1"), QStringLiteral("2")}));
+    const QJsonValue summary = objects(&kvt).last().value(QStringLiteral("summary"));
+    QVERIFY(summary[QStringLiteral("scans")].toInt() >= 1);
+    const QJsonArray stations = summary[QStringLiteral("stations")].toArray();
+    QCOMPARE(stations.size(), 2);
+    QCOMPARE(stations.at(0)[QStringLiteral("station")].toInt(), 1);
+    QCOMPARE(stations.at(1)[QStringLiteral("station")].toInt(), 2);
 }
 
 void TestKvtPoll::aDeadStationIsShownAndTold()
@@ -179,17 +175,17 @@ void TestKvtPoll::aDeadStationIsShownAndTold()
     KvtProcess kvt;
     QCOMPARE(kvt.run(pollArguments(line, "--cycles 6 --timeout 200 --retries 0 --json")), 1);
     const QVector<QJsonObject> shown = objects(&kvt);
-    const QJsonObject last = shown.at(shown.size() - 2);
+    const QJsonObject last = shown.last();
     QCOMPARE(tagOf(last, "level").value(QStringLiteral("quality")).toString(),
              QStringLiteral("good"));
     const QJsonObject speed = tagOf(last, "speed");
-    QCOMPARE(speed.value(QStringLiteral("quality")).toString(), QStringLiteral("never read"));
+    QCOMPARE(speed.value(QStringLiteral("quality")).toString(), QStringLiteral("never_read"));
     QCOMPARE(speed.value(QStringLiteral("result")).toInt(), 41);
-    QCOMPARE(speed.value(QStringLiteral("outcome")).toString(), QStringLiteral("no reply"));
+    QCOMPARE(speed.value(QStringLiteral("outcome")).toString(), QStringLiteral("no_reply"));
     QVERIFY(!speed.contains(QStringLiteral("value")));
     const QByteArray errors = kvt.errors();
-    QVERIFY2(errors.contains("kvt: station 2 does not answer"), errors.constData());
-    QVERIFY2(errors.endsWith("kvt: 2 of 5 tags have no good value\n"), errors.constData());
+    QVERIFY2(errors.contains(" station 2 does not answer"), errors.constData());
+    QVERIFY2(errors.endsWith(" 2 of 5 tags have no good value\n"), errors.constData());
 }
 
 void TestKvtPoll::valuesOfADeadLineAreNoSuccess()
@@ -203,8 +199,8 @@ void TestKvtPoll::valuesOfADeadLineAreNoSuccess()
     kvt.interrupt();
     QCOMPARE(kvt.finish(), 1);
     const QByteArray errors = kvt.errors();
-    QVERIFY2(errors.contains("\nkvt: the line is still down: "), errors.constData());
-    QVERIFY2(errors.endsWith("kvt: 5 of 5 tags have no good value\n"), errors.constData());
+    QVERIFY2(errors.contains(" the line is still down: "), errors.constData());
+    QVERIFY2(errors.endsWith(" 5 of 5 tags have no good value\n"), errors.constData());
 }
 
 // Each of the five readings takes longer than a value stays good.
@@ -249,11 +245,13 @@ void TestKvtPoll::refusalsAreCountedAsSuch()
     const QByteArray summary = text.output();
     // The poll may go a little way into the next scan.
     const QRegularExpression counts(
-        QStringLiteral("\\nstation 2: exchanges ([0-9]+), good 0, failed \\1 \\(refused \\1\\), "));
+        QStringLiteral("\\nstation 2: exchanges ([0-9]+), ok 0, failed \\1 \\(refused \\1\\), "));
     QVERIFY2(counts.match(QString::fromUtf8(summary)).hasMatch(), summary.constData());
     KvtProcess json;
     QCOMPARE(json.run(pollArguments(line, "--cycles 1 --retries 0 --json")), 1);
-    QVERIFY(totalOf(objects(&json).last()).value(QStringLiteral("refusals")).toInt() >= 2);
+    QVERIFY(totalOf(objects(&json).last())
+                .value(QStringLiteral("outcomes"))[QStringLiteral("refused")]
+                .toInt() >= 2);
 }
 
 void TestKvtPoll::useIsToldOfALineThatHasALimit()
@@ -311,8 +309,8 @@ void TestKvtPoll::aLineThatBreaksIsWaitedFor()
     KvtProcess kvt;
     QCOMPARE(kvt.run(pollArguments(line, "--cycles 5")), 0);
     const QByteArray errors = kvt.errors();
-    QVERIFY2(errors.startsWith("kvt: the line is down: "), errors.constData());
-    QVERIFY2(errors.endsWith("\nkvt: the line is up again\n"), errors.constData());
+    QVERIFY2(errors.contains(" the line is down: "), errors.constData());
+    QVERIFY2(errors.endsWith(" the line is up again\n"), errors.constData());
     QVERIFY(kvt.output().contains("line failures: 1\n"));
 }
 

@@ -23,6 +23,13 @@ QJsonObject onlyRead(KvtProcess *kvt)
     return reads.size() == 1 ? reads.first().toObject() : QJsonObject();
 }
 
+// The only entry of what kvt write --json prints.
+QJsonObject onlyWrite(KvtProcess *kvt)
+{
+    const QJsonArray writes = kvt->outputObject().value(QStringLiteral("writes")).toArray();
+    return writes.size() == 1 ? writes.first().toObject() : QJsonObject();
+}
+
 } // namespace
 
 class TestKvtRead : public QObject
@@ -92,10 +99,10 @@ void TestKvtRead::theWireCarriesOneRequestForEach()
     QCOMPARE(write.run(line.arguments(QStringLiteral("write X 1.2.0 255"))), 0);
     KvtProcess read;
     QCOMPARE(read.run(line.arguments(QStringLiteral("read D 5.2.1"))), 0);
-    QVERIFY(line.plc().readLine().startsWith(
-        "1 station 1 write: 05 30 31 30 31 32 31 46 46 0D -> 06 30 31 "));
+    QVERIFY(line.plc().readLine().contains(
+        "  1 station 1 write: 05 30 31 30 31 32 31 46 46 0D -> 06 30 31 "));
     QVERIFY(
-        line.plc().readLine().startsWith("2 station 1 read: 05 30 31 30 35 32 38 0D -> 06 30 31 "));
+        line.plc().readLine().contains("  2 station 1 read: 05 30 31 30 35 32 38 0D -> 06 30 31 "));
     line.plc().interrupt();
     QCOMPARE(line.plc().finish(), 0);
     QVERIFY(line.plc().output().startsWith("exchanges 2, "));
@@ -142,7 +149,7 @@ void TestKvtRead::negativeNumbersAreValues()
     QVERIFY(plain.output().startsWith("D 3.4.0 at station 1: -5 acknowledged"));
     KvtProcess json;
     QCOMPARE(json.run(line.arguments(QStringLiteral("write --json D 3.4.0 --json -7"))), 0);
-    QCOMPARE(json.outputObject().value(QStringLiteral("text")).toString(), QStringLiteral("-7"));
+    QCOMPARE(onlyWrite(&json).value(QStringLiteral("text")).toString(), QStringLiteral("-7"));
     KvtProcess tag;
     QCOMPARE(tag.run(line.arguments(QStringLiteral("write offset -9")) +
                      QStringList{QStringLiteral("--tags"), line.tagFile()}),
@@ -187,7 +194,7 @@ void TestKvtRead::aStationThatIsNotThereGivesNoReply()
              1);
     const QJsonObject object = onlyRead(&kvt);
     QCOMPARE(object.value(QStringLiteral("ok")).toBool(true), false);
-    QCOMPARE(object.value(QStringLiteral("outcome")).toString(), QStringLiteral("no reply"));
+    QCOMPARE(object.value(QStringLiteral("outcome")).toString(), QStringLiteral("no_reply"));
     QCOMPARE(object.value(QStringLiteral("result")).toInt(), 41);
     QVERIFY(!object.contains(QStringLiteral("value")));
 }
@@ -200,7 +207,7 @@ void TestKvtRead::aRefusedWriteIsToldInWords()
     QCOMPARE(text.errors(), QByteArray("kvt: D 9.9.0 at station 1: refused (11)\n"));
     KvtProcess json;
     QCOMPARE(json.run(line.arguments(QStringLiteral("write D 9.9.0 1 --retries 0 --json"))), 1);
-    const QJsonObject object = json.outputObject();
+    const QJsonObject object = onlyWrite(&json);
     QCOMPARE(object.value(QStringLiteral("state")).toString(), QStringLiteral("refused"));
     QCOMPARE(object.value(QStringLiteral("uncertain")).toBool(true), false);
 }
@@ -213,8 +220,8 @@ void TestKvtRead::aWriteWithoutReplyIsUncertain()
     QCOMPARE(
         kvt.run(line.arguments(QStringLiteral("write D 5.2.1 1 --timeout 20 --retries 0 --json"))),
         1);
-    const QJsonObject object = kvt.outputObject();
-    QCOMPARE(object.value(QStringLiteral("state")).toString(), QStringLiteral("timed out"));
+    const QJsonObject object = onlyWrite(&kvt);
+    QCOMPARE(object.value(QStringLiteral("state")).toString(), QStringLiteral("timed_out"));
     QCOMPARE(object.value(QStringLiteral("uncertain")).toBool(), true);
 }
 
@@ -276,7 +283,7 @@ void TestKvtRead::aWriteThatIsCutShortIsUncertain()
     QVERIFY(!line.plc().readLine().isNull());
     json.interrupt();
     QCOMPARE(json.finish(), 1);
-    const QJsonObject object = json.outputObject();
+    const QJsonObject object = onlyWrite(&json);
     QCOMPARE(object.value(QStringLiteral("uncertain")).toBool(), true);
     QCOMPARE(object.value(QStringLiteral("ok")).toBool(true), false);
     QCOMPARE(object.value(QStringLiteral("outcome")).toString(), QStringLiteral("interrupted"));
@@ -304,7 +311,7 @@ void TestKvtRead::aWriteThatHasNotLeftIsCertain()
     QTRY_VERIFY_WITH_TIMEOUT(QFile::exists(trace), 30000);
     json.interrupt();
     QCOMPARE(json.finish(), 1);
-    const QJsonObject object = json.outputObject();
+    const QJsonObject object = onlyWrite(&json);
     QCOMPARE(object.value(QStringLiteral("uncertain")).toBool(true), false);
     QCOMPARE(object.value(QStringLiteral("state")).toString(), QStringLiteral("dropped"));
 }
@@ -322,7 +329,10 @@ void TestKvtRead::readsThatAreCutShortAreNamed()
     kvt.interrupt();
     QCOMPARE(kvt.finish(), 1);
     const QJsonObject object = kvt.outputObject();
-    QCOMPARE(object.value(QStringLiteral("complete")).toBool(true), false);
+    const QJsonValue summary = object.value(QStringLiteral("summary"));
+    QCOMPARE(summary[QStringLiteral("complete")].toBool(true), false);
+    QCOMPARE(summary[QStringLiteral("asked")].toInt(), 2);
+    QCOMPARE(summary[QStringLiteral("ok")].toInt(), 1);
     const QJsonArray reads = object.value(QStringLiteral("reads")).toArray();
     QCOMPARE(reads.size(), 3);
     QCOMPARE(reads.at(0)[QStringLiteral("ok")].toBool(), true);
@@ -331,7 +341,7 @@ void TestKvtRead::readsThatAreCutShortAreNamed()
     QCOMPARE(reads.at(1)[QStringLiteral("address")].toString(), QStringLiteral("3.4.0"));
     QCOMPARE(reads.at(1)[QStringLiteral("outcome")].toString(), QStringLiteral("interrupted"));
     QCOMPARE(reads.at(2)[QStringLiteral("address")].toString(), QStringLiteral("7.0.0"));
-    QCOMPARE(reads.at(2)[QStringLiteral("outcome")].toString(), QStringLiteral("not sent"));
+    QCOMPARE(reads.at(2)[QStringLiteral("outcome")].toString(), QStringLiteral("not_sent"));
 }
 
 void TestKvtRead::badInputIsNamedInOneLine_data()

@@ -69,7 +69,7 @@ void TestKvtScan::everyStationIsAnObjectOfJson()
     QVERIFY(!absent.contains(QStringLiteral("reply_ms")));
     const QJsonObject summary = kvt.readObject().value(QStringLiteral("summary")).toObject();
     QCOMPARE(summary.value(QStringLiteral("asked")).toInt(), 2);
-    QCOMPARE(summary.value(QStringLiteral("answer")).toInt(), 1);
+    QCOMPARE(summary.value(QStringLiteral("answering")).toInt(), 1);
     QCOMPARE(summary.value(QStringLiteral("complete")).toBool(), true);
 }
 
@@ -114,7 +114,7 @@ void TestKvtScan::ctrlCEndsWithTheSummary()
     const QJsonObject summary =
         QJsonDocument::fromJson(json.readLineWith("summary"))[QStringLiteral("summary")].toObject();
     QCOMPARE(summary.value(QStringLiteral("asked")).toInt(), 1);
-    QCOMPARE(summary.value(QStringLiteral("answer")).toInt(), 1);
+    QCOMPARE(summary.value(QStringLiteral("answering")).toInt(), 1);
     QCOMPARE(summary.value(QStringLiteral("complete")).toBool(true), false);
     QCOMPARE(json.errors(), QByteArray("kvt: interrupted\n"));
     KvtProcess text;

@@ -186,12 +186,16 @@ void TestKvtSim::exchangesAreLoggedOnDemand()
                QStringLiteral("--log"), QStringLiteral("--values"), QStringLiteral("constant")});
     const QByteArray reply = ask(plc.readLine(), READ_LEVEL, 8);
     QCOMPARE(reply.size(), 8);
-    QCOMPARE(plc.readLine(),
-             "1 station 1 read: 05 30 31 30 35 32 38 0D -> " + reply.toHex(' ').toUpper());
+    const QByteArray logged = plc.readLine();
+    QVERIFY2(logged.endsWith("  1 station 1 read: 05 30 31 30 35 32 38 0D -> " +
+                             reply.toHex(' ').toUpper()),
+             logged.constData());
+    QVERIFY(
+        QDateTime::fromString(QString::fromLatin1(logged.left(29)), Qt::ISODateWithMs).isValid());
     plc.interrupt();
     QCOMPARE(plc.finish(), 0);
     QCOMPARE(plc.output(), QByteArray("exchanges 1, reads 1, writes 0, commands 0, refusals 0, "
-                                      "notAddressed 0, unanswered 0, droppedBytes 0\n"));
+                                      "not addressed 0, unanswered 0, dropped bytes 0\n"));
 }
 
 void TestKvtSim::exchangesAreLoggedAsJson()

@@ -49,7 +49,8 @@ void TestKvtWrite::aCommandIsSentWithoutAValue()
     QVERIFY(line.plc().readLine().contains(": 05 30 31 31 32 31 31 0D -> 06 "));
     KvtProcess json;
     QCOMPARE(json.run(line.arguments(QStringLiteral("write D 18.1.1 --json"))), 0);
-    const QJsonObject object = json.outputObject();
+    const QJsonObject object =
+        json.outputObject().value(QStringLiteral("writes")).toArray().first().toObject();
     QCOMPARE(object.value(QStringLiteral("state")).toString(), QStringLiteral("acknowledged"));
     QVERIFY(!object.contains(QStringLiteral("text")));
     QVERIFY(line.plc().readLine().contains(": 05 30 31 31 32 31 39 0D -> 06 "));
@@ -177,10 +178,12 @@ void TestKvtWrite::aLostLineIsNoInterruption()
         QCOMPARE(kvt.run(line.arguments(QString::fromLatin1(command) +
                                         QStringLiteral(" --timeout 500 --json"))),
                  3);
-        QJsonObject object = kvt.outputObject();
-        if (object.contains(QStringLiteral("reads")))
-            object = object.value(QStringLiteral("reads")).toArray().first().toObject();
-        QCOMPARE(object.value(QStringLiteral("outcome")).toString(), QStringLiteral("line lost"));
+        const QJsonObject object = kvt.outputObject();
+        const QString list = object.contains(QStringLiteral("reads")) ? QStringLiteral("reads")
+                                                                      : QStringLiteral("writes");
+        const QJsonArray requests = object.value(list).toArray();
+        QCOMPARE(requests.first()[QStringLiteral("outcome")].toString(),
+                 QStringLiteral("line_lost"));
     }
 }
 

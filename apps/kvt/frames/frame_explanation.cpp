@@ -85,7 +85,7 @@ QJsonObject explanationToJson(const QByteArray &frame, const FrameExplanation &e
     QJsonObject object{
         {QStringLiteral("frame"), hexText(frame)},
         {QStringLiteral("kind"), frameKindName(explanation.kind)},
-        {QStringLiteral("summary"), explanation.summary},
+        {QStringLiteral("text"), explanation.summary},
         {QStringLiteral("fields"), fields},
         {QStringLiteral("problems"), QJsonArray::fromStringList(explanation.problems)}};
     if (explanation.station >= 0)

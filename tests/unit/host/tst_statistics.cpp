@@ -2,6 +2,7 @@
 #include "host/host_time.h"
 #include "host/statistics_json.h"
 
+#include <QJsonArray>
 #include <QtTest>
 
 using namespace kvt;
@@ -238,29 +239,31 @@ void TestStatistics::theReportNamesEveryFigure()
     statistics.scan.cyclicReadEnded({3, 1, 10}, 1, milliseconds(12));
 
     const QJsonObject report = statisticsToJson(statistics, milliseconds(400), milliseconds(1));
-    QCOMPARE(report[QLatin1String("elapsed_us")].toDouble(), 400000.0);
-    QCOMPARE(report[QLatin1String("utilisation")].toDouble(), 0.14);
-    QCOMPARE(report[QLatin1String("wireBytes")].toInt(), 56);
+    QCOMPARE(report[QLatin1String("elapsed_ms")].toDouble(), 400.0);
+    QCOMPARE(report[QLatin1String("utilisation_percent")].toDouble(), 14.0);
+    QCOMPARE(report[QLatin1String("wire_bytes")].toInt(), 56);
     QCOMPARE(report[QLatin1String("writes")][QLatin1String("acknowledged")].toInt(), 1);
-    QCOMPARE(report[QLatin1String("scan")][QLatin1String("max_us")].toDouble(), 7000.0);
-    QCOMPARE(report[QLatin1String("scan")][QLatin1String("jitter_us")].toDouble(), 2000.0);
-    const QJsonValue station = report[QLatin1String("stations")][QLatin1String("3")];
-    QCOMPARE(station, report[QLatin1String("total")]);
+    QCOMPARE(report[QLatin1String("scan_time")][QLatin1String("max_ms")].toDouble(), 7.0);
+    QCOMPARE(report[QLatin1String("scan_time")][QLatin1String("jitter_ms")].toDouble(), 2.0);
+    QJsonObject station = report[QLatin1String("stations")].toArray().first().toObject();
+    QCOMPARE(station.take(QLatin1String("station")).toInt(), 3);
+    QCOMPARE(QJsonValue(station), report[QLatin1String("total")]);
     QCOMPARE(station[QLatin1String("exchanges")].toInt(), 2);
     QCOMPARE(station[QLatin1String("attempts")].toInt(), 3);
     QCOMPARE(station[QLatin1String("recoveries")].toInt(), 1);
-    QCOMPARE(station[QLatin1String("lateBytes")].toInt(), 8);
-    QCOMPARE(station[QLatin1String("outcomes")][QLatin1String("success")].toInt(), 2);
-    QCOMPARE(station[QLatin1String("refusals")].toInt(), 0);
-    QCOMPARE(station[QLatin1String("replyTime")][QLatin1String("median_us")].toDouble(), 10000.0);
+    QCOMPARE(station[QLatin1String("late_bytes")].toInt(), 8);
+    QCOMPARE(station[QLatin1String("outcomes")].toObject()[QLatin1String("ok")].toInt(), 2);
+    QCOMPARE(station[QLatin1String("failed")].toInt(), 0);
+    QCOMPARE(station[QLatin1String("reply_time")].toObject()[QLatin1String("median_ms")].toDouble(),
+             10.0);
 }
 
 void TestStatistics::theReportLeavesOutAUtilisationThatIsNotKnown()
 {
     const QJsonObject report = statisticsToJson(Statistics(), seconds(5), 0);
-    QVERIFY(!report.contains(QLatin1String("utilisation")));
-    QCOMPARE(report[QLatin1String("elapsed_us")].toDouble(), 0.0);
-    QVERIFY(report[QLatin1String("stations")].toObject().isEmpty());
+    QVERIFY(!report.contains(QLatin1String("utilisation_percent")));
+    QCOMPARE(report[QLatin1String("elapsed_ms")].toDouble(), 0.0);
+    QVERIFY(report[QLatin1String("stations")].toArray().isEmpty());
 }
 
 QTEST_APPLESS_MAIN(TestStatistics)
