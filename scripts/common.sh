@@ -4,9 +4,10 @@
 # Root of the source tree, whatever the current directory is.
 root=$(cd -- "$(dirname -- "${BASH_SOURCE[0]}")/.." && pwd)
 
-# The four folders that make up the driver, and those around it.
+# The five folders that make up the driver, from the ground up: each uses only what stands before
+# it. Then those around it.
 # shellcheck disable=SC2034 # used by the scripts that source this file
-driver_folders=(driver protocol varlist cache)
+driver_folders=(driver varlist cache protocol cycle)
 # shellcheck disable=SC2034
 tool_folders=(tags simulator host rig apps examples)
 

@@ -1,5 +1,5 @@
 // The two judges of a reply: the local path and the remote path.
-#include "driver/receive_cycle.h"
+#include "cycle/receive_cycle.h"
 #include "tests/support/driver_requests.h"
 #include "tests/support/lock_watch.h"
 #include "tests/support/row_names.h"

@@ -1,6 +1,6 @@
 // The result codes: six classes of error, twelve requesters each.
+#include "cycle/result_codes.h"
 #include "driver/driver_object.h"
-#include "driver/result_codes.h"
 #include "tests/support/driver_requests.h"
 #include "tests/support/lock_watch.h"
 #include "tests/support/row_names.h"

@@ -1,5 +1,5 @@
 // The binary envelope of remote mode.
-#include "cache/remote_envelope.h"
+#include "protocol/remote_envelope.h"
 
 #include "tests/support/callback_log.h"
 #include "tests/support/driver_fixture.h"

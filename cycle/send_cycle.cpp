@@ -1,8 +1,8 @@
-#include "driver/send_cycle.h"
+#include "cycle/send_cycle.h"
 
-#include "cache/remote_envelope.h"
 #include "driver/driver_object.h"
 #include "protocol/read_frames.h"
+#include "protocol/remote_envelope.h"
 #include "protocol/write_frames.h"
 #include "varlist/read_list.h"
 

@@ -1,4 +1,4 @@
-#include "driver/result_codes.h"
+#include "cycle/result_codes.h"
 
 #include "driver/driver_object.h"
 #include "driver/wrapping.h"

@@ -1,5 +1,5 @@
 // The receive cycle: which list entry is retired, and what the requester of once-reads hears.
-#include "driver/receive_cycle.h"
+#include "cycle/receive_cycle.h"
 #include "tests/support/callback_log.h"
 #include "tests/support/driver_requests.h"
 

@@ -1,6 +1,6 @@
 // The send cycle: which request goes out next. Its entry point is ComCommunication.
-#ifndef KVT_DRIVER_SEND_CYCLE_H
-#define KVT_DRIVER_SEND_CYCLE_H
+#ifndef KVT_CYCLE_SEND_CYCLE_H
+#define KVT_CYCLE_SEND_CYCLE_H
 
 #include "driver/entry_points.h"
 

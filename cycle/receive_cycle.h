@@ -1,6 +1,6 @@
 // The receive cycle: judging a reply and retiring the request. Its entry point is DataCom.
-#ifndef KVT_DRIVER_RECEIVE_CYCLE_H
-#define KVT_DRIVER_RECEIVE_CYCLE_H
+#ifndef KVT_CYCLE_RECEIVE_CYCLE_H
+#define KVT_CYCLE_RECEIVE_CYCLE_H
 
 #include "driver/entry_points.h"
 

@@ -1,7 +1,7 @@
-#include "driver/receive_cycle.h"
+#include "cycle/receive_cycle.h"
 
+#include "cycle/result_codes.h"
 #include "driver/driver_object.h"
-#include "driver/result_codes.h"
 #include "driver/wrapping.h"
 #include "protocol/frame_codec.h"
 #include "protocol/reply_decoding.h"

@@ -1,5 +1,5 @@
 // The receive cycle: attempts, retries, further frames, and the count of a scan.
-#include "driver/receive_cycle.h"
+#include "cycle/receive_cycle.h"
 #include "tests/support/driver_requests.h"
 #include "tests/support/lock_watch.h"
 

@@ -1,6 +1,6 @@
 // The send cycle: which list is served, in what rhythm, and what is handed out.
-#include "driver/receive_cycle.h"
-#include "driver/send_cycle.h"
+#include "cycle/receive_cycle.h"
+#include "cycle/send_cycle.h"
 #include "tests/support/callback_log.h"
 #include "tests/support/driver_requests.h"
 #include "tests/support/lock_watch.h"

@@ -1,7 +1,7 @@
 // The binary envelope of remote mode. Polling thread, with the list mutex held by the caller; the
 // request is framed as it stands, whatever its area, count or data.
-#ifndef KVT_CACHE_REMOTE_ENVELOPE_H
-#define KVT_CACHE_REMOTE_ENVELOPE_H
+#ifndef KVT_PROTOCOL_REMOTE_ENVELOPE_H
+#define KVT_PROTOCOL_REMOTE_ENVELOPE_H
 
 #include "driver/records.h"
 

@@ -1,5 +1,5 @@
 // The receive cycle: a final failure, what it reports and what it purges.
-#include "driver/receive_cycle.h"
+#include "cycle/receive_cycle.h"
 #include "tests/support/callback_log.h"
 #include "tests/support/driver_requests.h"
 

@@ -1,4 +1,4 @@
-#include "cache/remote_envelope.h"
+#include "protocol/remote_envelope.h"
 
 #include "cache/host_data.h"
 #include "driver/driver_object.h"

@@ -1,6 +1,6 @@
 // The result codes that a host finds in the record returned by DataCom.
-#ifndef KVT_DRIVER_RESULT_CODES_H
-#define KVT_DRIVER_RESULT_CODES_H
+#ifndef KVT_CYCLE_RESULT_CODES_H
+#define KVT_CYCLE_RESULT_CODES_H
 
 #include <QtCore/QtGlobal>
 
