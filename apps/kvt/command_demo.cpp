@@ -4,8 +4,8 @@
 #include "apps/kvt/demo_witness.h"
 #include "apps/kvt/driver_option.h"
 #include "apps/kvt/exit_codes.h"
-#include "apps/kvt/live_view.h"
 #include "apps/kvt/options.h"
+#include "apps/kvt/poll_output.h"
 #include "apps/kvt/stop_signal.h"
 #include "host/poller.h"
 #include "host/serial_line.h"
@@ -85,7 +85,9 @@ class Demo
 public:
     Demo(const DriverApi &api, const QVector<Tag> &tags)
         : tags_(tags), writeTargets_(tagsToWrite(tags)), plc_(tags, plcConfig(), 1),
-          runner_(&plc_, &port_), witness_(tags, &runner_), view_(tags), api_(api)
+          runner_(&plc_, &port_), witness_(tags, &runner_),
+          output_(tags, outputIsScreen() ? PollOutput::Form::Table : PollOutput::Form::Lines),
+          api_(api)
     {
     }
 
@@ -102,7 +104,8 @@ private:
     PtyPort port_;
     PlcRunner runner_;
     DemoWitness witness_;
-    LiveView view_;
+    PollOutput output_;
+    qint64 startedAt_ns_ = 0;
     DriverApi api_;
     std::unique_ptr<Poller> poller_;
     int writes_ = 0;
@@ -118,6 +121,7 @@ int Demo::run(int seconds)
     }
     poller_ =
         std::make_unique<Poller>(api_, PollerSettings(), tags_, lineTo(port_.name()), &witness_);
+    startedAt_ns_ = monotonicNow_ns();
     poller_->start();
 
     QTimer writeTimer;
@@ -134,6 +138,7 @@ int Demo::run(int seconds)
     const bool everyTagGood = isEveryTagGood(*poller_);
     show();
     poller_->stop();
+    output_.finish();
     return summarize(everyTagGood);
 }
 
@@ -153,12 +158,15 @@ void Demo::writeNext()
 void Demo::show()
 {
     const Statistics statistics = poller_->statistics();
-    view_.show({poller_->values(), witness_.results(), monotonicNow_ns()},
-               QStringLiteral("%1 at %2 baud: %3 exchanges, %4 writes confirmed")
-                   .arg(port_.name())
-                   .arg(BAUD)
-                   .arg(statistics.total.exchanges)
-                   .arg(witness_.writesConfirmed()));
+    const QVector<CellValue> values = poller_->values();
+    const qint64 now_ns = monotonicNow_ns(); // no earlier than any of the values
+    PollState state;
+    state.line = QStringLiteral("%1 at %2 baud").arg(port_.name()).arg(BAUD);
+    state.scans = static_cast<int>(statistics.scan.times().count());
+    state.exchanges = statistics.total.exchanges;
+    state.more = QStringLiteral(", %1 writes confirmed").arg(witness_.writesConfirmed());
+    state.elapsed_ns = now_ns - startedAt_ns_;
+    output_.show({values, witness_.results(), now_ns, QSet<int>()}, state);
 }
 
 int Demo::summarize(bool everyTagGood) const

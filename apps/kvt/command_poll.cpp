@@ -37,7 +37,7 @@ PollOutput::Form formOf(const PollOptions &options)
 {
     if (options.line.json)
         return PollOutput::Form::Json;
-    return outputIsTerminal() ? PollOutput::Form::Table : PollOutput::Form::Lines;
+    return outputIsScreen() ? PollOutput::Form::Table : PollOutput::Form::Lines;
 }
 
 // A poll while it runs.
@@ -105,7 +105,7 @@ QVector<CellValue> Poll::show(const QJsonObject &summary)
     state.scans = watcher_.scans();
     state.exchanges = poller.statistics().total.exchanges;
     state.elapsed_ns = now_ns - startedAt_ns_;
-    output_.show({values, watcher_.results(), now_ns}, state, summary);
+    output_.show({values, watcher_.results(), now_ns, watcher_.stationsOff()}, state, summary);
     return values;
 }
 
@@ -118,6 +118,7 @@ int Poll::conclude()
     // The last reading of the last scan may be on its way to the values.
     link_.poller()->stop();
     const QVector<CellValue> values = show(summary());
+    output_.finish();
     if (!options_.line.json)
         printSummary();
     reportDoubtfulReplies();

@@ -1,17 +1,17 @@
 #include "apps/kvt/console.h"
 
 #include "apps/kvt/exit_codes.h"
+#include "apps/kvt/table/printable.h"
 #include "apps/kvt/wall_clock.h"
 
 #include <QCoreApplication>
 #include <QJsonDocument>
+#include <QStringList>
 
 #include <atomic>
 #include <cerrno>
 #include <cstdio>
-
-#include <sys/ioctl.h>
-#include <unistd.h>
+#include <mutex>
 
 namespace kvt
 {
@@ -21,11 +21,22 @@ namespace
 
 std::atomic<int> outputError{0}; // errno of the first text that was lost
 
+std::mutex messageMutex; // for the two below
+bool messagesAreHeld = false;
+QStringList heldMessages;
+
+const QString LINE_ENDS_AND_TABS = QStringLiteral("\n\t");
+
+void writeMessage(const QString &text)
+{
+    std::fprintf(stderr, "kvt: %s\n", printable(text).toUtf8().constData());
 }
+
+} // namespace
 
 void printOut(const QString &text)
 {
-    const QByteArray bytes = text.toUtf8();
+    const QByteArray bytes = printable(text, LINE_ENDS_AND_TABS).toUtf8();
     const auto size = static_cast<size_t>(bytes.size());
     const bool written =
         std::fwrite(bytes.constData(), 1, size, stdout) == size && std::fflush(stdout) == 0;
@@ -50,13 +61,17 @@ int checkOutput(int exitCode)
 
 QString jsonLine(const QJsonObject &object)
 {
-    return QString::fromUtf8(QJsonDocument(object).toJson(QJsonDocument::Compact)) +
+    return printableJson(QString::fromUtf8(QJsonDocument(object).toJson(QJsonDocument::Compact))) +
            QLatin1Char('\n');
 }
 
 void printError(const QString &text)
 {
-    std::fprintf(stderr, "kvt: %s\n", text.toUtf8().constData());
+    const std::lock_guard<std::mutex> lock(messageMutex);
+    if (messagesAreHeld)
+        heldMessages.append(text);
+    else
+        writeMessage(text);
 }
 
 void printEvent(const QString &text)
@@ -64,26 +79,25 @@ void printEvent(const QString &text)
     printError(isoNow() + QLatin1Char(' ') + text);
 }
 
-bool outputIsTerminal()
+HeldMessages::HeldMessages()
 {
-    return isatty(STDOUT_FILENO) == 1;
+    const std::lock_guard<std::mutex> lock(messageMutex);
+    messagesAreHeld = true;
 }
 
-int terminalHeight()
+HeldMessages::~HeldMessages()
 {
-    winsize size = {};
-    const bool known = ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_row > 0;
-    return known ? size.ws_row : 24;
+    const std::lock_guard<std::mutex> lock(messageMutex);
+    for (const QString &text : heldMessages)
+        writeMessage(text);
+    heldMessages.clear();
+    messagesAreHeld = false;
 }
 
-bool errorIsTerminal()
+QString HeldMessages::latest() const
 {
-    return isatty(STDERR_FILENO) == 1;
-}
-
-bool outputTakesColour()
-{
-    return outputIsTerminal() && qEnvironmentVariableIsEmpty("NO_COLOR");
+    const std::lock_guard<std::mutex> lock(messageMutex);
+    return heldMessages.isEmpty() ? QString() : heldMessages.last();
 }
 
 } // namespace kvt

@@ -8,8 +8,9 @@
 namespace kvt
 {
 
-/// Writes data to standard output, at once. The first text that cannot be written quits the event
-/// loop, so that a command that runs on ends. Any thread.
+/// Writes data to standard output, at once. Characters in it that would steer a terminal are shown
+/// as their codes, but for line ends and tabs. The first text that cannot be written quits the
+/// event loop, so that a command that runs on ends. Any thread.
 void printOut(const QString &text);
 
 /// True when something could not be written to standard output.
@@ -22,23 +23,25 @@ int checkOutput(int exitCode);
 /// Returns an object as one line, with its end.
 QString jsonLine(const QJsonObject &object);
 
-/// Writes one line, "kvt: text", to standard error.
+/// Writes one line, "kvt: text", to standard error. Any thread.
 void printError(const QString &text);
 
 /// The same for what happens during a run: the time of day stands before the text.
 void printEvent(const QString &text);
 
-/// True when standard output is a terminal, so that it can be drawn on.
-bool outputIsTerminal();
+/// While it lives, messages are kept, because the terminal is drawn on; at its end they are
+/// written. One at a time.
+class HeldMessages
+{
+public:
+    HeldMessages();
+    ~HeldMessages();
+    HeldMessages(const HeldMessages &) = delete;
+    HeldMessages &operator=(const HeldMessages &) = delete;
 
-/// Number of lines that the terminal at standard output has; 24 when it does not say.
-int terminalHeight();
-
-/// True when standard error is a terminal.
-bool errorIsTerminal();
-
-/// True when standard output may be coloured: it is a terminal, and NO_COLOR is not set.
-bool outputTakesColour();
+    /// The latest of them; empty while there is none.
+    QString latest() const;
+};
 
 } // namespace kvt
 

@@ -1,13 +1,14 @@
-// Shows the values of tags as they change: a table drawn in place on a terminal, lines elsewhere.
+// The values of tags as they change, on a terminal.
 #ifndef KVT_APPS_KVT_LIVE_VIEW_H
 #define KVT_APPS_KVT_LIVE_VIEW_H
 
+#include "apps/kvt/console.h"
+#include "apps/kvt/table/screen.h"
 #include "apps/kvt/tag_results.h"
 #include "host/value_table.h"
 #include "tags/tag.h"
 
-#include <QString>
-#include <QVector>
+#include <QSet>
 
 namespace kvt
 {
@@ -17,27 +18,31 @@ struct Snapshot {
     QVector<CellValue> values;
     QVector<TagResult> results;
     qint64 at_ns = 0;
+    QSet<int> stationsOff; ///< those that are polled less often because they fail
 };
 
-/// Draws on standard output, in colour where it may.
+/// A table on the terminal, which it takes at the first snapshot; messages wait until it gives the
+/// terminal back. The user scrolls, filters, and ends the event loop with "q".
 class LiveView
 {
 public:
     explicit LiveView(const QVector<Tag> &tags);
 
-    /// Shows the snapshot under `status`, one line of text. A terminal gets as many tags as fit.
-    void show(const Snapshot &snapshot, const QString &status);
+    /// Shows the snapshot below a line about the whole and, if it is not empty, one about what is
+    /// wrong.
+    void show(const Snapshot &snapshot, const QString &status, const QString &trouble);
+
+    /// Gives the terminal back and prints what it has shown last.
+    void finish();
 
 private:
-    QString heading() const;
-    QString row(int tag, const Snapshot &snapshot) const;
-    QString coloured(const QString &text, Quality quality) const;
+    TableRow row(int tag, const Snapshot &snapshot) const;
+    void draw();
 
     QVector<Tag> tags_;
-    int nameWidth_ = 3;
-    bool inPlace_;
-    bool inColour_;
-    int drawnLines_ = 0;
+    LiveTable table_;
+    std::unique_ptr<HeldMessages> messages_; // goes after the screen
+    std::unique_ptr<Screen> screen_;
 };
 
 } // namespace kvt

@@ -1,5 +1,6 @@
 #include "apps/kvt/outcome_text.h"
 
+#include "host/host_time.h"
 #include "host/verdict.h"
 
 namespace kvt
@@ -34,7 +35,30 @@ QString stationTrouble(AttemptEnd end, int resultCode)
 
 QString timeText(qint64 time_ns)
 {
-    return QStringLiteral("%1 ms").arg(millisecondsOf(time_ns), 0, 'f', 1);
+    // Limits are those at which the smaller unit would be rounded up to the larger one.
+    if (time_ns < 999950000)
+        return QStringLiteral("%1 ms").arg(millisecondsOf(time_ns), 0, 'f', 1);
+    if (time_ns < 119950000000)
+        return QStringLiteral("%1 s").arg(millisecondsOf(time_ns) / 1000, 0, 'f', 1);
+    const qint64 whole_s = (time_ns + seconds(1) / 2) / seconds(1);
+    if (whole_s < 2 * 3600)
+        return QStringLiteral("%1 min %2 s").arg(whole_s / 60).arg(whole_s % 60);
+    const qint64 whole_min = (whole_s + 30) / 60;
+    return QStringLiteral("%1 h %2 min").arg(whole_min / 60).arg(whole_min % 60);
+}
+
+QString roughTimeText(qint64 time_ns)
+{
+    const qint64 whole_ms = time_ns / milliseconds(1);
+    if (whole_ms < 1000)
+        return QStringLiteral("%1 ms").arg(whole_ms);
+    if (whole_ms < 120 * 1000)
+        return QStringLiteral("%1 s").arg(whole_ms / 1000);
+    const qint64 whole_min = whole_ms / 60000;
+    if (whole_min < 120)
+        return QStringLiteral("%1 min").arg(whole_min);
+    return whole_min < 48 * 60 ? QStringLiteral("%1 h").arg(whole_min / 60)
+                               : QStringLiteral("%1 d").arg(whole_min / (24 * 60));
 }
 
 double millisecondsOf(qint64 time_ns)

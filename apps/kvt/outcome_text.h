@@ -19,8 +19,12 @@ QString outcomeText(AttemptEnd end, int resultCode);
 /// "does not answer", "answers badly (bad reply)" and the like.
 QString stationTrouble(AttemptEnd end, int resultCode);
 
-/// Returns "3.4 ms"; times in nanoseconds.
+/// Returns a time in the unit that it is best read in: "3.4 ms", "12.5 s", "4 min 10 s",
+/// "2 h 5 min"; times in nanoseconds, not negative.
 QString timeText(qint64 time_ns);
+
+/// The same without fractions, in at most 8 characters: "340 ms", "12 s", "4 min", "2 h", "3 d".
+QString roughTimeText(qint64 time_ns);
 
 /// Returns a time in milliseconds, for JSON.
 double millisecondsOf(qint64 time_ns);

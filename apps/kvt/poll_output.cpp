@@ -8,6 +8,8 @@
 
 #include <QJsonArray>
 
+#include <algorithm>
+
 namespace kvt
 {
 
@@ -16,20 +18,35 @@ namespace
 
 QString statusText(const PollState &state)
 {
-    QString text = QStringLiteral("%1: %2 s, %3 scans, %4 exchanges")
-                       .arg(state.line)
-                       .arg(state.elapsed_ns / 1000000000)
-                       .arg(state.scans)
-                       .arg(state.exchanges);
+    // The line comes last: its name may be long, and a narrow terminal cuts it.
+    return QStringLiteral("%1, %2 scans, %3 exchanges%4 on %5")
+        .arg(roughTimeText(state.elapsed_ns))
+        .arg(state.scans)
+        .arg(state.exchanges)
+        .arg(state.more, state.line);
+}
+
+QString troubleText(const Snapshot &snapshot, const PollState &state)
+{
     if (!state.lineError.isEmpty())
-        text += QStringLiteral(", line down: ") + state.lineError;
-    return text;
+        return QStringLiteral("line down: ") + state.lineError;
+    if (snapshot.stationsOff.isEmpty())
+        return QString();
+    QList<int> off = snapshot.stationsOff.values();
+    std::sort(off.begin(), off.end());
+    QStringList numbers;
+    for (const int station : off)
+        numbers.append(QString::number(station));
+    return QStringLiteral("off, asked from time to time: station ") +
+           numbers.join(QStringLiteral(", "));
 }
 
 } // namespace
 
-PollOutput::PollOutput(const QVector<Tag> &tags, Form form) : tags_(tags), form_(form), view_(tags)
+PollOutput::PollOutput(const QVector<Tag> &tags, Form form) : tags_(tags), form_(form)
 {
+    if (form == Form::Table)
+        view_ = std::make_unique<LiveView>(tags);
     for (int i = 0; i < tags.size(); ++i)
         shown_.append(QString());
 }
@@ -38,7 +55,7 @@ void PollOutput::show(const Snapshot &snapshot, const PollState &state, const QJ
 {
     switch (form_) {
     case Form::Table:
-        view_.show(snapshot, statusText(state));
+        view_->show(snapshot, statusText(state), troubleText(snapshot, state));
         break;
     case Form::Lines:
         showLines(snapshot);
@@ -47,6 +64,12 @@ void PollOutput::show(const Snapshot &snapshot, const PollState &state, const QJ
         showJson(snapshot, state, summary);
         break;
     }
+}
+
+void PollOutput::finish()
+{
+    if (view_)
+        view_->finish();
 }
 
 void PollOutput::showLines(const Snapshot &snapshot)

@@ -17,10 +17,11 @@ struct PollState {
     QString lineError; ///< why it is down; empty while it is not, or not yet known
     int scans = 0;
     quint64 exchanges = 0;
+    QString more; ///< what else is to be told beside these counts
     qint64 elapsed_ns = 0;
 };
 
-/// Prints on standard output.
+/// Prints on standard output. Make it before any thread; Table needs outputIsScreen.
 class PollOutput
 {
 public:
@@ -33,6 +34,9 @@ public:
     void show(const Snapshot &snapshot, const PollState &state,
               const QJsonObject &summary = QJsonObject());
 
+    /// To be called once, behind the last `show`: gives the terminal back, with the table.
+    void finish();
+
 private:
     void showLines(const Snapshot &snapshot);
     void showJson(const Snapshot &snapshot, const PollState &state,
@@ -40,8 +44,8 @@ private:
 
     QVector<Tag> tags_;
     Form form_;
-    LiveView view_;
-    QStringList shown_; // the latest line of each tag
+    std::unique_ptr<LiveView> view_; // Table
+    QStringList shown_;              // the latest line of each tag
 };
 
 } // namespace kvt

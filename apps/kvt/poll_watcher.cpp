@@ -48,8 +48,21 @@ bool PollWatcher::wasUp() const
     return wasUp_;
 }
 
+QSet<int> PollWatcher::stationsOff() const
+{
+    const std::lock_guard<std::mutex> lock(mutex_);
+    return stationsOff_;
+}
+
 void PollWatcher::stationSwitched(int station, bool on)
 {
+    {
+        const std::lock_guard<std::mutex> lock(mutex_);
+        if (on)
+            stationsOff_.remove(station);
+        else
+            stationsOff_.insert(station);
+    }
     if (!verbose_)
         return;
     printEvent(on ? QStringLiteral("station %1 works again").arg(station)

@@ -24,7 +24,8 @@ public:
     int scans() const;
     QString lineError() const; ///< why the line is down; empty while it is not
     bool isUp() const;
-    bool wasUp() const; ///< the line could be opened
+    QSet<int> stationsOff() const; ///< those that are polled less often because they fail
+    bool wasUp() const;            ///< the line could be opened
 
     void stationSwitched(int station, bool on) override;
     void writeChanged(const WriteReport &) override {}
@@ -42,6 +43,7 @@ private:
 
     mutable std::mutex mutex_; // the members below
     ScanCounter counter_;
+    QSet<int> stationsOff_;
     QString lineError_;
     bool wasUp_ = false;
 };

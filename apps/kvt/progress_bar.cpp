@@ -1,8 +1,12 @@
 #include "apps/kvt/progress_bar.h"
 
-#include "apps/kvt/console.h"
+#include "apps/kvt/table/printable.h"
 
+#include <algorithm>
 #include <cstdio>
+
+#include <sys/ioctl.h>
+#include <unistd.h>
 
 namespace kvt
 {
@@ -10,29 +14,51 @@ namespace kvt
 namespace
 {
 
-const int WIDTH = 40;
+constexpr int LONGEST_BAR = 40;
+constexpr int SHORTEST_BAR = 8;
+constexpr int USUAL_COLUMNS = 80;
 
+bool canGoBackInLine()
+{
+    return isatty(STDERR_FILENO) == 1 && qgetenv("TERM") != "dumb" &&
+           !qEnvironmentVariableIsEmpty("TERM");
 }
 
-ProgressBar::ProgressBar(int total) : total_(total), onTerminal_(errorIsTerminal()) {}
+int terminalColumns()
+{
+    winsize size = {};
+    const bool known = ioctl(STDERR_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0;
+    return known ? size.ws_col : USUAL_COLUMNS;
+}
+
+} // namespace
+
+ProgressBar::ProgressBar(int total) : total_(total), onTerminal_(canGoBackInLine()) {}
 
 void ProgressBar::show(int done, const QString &text)
 {
     if (!onTerminal_)
         return;
-    const int filled = WIDTH * done / total_;
-    const QString bar =
-        QString(filled, QLatin1Char('#')) + QString(WIDTH - filled, QLatin1Char('.'));
-    (void)std::fprintf(stderr, "\r[%s] %d/%d %s\x1b[K", qPrintable(bar), done, total_,
-                       qPrintable(text));
-    drawn_ = true;
+    const int room = terminalColumns() - 1; // a character in the last column may turn the line
+    QString line = QStringLiteral("%1/%2 %3").arg(done).arg(total_).arg(printable(text));
+    const int bar = std::min(room - displayWidth(line) - 3, LONGEST_BAR);
+    if (bar >= SHORTEST_BAR) {
+        const int filled = static_cast<int>(static_cast<qint64>(bar) * done / total_);
+        line = QLatin1Char('[') + QString(filled, QLatin1Char('#')) +
+               QString(bar - filled, QLatin1Char('.')) + QStringLiteral("] ") + line;
+    }
+    const int width = std::min(displayWidth(line), room);
+    // A wider line from before is written over; in a terminal that became narrower it has turned.
+    line = fitted(line, std::min(std::max(width, drawn_), room));
+    (void)std::fprintf(stderr, "\r%s", qPrintable(line));
+    drawn_ = width;
 }
 
 void ProgressBar::clear()
 {
-    if (drawn_)
-        (void)std::fputs("\r\x1b[K", stderr);
-    drawn_ = false;
+    if (drawn_ > 0)
+        (void)std::fprintf(stderr, "\r%*s\r", std::min(drawn_, terminalColumns() - 1), "");
+    drawn_ = 0;
 }
 
 } // namespace kvt

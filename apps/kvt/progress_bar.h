@@ -7,7 +7,8 @@
 namespace kvt
 {
 
-/// Draws one line and wipes it away at the end. Does nothing when there is no terminal.
+/// Draws one line, as wide as the terminal has room for, and wipes it away at the end. Does nothing
+/// where there is no terminal, or a dumb one.
 class ProgressBar
 {
 public:
@@ -26,7 +27,7 @@ public:
 private:
     int total_;
     bool onTerminal_;
-    bool drawn_ = false;
+    int drawn_ = 0; // columns
 };
 
 } // namespace kvt

@@ -1,0 +1,196 @@
+#include "apps/kvt/table/live_table.h"
+
+#include "apps/kvt/table/printable.h"
+
+#include <algorithm>
+#include <iterator>
+
+namespace kvt
+{
+
+namespace
+{
+
+constexpr int LINES_AROUND_ROWS = 2; // heading and footer
+
+// Values and ages change too often to look for.
+constexpr Column FILTERED[] = {Column::Tag, Column::Area, Column::Address, Column::Quality,
+                               Column::Result};
+
+} // namespace
+
+void LiveTable::resize(int columns, int lines)
+{
+    columns_ = columns;
+    lines_ = lines;
+    scrollTo(top_);
+}
+
+void LiveTable::setRows(const QVector<TableRow> &rows)
+{
+    rows_ = rows;
+    arrange();
+}
+
+bool LiveTable::press(Key key, QChar character)
+{
+    if (isTyping_) {
+        typeFilter(key, character);
+        return true;
+    }
+    const int page = std::max(windowHeight() - 1, 1);
+    switch (key) {
+    case Key::Up:
+        scrollTo(top_ - 1);
+        break;
+    case Key::Down:
+        scrollTo(top_ + 1);
+        break;
+    case Key::PageUp:
+        scrollTo(top_ - page);
+        break;
+    case Key::PageDown:
+        scrollTo(top_ + page);
+        break;
+    case Key::Home:
+        scrollTo(0);
+        break;
+    case Key::End:
+        scrollTo(order_.size());
+        break;
+    case Key::Escape:
+        filter_.clear();
+        arrange();
+        break;
+    case Key::Character:
+        isTyping_ = character == QLatin1Char('/');
+        if (character == QLatin1Char('s')) {
+            badFirst_ = !badFirst_;
+            arrange();
+        }
+        return character != QLatin1Char('q');
+    case Key::Backspace:
+    case Key::Enter:
+        break;
+    }
+    return true;
+}
+
+void LiveTable::typeFilter(Key key, QChar character)
+{
+    if (key == Key::Character)
+        filter_ += character;
+    else if (key == Key::Backspace)
+        filter_.chop(1);
+    else if (key == Key::Escape)
+        filter_.clear();
+    isTyping_ = key == Key::Character || key == Key::Backspace;
+    top_ = 0;
+    arrange();
+}
+
+void LiveTable::arrange()
+{
+    order_.clear();
+    for (int i = 0; i < rows_.size(); ++i)
+        if (matches(rows_.at(i)))
+            order_.append(i);
+    if (badFirst_)
+        std::stable_sort(order_.begin(), order_.end(), [this](int one, int other) {
+            return rows_.at(one).concern < rows_.at(other).concern;
+        });
+    scrollTo(top_);
+}
+
+bool LiveTable::matches(const TableRow &row) const
+{
+    return std::any_of(std::begin(FILTERED), std::end(FILTERED), [&](Column column) {
+        return row.cell(column).contains(filter_, Qt::CaseInsensitive);
+    });
+}
+
+void LiveTable::scrollTo(int top)
+{
+    top_ = std::max(std::min(top, order_.size() - windowHeight()), 0);
+}
+
+int LiveTable::windowHeight() const
+{
+    return std::max(lines_ - header_.size() - LINES_AROUND_ROWS, 1);
+}
+
+QVector<TableLine> LiveTable::lines() const
+{
+    QVector<TableLine> lines = finalLines();
+    while (lines.size() < lines_ - 1)
+        lines.append(TableLine());
+    lines.append(headerLine(footer()));
+    return lines.mid(0, lines_);
+}
+
+QVector<TableLine> LiveTable::finalLines() const
+{
+    const QVector<PlacedColumn> columns = layOut(rows_, columns_);
+    QVector<TableLine> lines;
+    for (const QString &text : header_)
+        lines.append(headerLine(text));
+    lines.append(rowLine(headingRow(), columns, false));
+    for (const int row : order_.mid(top_, windowHeight()))
+        lines.append(rowLine(rows_.at(row), columns, true));
+    return lines;
+}
+
+TableLine LiveTable::headerLine(const QString &text) const
+{
+    return {{fitted(printable(text), columns_), Concern::None, true}};
+}
+
+TableLine LiveTable::rowLine(const TableRow &row, const QVector<PlacedColumn> &columns,
+                             bool coloured) const
+{
+    TableLine line;
+    int left = columns_;
+    for (const PlacedColumn &placed : columns) {
+        if (!line.isEmpty())
+            line.append({QString(COLUMN_GAP, QLatin1Char(' ')), Concern::None, true});
+        const int width = std::min(placed.width, left);
+        line.append({fitted(row.cell(placed.column), width, alignmentOf(placed.column)),
+                     row.concern, !coloured || placed.column != Column::Quality});
+        left -= width + COLUMN_GAP;
+    }
+    return line;
+}
+
+QString LiveTable::positionText() const
+{
+    const int last = std::min(top_ + windowHeight(), order_.size());
+    const QString range =
+        order_.isEmpty() ? QStringLiteral("none of %1").arg(rows_.size())
+                         : QStringLiteral("%1-%2 of %3").arg(top_ + 1).arg(last).arg(order_.size());
+    const auto bad = std::count_if(rows_.begin(), rows_.end(), [](const TableRow &row) {
+        return row.concern != Concern::None;
+    });
+    return bad == 0 ? range : range + QStringLiteral(", %1 not good").arg(bad);
+}
+
+QString LiveTable::footer() const
+{
+    if (isTyping_)
+        return QStringLiteral("/%1_  (Enter keeps, Esc ends the filter)").arg(filter_);
+    QString text = positionText();
+    if (!filter_.isEmpty())
+        text += QStringLiteral(", filter \"%1\"").arg(filter_);
+    QString separator = QStringLiteral("  ");
+    for (const QString &hint :
+         {QStringLiteral("q end"), QStringLiteral("/ filter"),
+          badFirst_ ? QStringLiteral("s list order") : QStringLiteral("s bad first"),
+          QStringLiteral("arrows scroll")}) {
+        if (displayWidth(text + separator + hint) > columns_)
+            break;
+        text += separator + hint;
+        separator = QStringLiteral(", ");
+    }
+    return text;
+}
+
+} // namespace kvt

@@ -1,0 +1,50 @@
+// The columns of the live table, and which of them a terminal has room for.
+#ifndef KVT_APPS_KVT_TABLE_TABLE_LAYOUT_H
+#define KVT_APPS_KVT_TABLE_TABLE_LAYOUT_H
+
+#include <QString>
+#include <QVector>
+
+#include <array>
+
+namespace kvt
+{
+
+/// The columns, from left to right.
+enum class Column { Tag, Area, Address, Value, Quality, Age, Result };
+constexpr int COLUMNS = 7;
+
+/// How much a row needs a look; the first comes first where bad rows do.
+enum class Concern { Bad, Stale, Unknown, None };
+
+/// One row; the texts are printable.
+struct TableRow {
+    std::array<QString, COLUMNS> cells;
+    Concern concern = Concern::None;
+
+    const QString &cell(Column column) const { return cells.at(static_cast<size_t>(column)); }
+    QString &cell(Column column) { return cells.at(static_cast<size_t>(column)); }
+};
+
+/// A column that is shown, with its width.
+struct PlacedColumn {
+    Column column;
+    int width;
+};
+
+/// Blanks between two columns.
+constexpr int COLUMN_GAP = 2;
+
+/// The texts above the columns.
+TableRow headingRow();
+
+/// Which columns are shown in a terminal of `width` columns, and how wide: the least important are
+/// left out until the others fit. From 40 columns on, tag, value and quality are always there.
+QVector<PlacedColumn> layOut(const QVector<TableRow> &rows, int width);
+
+/// Values and ages stand on the right of their columns.
+Qt::Alignment alignmentOf(Column column);
+
+} // namespace kvt
+
+#endif
