@@ -100,7 +100,7 @@ bool compareAt(int baud, QTextStream &out)
 {
     const QVector<Tag> tags = makePlant({1, 100, 0, 0});
     PlcConfig config;
-    config.byteTimeNs = byteTimeNs(baud, 10);
+    config.byteTime_ns = byteTime_ns(baud, 10);
     SimulatedPlc plc(tags, config, 1);
     PtyPort port;
     PlcRunner runner(&plc, &port);
@@ -109,7 +109,7 @@ bool compareAt(int baud, QTextStream &out)
         out << error << '\n';
         return false;
     }
-    const double limit = 1e9 / static_cast<double>(EXCHANGE_BYTES * config.byteTimeNs);
+    const double limit = 1e9 / static_cast<double>(EXCHANGE_BYTES * config.byteTime_ns);
     const double bare = bareLoop(port.name());
     const double own = host(port.name(), baud, tags, &error);
     out << QStringLiteral("%1 baud: bare loop %2 %, host %3 % of the line's limit, ratio %4 %5\n")

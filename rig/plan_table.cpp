@@ -22,13 +22,13 @@ namespace
 
 using namespace kvt;
 
-const int SPEEDS[] = {9600, 38400, 115200};
-const int BITS_PER_CHARACTER = 10;
-const qint64 TURNAROUND_ns = milliseconds(2);
-const int CALIBRATION_BAUD = 460800;
-const double VIRTUAL_LIMIT_percent = 2;
-const double PTY_LIMIT_percent = 5;
-const int VIRTUAL_SCANS = 50;
+constexpr int SPEEDS[] = {9600, 38400, 115200};
+constexpr int BITS_PER_CHARACTER = 10;
+constexpr qint64 TURNAROUND_ns = milliseconds(2);
+constexpr int CALIBRATION_BAUD = 460800;
+constexpr double VIRTUAL_LIMIT_percent = 2;
+constexpr double PTY_LIMIT_percent = 5;
+constexpr int VIRTUAL_SCANS = 50;
 
 struct Plant {
     const char *name;
@@ -52,7 +52,7 @@ Case makeCase(const Plant &plant, int baud, qint64 overhead_ns)
     result.tags = makePlant(plant.size);
     result.baud = baud;
     PlanSettings settings;
-    settings.engine.characterTime_ns = byteTimeNs(baud, BITS_PER_CHARACTER);
+    settings.engine.characterTime_ns = byteTime_ns(baud, BITS_PER_CHARACTER);
     settings.turnaround_ns = TURNAROUND_ns;
     settings.overhead_ns = overhead_ns;
     result.plan = planScan(result.tags, settings);
@@ -114,7 +114,7 @@ std::unique_ptr<Rig> makeRig(const Case &what, HostEvents *events)
     settings.driverPath = QStringLiteral(KVT_LIBRARY);
     settings.tags = what.tags;
     settings.baud = what.baud;
-    settings.plc.turnaroundNs = TURNAROUND_ns;
+    settings.plc.turnaround_ns = TURNAROUND_ns;
     QString error;
     std::unique_ptr<Rig> rig = Rig::make(settings, events, &error);
     if (!rig)
@@ -183,8 +183,8 @@ private:
 qint64 scanOnPty_ns(const Case &what, int scans)
 {
     PlcConfig config;
-    config.byteTimeNs = byteTimeNs(what.baud, BITS_PER_CHARACTER);
-    config.turnaroundNs = TURNAROUND_ns;
+    config.byteTime_ns = byteTime_ns(what.baud, BITS_PER_CHARACTER);
+    config.turnaround_ns = TURNAROUND_ns;
     SimulatedPlc plc(what.tags, config, 1);
     PtyPort port;
     PlcRunner runner(&plc, &port);

@@ -8,7 +8,7 @@ namespace kvt
 namespace
 {
 
-const int DEAD_STATION = 10;
+constexpr int DEAD_STATION = 10;
 
 class ReadingCounter : public NoEvents
 {
@@ -27,7 +27,7 @@ qint64 readingsOf(const ProofRun &run, int stations, ReadingCounter *counter, QS
     settings.driverPath = run.driverPath;
     settings.tags = makePlant({stations, 20, 0, 0});
     settings.seed = run.seed;
-    settings.plc.turnaroundNs = milliseconds(2);
+    settings.plc.turnaround_ns = milliseconds(2);
     const std::unique_ptr<Rig> rig = Rig::make(settings, counter, error);
     if (!rig)
         return -1;

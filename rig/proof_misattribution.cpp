@@ -61,7 +61,7 @@ RigSettings settingsFor(const ProofRun &run, const QuietTrial &trial)
     engine.defaultTiming.replyTimeout_ns = milliseconds(60);
     engine.defaultTiming.quietTime_ns =
         qMax<qint64>(1, milliseconds(60) * trial.quietPercent / 100);
-    settings.plc.turnaroundNs = milliseconds(2);
+    settings.plc.turnaround_ns = milliseconds(2);
     settings.plc.signalPlan.all = SignalKind::Serial;
     settings.plc.faults = parseFaults(faults(settings, trial)).rules;
     return settings;

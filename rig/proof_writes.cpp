@@ -11,9 +11,9 @@ namespace kvt
 namespace
 {
 
-const int MOST_OPEN_WRITES = 40;
-const char *const FAULTS = "noreply=1%,late=1%:65ms~40ms,truncate=1%,duplicate=1%,foreign=1%,"
-                           "refuse=1%,silence=0.01%:20s";
+constexpr int MOST_OPEN_WRITES = 40;
+constexpr const char *FAULTS = "noreply=1%,late=1%:65ms~40ms,truncate=1%,duplicate=1%,foreign=1%,"
+                               "refuse=1%,silence=0.01%:20s";
 
 // Follows every write from its request to its end.
 class Ledger : public NoEvents
@@ -79,7 +79,7 @@ RigSettings settingsFor(const ProofRun &run)
     settings.seed = run.seed;
     settings.session.engine.replyChecking = ReplyChecking::Refuse;
     settings.session.engine.defaultTiming.replyTimeout_ns = milliseconds(60);
-    settings.plc.turnaroundNs = milliseconds(2);
+    settings.plc.turnaround_ns = milliseconds(2);
     settings.plc.faults = parseFaults(QLatin1String(FAULTS)).rules;
     return settings;
 }

@@ -15,7 +15,7 @@ std::unique_ptr<Rig> Rig::make(const RigSettings &settings, HostEvents *events, 
         *error = obstacles.join(QStringLiteral("; "));
         return nullptr;
     }
-    rig->characterTime_ns_ = byteTimeNs(settings.baud, 10);
+    rig->characterTime_ns_ = byteTime_ns(settings.baud, 10);
 
     SessionSettings session = settings.session;
     session.engine.characterTime_ns = rig->characterTime_ns_;
@@ -25,7 +25,7 @@ std::unique_ptr<Rig> Rig::make(const RigSettings &settings, HostEvents *events, 
         std::make_unique<HostSession>(rig->library_.api(), session, settings.tags, events);
 
     PlcConfig plc = settings.plc;
-    plc.byteTimeNs = rig->characterTime_ns_;
+    plc.byteTime_ns = rig->characterTime_ns_;
     rig->plc_ = std::make_unique<SimulatedPlc>(settings.tags, plc, settings.seed);
     rig->line_ = std::make_unique<VirtualLine>(&rig->session_->engine(), rig->plc_.get(),
                                                rig->characterTime_ns_);

@@ -55,14 +55,14 @@ void VirtualLine::requestLeft()
 void VirtualLine::take(const PlcReaction &reaction)
 {
     for (const Transmission &transmission : reaction.transmissions) {
-        qint64 at_ns = transmission.startNs;
+        qint64 at_ns = transmission.start_ns;
         for (const char byte : transmission.bytes) {
             at_ns += characterTime_ns_;
             arrivals_.push_back({at_ns, byte});
         }
     }
-    if (reaction.lineBreakNs > 0)
-        breakLine(reaction.lineBreakNs);
+    if (reaction.lineBreak_ns > 0)
+        breakLine(reaction.lineBreak_ns);
 }
 
 void VirtualLine::breakLine(qint64 duration_ns)

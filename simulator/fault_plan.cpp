@@ -2,6 +2,7 @@
 
 namespace kvt
 {
+
 namespace
 {
 
@@ -49,15 +50,15 @@ FaultDecision FaultPlan::decide(qint64 exchange, int station)
             continue;
         if (isDelay(rule.kind)) {
             decision.kinds.append(rule.kind);
-            const auto jitterUs = static_cast<quint32>(rule.jitterNs / 1000);
-            decision.delayNs += rule.durationNs + Q_INT64_C(1000) * random_.below(jitterUs + 1);
+            const auto jitterUs = static_cast<quint32>(rule.jitter_ns / 1000);
+            decision.delay_ns += rule.duration_ns + Q_INT64_C(1000) * random_.below(jitterUs + 1);
         } else if (content == nullptr) {
             content = &rule;
         }
     }
     if (content != nullptr) {
         decision.kinds.append(content->kind);
-        decision.durationNs = content->durationNs;
+        decision.duration_ns = content->duration_ns;
     }
     return decision;
 }

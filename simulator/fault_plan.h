@@ -26,7 +26,7 @@ enum class FaultKind {
     LineBreak       ///< the line is down for a while; the request is lost
 };
 
-const int FAULT_KINDS = 13;
+constexpr int FAULT_KINDS = 13;
 
 /// Returns the name of a fault in options and reports, "noreply" and the like.
 const char *faultName(FaultKind kind);
@@ -41,23 +41,23 @@ struct FaultRule {
 
     FaultKind kind = FaultKind::NoReply;
     Trigger trigger = Trigger::Chance;
-    quint32 chance = 0;    ///< Chance: out of CERTAIN
-    qint64 every = 1;      ///< Every: n, 1 or more
-    qint64 first = 0;      ///< Range: number of the first exchange, counted from 1
-    qint64 last = 0;       ///< Range: number of the last one
-    int station = -1;      ///< only at this station; -1: at any
-    qint64 durationNs = 0; ///< delays: by how much; Silence and LineBreak: how long
-    qint64 jitterNs = 0;   ///< delays: up to so much more, evenly spread
+    quint32 chance = 0;     ///< Chance: out of CERTAIN
+    qint64 every = 1;       ///< Every: n, 1 or more
+    qint64 first = 0;       ///< Range: number of the first exchange, counted from 1
+    qint64 last = 0;        ///< Range: number of the last one
+    int station = -1;       ///< only at this station; -1: at any
+    qint64 duration_ns = 0; ///< delays: by how much; Silence and LineBreak: how long
+    qint64 jitter_ns = 0;   ///< delays: up to so much more, evenly spread
 };
 
 /// `FaultRule::chance` of what always happens.
-const quint32 CERTAIN = 1000000000;
+constexpr quint32 CERTAIN = 1000000000;
 
 /// What happens at one exchange.
 struct FaultDecision {
     QVector<FaultKind> kinds; ///< delays, and at most one other fault, which comes last
-    qint64 delayNs = 0;       ///< sum of all delays
-    qint64 durationNs = 0;    ///< of Silence or LineBreak
+    qint64 delay_ns = 0;      ///< sum of all delays
+    qint64 duration_ns = 0;   ///< of Silence or LineBreak
 
     /// True when a fault other than a delay is among them, and which.
     bool hasContentFault(FaultKind kind) const { return !kinds.isEmpty() && kinds.last() == kind; }

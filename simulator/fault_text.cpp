@@ -5,11 +5,12 @@
 
 namespace kvt
 {
+
 namespace
 {
 
-const qint64 DEFAULT_OUTAGE_NS = 1000000000;
-const int MOST_JITTER_SECONDS = 3600;
+constexpr qint64 DEFAULT_OUTAGE_ns = 1000000000;
+constexpr int MOST_JITTER_SECONDS = 3600;
 
 /// Parts of one rule, still text.
 struct RuleText {
@@ -96,16 +97,16 @@ QString readTimes(const RuleText &parts, FaultRule *rule)
     if (!parts.jitter.isEmpty() && !delay)
         return QStringLiteral("takes no jitter");
     if (parts.duration.isEmpty()) {
-        rule->durationNs = outage ? DEFAULT_OUTAGE_NS : 0;
+        rule->duration_ns = outage ? DEFAULT_OUTAGE_ns : 0;
         return delay ? QStringLiteral("needs a duration, for example 80ms") : QString();
     }
     if (!delay && !outage)
         return QStringLiteral("takes no duration");
-    rule->durationNs = readDuration(parts.duration);
-    rule->jitterNs = parts.jitter.isEmpty() ? 0 : readDuration(parts.jitter);
-    if (rule->durationNs < 0 || rule->jitterNs < 0)
+    rule->duration_ns = readDuration(parts.duration);
+    rule->jitter_ns = parts.jitter.isEmpty() ? 0 : readDuration(parts.jitter);
+    if (rule->duration_ns < 0 || rule->jitter_ns < 0)
         return QStringLiteral("has a duration that is none (80ms, 2s, 300us)");
-    if (rule->jitterNs > MOST_JITTER_SECONDS * Q_INT64_C(1000000000))
+    if (rule->jitter_ns > MOST_JITTER_SECONDS * Q_INT64_C(1000000000))
         return QStringLiteral("has a jitter of more than an hour");
     return QString();
 }

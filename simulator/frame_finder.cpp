@@ -4,18 +4,19 @@
 
 namespace kvt
 {
+
 namespace
 {
 
-const char ENQ = 0x05;
-const char CR = 0x0D;
-const int LONGEST_TEXT = 32; ///< far beyond any request
+constexpr char ENQ = 0x05;
+constexpr char CR = 0x0D;
+constexpr int LONGEST_TEXT = 32; ///< far beyond any request
 
 } // namespace
 
-std::optional<QByteArray> FrameFinder::take(char byte, qint64 timeNs)
+std::optional<QByteArray> FrameFinder::take(char byte, qint64 time_ns)
 {
-    return mode_ == Mode::Text ? takeText(byte) : takeEnvelope(byte, timeNs);
+    return mode_ == Mode::Text ? takeText(byte) : takeEnvelope(byte, time_ns);
 }
 
 void FrameFinder::clear()
@@ -45,11 +46,11 @@ std::optional<QByteArray> FrameFinder::takeText(char byte)
     return takeAll();
 }
 
-std::optional<QByteArray> FrameFinder::takeEnvelope(char byte, qint64 timeNs)
+std::optional<QByteArray> FrameFinder::takeEnvelope(char byte, qint64 time_ns)
 {
-    if (!buffer_.isEmpty() && timeNs - lastByteNs_ > gapNs_)
+    if (!buffer_.isEmpty() && time_ns - lastByte_ns_ > gap_ns_)
         clear();
-    lastByteNs_ = timeNs;
+    lastByte_ns_ = time_ns;
     buffer_.append(byte);
     if (envelopeIsComplete(buffer_))
         return takeAll();

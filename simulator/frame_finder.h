@@ -17,11 +17,11 @@ class FrameFinder
 public:
     enum class Mode { Text, Envelope };
 
-    /// `gapNs` is the pause that ends an unfinished envelope.
-    FrameFinder(Mode mode, qint64 gapNs) : mode_(mode), gapNs_(gapNs) {}
+    /// `gap_ns` is the pause that ends an unfinished envelope.
+    FrameFinder(Mode mode, qint64 gap_ns) : mode_(mode), gap_ns_(gap_ns) {}
 
-    /// Takes the byte that arrived at `timeNs`. Returns the frame that it completes, if it does.
-    std::optional<QByteArray> take(char byte, qint64 timeNs);
+    /// Takes the byte that arrived at `time_ns`. Returns the frame that it completes, if it does.
+    std::optional<QByteArray> take(char byte, qint64 time_ns);
 
     /// Drops an unfinished frame.
     void clear();
@@ -31,13 +31,13 @@ public:
 
 private:
     std::optional<QByteArray> takeText(char byte);
-    std::optional<QByteArray> takeEnvelope(char byte, qint64 timeNs);
+    std::optional<QByteArray> takeEnvelope(char byte, qint64 time_ns);
     QByteArray takeAll();
 
     Mode mode_;
-    qint64 gapNs_;
+    qint64 gap_ns_;
     QByteArray buffer_;
-    qint64 lastByteNs_ = 0;
+    qint64 lastByte_ns_ = 0;
     qint64 dropped_ = 0;
 };
 

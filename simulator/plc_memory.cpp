@@ -2,10 +2,11 @@
 
 namespace kvt
 {
+
 namespace
 {
 
-const int BLOCK_STRIDE = 80; ///< numbers from one block to the next
+constexpr int BLOCK_STRIDE = 80; ///< numbers from one block to the next
 
 quint64 frameKey(int length, int station, int command, int addressByte)
 {
@@ -137,7 +138,7 @@ std::optional<PlcTarget> PlcMemory::findNumber(Area area, int station, int numbe
     return target;
 }
 
-int PlcMemory::readCell(int cell, qint64 timeNs)
+int PlcMemory::readCell(int cell, qint64 time_ns)
 {
     if (cell < 0)
         return 0;
@@ -145,21 +146,21 @@ int PlcMemory::readCell(int cell, qint64 timeNs)
     if (entry.written)
         return entry.value;
     const int next =
-        entry.serial ? ledger(entry.area).issue(entry.serialCell, timeNs) : entry.signal.next();
+        entry.serial ? ledger(entry.area).issue(entry.serialCell, time_ns) : entry.signal.next();
     entry.value = next & 0xFFFF;
     return entry.value;
 }
 
-QByteArray PlcMemory::read(PlcTarget target, qint64 timeNs)
+QByteArray PlcMemory::read(PlcTarget target, qint64 time_ns)
 {
     QByteArray bytes;
     if (target.area == Area::C) {
         const auto &cells = blocks_[target.index].cells;
         for (int i = target.element; i < BLOCK_SIZE; ++i)
-            bytes.append(static_cast<char>(readCell(cells[static_cast<size_t>(i)], timeNs)));
+            bytes.append(static_cast<char>(readCell(cells[static_cast<size_t>(i)], time_ns)));
         return bytes.append(target.element, '\0');
     }
-    const int word = readCell(target.index, timeNs);
+    const int word = readCell(target.index, time_ns);
     if (target.area == Area::D)
         bytes.append(static_cast<char>(word >> 8));
     bytes.append(static_cast<char>(word));
@@ -202,11 +203,11 @@ bool PlcMemory::setValue(int station, Area area, const QString &address, int val
 }
 
 bool PlcMemory::wasSentTo(int station, Area area, const QString &address, int value,
-                          qint64 sinceNs) const
+                          qint64 since_ns) const
 {
     const int cell = cellAt(station, area, address);
     return cell >= 0 && cells_[cell].serial &&
-           ledger(area).wasIssued(cells_[cell].serialCell, value, sinceNs);
+           ledger(area).wasIssued(cells_[cell].serialCell, value, since_ns);
 }
 
 QString PlcMemory::serialOwner(Area area, int value) const

@@ -17,7 +17,7 @@ namespace kvt
 {
 
 /// Elements in one block of area C.
-const int BLOCK_SIZE = 70;
+constexpr int BLOCK_SIZE = 70;
 
 /// Which kind of movement the cells get.
 struct SignalPlan {
@@ -55,7 +55,7 @@ public:
     /// Returns the bytes that a read of `target` answers, high byte first, and moves its cells on.
     /// Area C answers BLOCK_SIZE elements always: those of the block from the first one asked for,
     /// then zeros.
-    QByteArray read(PlcTarget target, qint64 timeNs);
+    QByteArray read(PlcTarget target, qint64 time_ns);
 
     /// Sets a cell of area X or D (to the low byte alone in X) and stops its movement.
     void write(PlcTarget target, int value);
@@ -66,8 +66,9 @@ public:
     /// Sets any cell, also of area C, as `write` does. False when it is unknown.
     bool setValue(int station, Area area, const QString &address, int value);
 
-    /// True when a serial cell sent `value` at `sinceNs` or later. False for any other cell.
-    bool wasSentTo(int station, Area area, const QString &address, int value, qint64 sinceNs) const;
+    /// True when a serial cell sent `value` at `since_ns` or later. False for any other cell.
+    bool wasSentTo(int station, Area area, const QString &address, int value,
+                   qint64 since_ns) const;
 
     /// Returns the name of the tag to whose serial cell `value` belongs; empty when there is none.
     QString serialOwner(Area area, int value) const;
@@ -100,7 +101,7 @@ private:
     int addCell(const Tag &tag, SignalKind kind, quint64 seed);
     int blockOf(const Tag &tag, const TagAddress &address);
     int cellAt(int station, Area area, const QString &address) const;
-    int readCell(int cell, qint64 timeNs);
+    int readCell(int cell, qint64 time_ns);
     SerialLedger &ledger(Area area) { return area == Area::D ? words_ : bytes_; }
     const SerialLedger &ledger(Area area) const { return area == Area::D ? words_ : bytes_; }
 

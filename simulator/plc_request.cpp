@@ -2,14 +2,15 @@
 
 namespace kvt
 {
+
 namespace
 {
 
-const int READ_LENGTH = 8;
-const int BYTE_WRITE_LENGTH = 10;
-const int WORD_WRITE_LENGTH = 12;
-const int ENVELOPE_HEADER = 21;
-const int SHORTEST_ENVELOPE = 22;
+constexpr int READ_LENGTH = 8;
+constexpr int BYTE_WRITE_LENGTH = 10;
+constexpr int WORD_WRITE_LENGTH = 12;
+constexpr int ENVELOPE_HEADER = 21;
+constexpr int SHORTEST_ENVELOPE = 22;
 
 int byteAt(const QByteArray &bytes, int index)
 {

@@ -11,14 +11,15 @@
 
 namespace kvt
 {
+
 namespace
 {
 
-const qint64 NEVER = std::numeric_limits<qint64>::max();
-const qint64 NS_PER_SECOND = 1000000000;
-const qint64 REOPEN_NS = 200000000; ///< from one attempt to open a failed port to the next
+constexpr qint64 NEVER = std::numeric_limits<qint64>::max();
+constexpr qint64 NS_PER_SECOND = 1000000000;
+constexpr qint64 REOPEN_ns = 200000000; ///< from one attempt to open a failed port to the next
 
-qint64 monotonicNs()
+qint64 monotonic_ns()
 {
     timespec now = {};
     clock_gettime(CLOCK_MONOTONIC, &now);
@@ -76,15 +77,15 @@ bool PlcRunner::give(Order order)
 }
 
 // Returns false when the thread is to end.
-bool PlcRunner::obey(qint64 nowNs)
+bool PlcRunner::obey(qint64 now_ns)
 {
     const QMutexLocker locker(&orderMutex_);
     const Order order = order_;
     orderResult_ = true;
     if (order == Order::Unplug)
         unplug(NEVER);
-    else if (order == Order::Plug && downUntilNs_ != 0)
-        orderResult_ = plugIn(nowNs);
+    else if (order == Order::Plug && downUntil_ns_ != 0)
+        orderResult_ = plugIn(now_ns);
     order_ = Order::None;
     orderDone_.wakeAll();
     return order != Order::Stop;
@@ -98,43 +99,43 @@ void PlcRunner::run()
     sigset_t all = {};
     sigfillset(&all);
     pthread_sigmask(SIG_BLOCK, &all, nullptr);
-    while (obey(monotonicNs())) {
-        const qint64 nowNs = monotonicNs();
-        sendDue(nowNs);
-        if (downUntilNs_ != 0 && downUntilNs_ <= nowNs)
-            plugIn(nowNs);
+    while (obey(monotonic_ns())) {
+        const qint64 now_ns = monotonic_ns();
+        sendDue(now_ns);
+        if (downUntil_ns_ != 0 && downUntil_ns_ <= now_ns)
+            plugIn(now_ns);
         wait();
     }
 }
 
-qint64 PlcRunner::nextWakeNs() const
+qint64 PlcRunner::nextWake_ns() const
 {
-    const qint64 upNs = downUntilNs_ == 0 ? NEVER : downUntilNs_;
-    return outgoing_.empty() ? upNs : qMin(upNs, outgoing_.front().dueNs);
+    const qint64 up_ns = downUntil_ns_ == 0 ? NEVER : downUntil_ns_;
+    return outgoing_.empty() ? up_ns : qMin(up_ns, outgoing_.front().due_ns);
 }
 
 void PlcRunner::wait()
 {
     std::array<pollfd, 3> polled = {
         {{wakeUp_.get(), POLLIN, 0}, {port_->listenFd(), POLLIN, 0}, {port_->dataFd(), POLLIN, 0}}};
-    const qint64 wakeNs = nextWakeNs();
-    const qint64 leftNs = qMax(Q_INT64_C(0), wakeNs - monotonicNs());
-    const timespec left = {leftNs / NS_PER_SECOND, leftNs % NS_PER_SECOND};
-    if (ppoll(polled.data(), polled.size(), wakeNs == NEVER ? nullptr : &left, nullptr) <= 0)
+    const qint64 wake_ns = nextWake_ns();
+    const qint64 left_ns = qMax(Q_INT64_C(0), wake_ns - monotonic_ns());
+    const timespec left = {left_ns / NS_PER_SECOND, left_ns % NS_PER_SECOND};
+    if (ppoll(polled.data(), polled.size(), wake_ns == NEVER ? nullptr : &left, nullptr) <= 0)
         return;
     if (polled[0].revents != 0) {
         eventfd_t count = 0;
         eventfd_read(wakeUp_.get(), &count);
     }
     if (polled[2].revents != 0)
-        receive(monotonicNs());
+        receive(monotonic_ns());
     if (polled[1].revents != 0 && port_->listenFd() >= 0) {
         port_->acceptPeer();
         lineBegins();
     }
 }
 
-void PlcRunner::receive(qint64 nowNs)
+void PlcRunner::receive(qint64 now_ns)
 {
     std::array<char, 4096> buffer = {};
     const ssize_t size = ::read(port_->dataFd(), buffer.data(), buffer.size());
@@ -144,24 +145,24 @@ void PlcRunner::receive(qint64 nowNs)
         port_->dropPeer();
         lineBegins();
         if (port_->listenFd() < 0)
-            unplug(nowNs + REOPEN_NS);
+            unplug(now_ns + REOPEN_ns);
         return;
     }
     const QMutexLocker locker(&plcMutex_);
-    const qint64 byteTimeNs = plc_->config().byteTimeNs;
-    receiveFreeNs_ = qMax(nowNs, receiveFreeNs_) + size * byteTimeNs;
+    const qint64 byteTime_ns = plc_->config().byteTime_ns;
+    receiveFree_ns_ = qMax(now_ns, receiveFree_ns_) + size * byteTime_ns;
     const QByteArray bytes(buffer.data(), static_cast<int>(size));
-    const PlcReaction reaction = plc_->receive(bytes, receiveFreeNs_);
+    const PlcReaction reaction = plc_->receive(bytes, receiveFree_ns_);
     for (const Transmission &sent : reaction.transmissions)
-        outgoing_.push_back({sent.startNs + sent.bytes.size() * byteTimeNs, sent.bytes});
-    if (reaction.lineBreakNs > 0)
-        unplug(nowNs + reaction.lineBreakNs);
+        outgoing_.push_back({sent.start_ns + sent.bytes.size() * byteTime_ns, sent.bytes});
+    if (reaction.lineBreak_ns > 0)
+        unplug(now_ns + reaction.lineBreak_ns);
 }
 
 // Bytes that find the line full, because nobody reads, are lost, as they are on a wire.
-void PlcRunner::sendDue(qint64 nowNs)
+void PlcRunner::sendDue(qint64 now_ns)
 {
-    while (!outgoing_.empty() && outgoing_.front().dueNs <= nowNs) {
+    while (!outgoing_.empty() && outgoing_.front().due_ns <= now_ns) {
         const QByteArray bytes = outgoing_.front().bytes;
         outgoing_.pop_front();
         const ssize_t written =
@@ -170,18 +171,18 @@ void PlcRunner::sendDue(qint64 nowNs)
     }
 }
 
-void PlcRunner::unplug(qint64 untilNs)
+void PlcRunner::unplug(qint64 until_ns)
 {
     port_->close();
     outgoing_.clear();
-    downUntilNs_ = untilNs;
+    downUntil_ns_ = until_ns;
 }
 
-bool PlcRunner::plugIn(qint64 nowNs)
+bool PlcRunner::plugIn(qint64 now_ns)
 {
     QString error;
     const bool open = port_->open(&error);
-    downUntilNs_ = open ? 0 : nowNs + REOPEN_NS;
+    downUntil_ns_ = open ? 0 : now_ns + REOPEN_ns;
     if (open)
         lineBegins();
     return open;
@@ -190,7 +191,7 @@ bool PlcRunner::plugIn(qint64 nowNs)
 void PlcRunner::lineBegins()
 {
     outgoing_.clear();
-    receiveFreeNs_ = 0;
+    receiveFree_ns_ = 0;
     const QMutexLocker locker(&plcMutex_);
     plc_->lineOpened();
 }

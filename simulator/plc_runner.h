@@ -17,7 +17,7 @@ namespace kvt
 
 /// A thread that hands what arrives at a port to the PLC and sends its answers. A request counts as
 /// received when its last byte would be over the line, and an answer leaves, whole, when its last
-/// byte would: at `PlcConfig::byteTimeNs` a byte, on the machine's monotonic clock. The thread
+/// byte would: at `PlcConfig::byteTime_ns` a byte, on the machine's monotonic clock. The thread
 /// sleeps until there is something to do.
 class PlcRunner
 {
@@ -54,19 +54,19 @@ private:
     enum class Order { None, Stop, Unplug, Plug };
 
     struct Outgoing {
-        qint64 dueNs; ///< when the last byte is to be on the line
+        qint64 due_ns; ///< when the last byte is to be on the line
         QByteArray bytes;
     };
 
     bool give(Order order);
     void run();
-    bool obey(qint64 nowNs);
+    bool obey(qint64 now_ns);
     void wait();
-    qint64 nextWakeNs() const;
-    void receive(qint64 nowNs);
-    void sendDue(qint64 nowNs);
-    bool plugIn(qint64 nowNs);
-    void unplug(qint64 untilNs);
+    qint64 nextWake_ns() const;
+    void receive(qint64 now_ns);
+    void sendDue(qint64 now_ns);
+    bool plugIn(qint64 now_ns);
+    void unplug(qint64 until_ns);
     void lineBegins();
 
     SimulatedPlc *plc_;
@@ -83,8 +83,8 @@ private:
 
     // The thread's own.
     std::deque<Outgoing> outgoing_;
-    qint64 receiveFreeNs_ = 0; ///< when the last byte received was over the line
-    qint64 downUntilNs_ = 0;   ///< 0 while the line is up
+    qint64 receiveFree_ns_ = 0; ///< when the last byte received was over the line
+    qint64 downUntil_ns_ = 0;   ///< 0 while the line is up
 };
 
 } // namespace kvt

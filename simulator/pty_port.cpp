@@ -12,6 +12,7 @@
 
 namespace kvt
 {
+
 namespace
 {
 

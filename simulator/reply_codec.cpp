@@ -2,14 +2,15 @@
 
 namespace kvt
 {
+
 namespace
 {
 
-const char ACK = 0x06;
-const char NAK = 0x15;
-const char CR = 0x0D;
-const char DIGITS[] = "0123456789ABCDEF";
-const int FIRST_DIGIT = 3; ///< index of the first digit behind the station
+constexpr char ACK = 0x06;
+constexpr char NAK = 0x15;
+constexpr char CR = 0x0D;
+constexpr char DIGITS[] = "0123456789ABCDEF";
+constexpr int FIRST_DIGIT = 3; ///< index of the first digit behind the station
 
 void appendHex(QByteArray *reply, int byte)
 {

@@ -2,10 +2,11 @@
 
 namespace kvt
 {
+
 namespace
 {
 
-const qint64 NEVER = std::numeric_limits<qint64>::min();
+constexpr qint64 NEVER = std::numeric_limits<qint64>::min();
 
 } // namespace
 
@@ -20,24 +21,24 @@ int SerialLedger::valuesPerCell() const
     return qMax(1, values_ / cells_.size());
 }
 
-int SerialLedger::issue(int cell, qint64 timeNs)
+int SerialLedger::issue(int cell, qint64 time_ns)
 {
     Cell &entry = cells_[cell];
     if (entry.lastIssued.isEmpty())
         entry.lastIssued.fill(NEVER, valuesPerCell());
     const int round = entry.issued;
     entry.issued = (entry.issued + 1) % valuesPerCell();
-    entry.lastIssued[round] = timeNs;
+    entry.lastIssued[round] = time_ns;
     return (cell + round * cells_.size()) % values_;
 }
 
-bool SerialLedger::wasIssued(int cell, int value, qint64 sinceNs) const
+bool SerialLedger::wasIssued(int cell, int value, qint64 since_ns) const
 {
     const Cell &entry = cells_[cell];
     const int round = value / cells_.size();
     if (round >= entry.lastIssued.size() || (cell + round * cells_.size()) % values_ != value)
         return false;
-    return entry.lastIssued[round] != NEVER && entry.lastIssued[round] >= sinceNs;
+    return entry.lastIssued[round] != NEVER && entry.lastIssued[round] >= since_ns;
 }
 
 int SerialLedger::ownerOf(int value) const

@@ -25,11 +25,11 @@ public:
     /// Adds a cell and returns its number k. All cells must be added before the first `issue`.
     int addCell();
 
-    /// Returns the next serial of a cell and notes that it was sent at `timeNs`.
-    int issue(int cell, qint64 timeNs);
+    /// Returns the next serial of a cell and notes that it was sent at `time_ns`.
+    int issue(int cell, qint64 time_ns);
 
-    /// True when `value` was issued to `cell` at `sinceNs` or later.
-    bool wasIssued(int cell, int value, qint64 sinceNs) const;
+    /// True when `value` was issued to `cell` at `since_ns` or later.
+    bool wasIssued(int cell, int value, qint64 since_ns) const;
 
     /// Returns the cell to which `value` belongs (with more cells than values, the first of them);
     /// -1 when there are no cells.

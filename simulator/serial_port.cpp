@@ -8,6 +8,7 @@
 
 namespace kvt
 {
+
 namespace
 {
 

@@ -2,11 +2,12 @@
 
 namespace kvt
 {
+
 namespace
 {
 
-const quint32 RAMP_STEPS = 100;
-const int HALF_WAVE = 32; ///< steps of half a sine wave
+constexpr quint32 RAMP_STEPS = 100;
+constexpr int HALF_WAVE = 32; ///< steps of half a sine wave
 
 } // namespace
 

@@ -38,24 +38,24 @@ using ExchangeLog = std::function<void(const Exchange &)>;
 /// How the PLC behaves. Times are nanoseconds.
 struct PlcConfig {
     FrameFinder::Mode mode = FrameFinder::Mode::Text;
-    qint64 byteTimeNs = 0;        ///< time of one byte on the line; 0: no time at all
-    qint64 turnaroundNs = 0;      ///< from the last byte of a request to the first of its reply
-    qint64 frameGapNs = 50000000; ///< pause that ends an unfinished envelope
+    qint64 byteTime_ns = 0;        ///< time of one byte on the line; 0: no time at all
+    qint64 turnaround_ns = 0;      ///< from the last byte of a request to the first of its reply
+    qint64 frameGap_ns = 50000000; ///< pause that ends an unfinished envelope
     SignalPlan signalPlan;
     QVector<FaultRule> faults;
     ExchangeLog log; ///< may be empty
 };
 
-/// Bytes that go on the line back to back, the first of them not before `startNs`.
+/// Bytes that go on the line back to back, the first of them not before `start_ns`.
 struct Transmission {
-    qint64 startNs = 0;
+    qint64 start_ns = 0;
     QByteArray bytes;
 };
 
 /// What follows from the bytes received.
 struct PlcReaction {
     QVector<Transmission> transmissions; ///< in the order of their start; none overlaps another
-    qint64 lineBreakNs = 0;              ///< if not 0, the line goes down now for so long
+    qint64 lineBreak_ns = 0;             ///< if not 0, the line goes down now for so long
 };
 
 /// Counts since the start.
@@ -79,8 +79,8 @@ public:
     /// lists that do not make sense.
     SimulatedPlc(const QVector<Tag> &tags, const PlcConfig &config, quint64 seed);
 
-    /// Takes bytes, the last of which has arrived at `lastByteNs`; times never go back.
-    PlcReaction receive(const QByteArray &bytes, qint64 lastByteNs);
+    /// Takes bytes, the last of which has arrived at `lastByte_ns`; times never go back.
+    PlcReaction receive(const QByteArray &bytes, qint64 lastByte_ns);
 
     /// The line is up again after a break: what was half received or still to be sent is gone.
     void lineOpened();
@@ -97,17 +97,17 @@ public:
     const Exchange &lastExchange() const { return lastExchange_; }
 
 private:
-    void exchange(const QByteArray &frame, qint64 endNs, PlcReaction *reaction);
-    void answer(const QByteArray &frame, qint64 endNs, PlcReaction *reaction);
-    FaultDecision decideFaults(int station, qint64 endNs);
-    QByteArray carryOut(const PlcRequest &request, qint64 timeNs);
-    QByteArray carryOutRead(const PlcRequest &request, qint64 timeNs);
+    void exchange(const QByteArray &frame, qint64 end_ns, PlcReaction *reaction);
+    void answer(const QByteArray &frame, qint64 end_ns, PlcReaction *reaction);
+    FaultDecision decideFaults(int station, qint64 end_ns);
+    QByteArray carryOut(const PlcRequest &request, qint64 time_ns);
+    QByteArray carryOutRead(const PlcRequest &request, qint64 time_ns);
     QByteArray carryOutWrite(const PlcRequest &request);
     std::optional<PlcTarget> targetOf(const PlcRequest &request, int offset) const;
     QByteArray refuse(int station, RefusalCode code);
-    QByteArray foreignReply(const PlcRequest &request, const QByteArray &own, qint64 timeNs);
-    bool isSilent(int station, qint64 timeNs) const;
-    void transmit(qint64 earliestNs, const QByteArray &bytes, PlcReaction *reaction);
+    QByteArray foreignReply(const PlcRequest &request, const QByteArray &own, qint64 time_ns);
+    bool isSilent(int station, qint64 time_ns) const;
+    void transmit(qint64 earliest_ns, const QByteArray &bytes, PlcReaction *reaction);
 
     PlcConfig config_;
     FrameFinder finder_;
@@ -117,8 +117,8 @@ private:
     PlcCounters counters_;
     Exchange lastExchange_;
     QSet<int> stationsOff_;
-    QHash<int, qint64> silentUntilNs_;
-    qint64 lineFreeNs_ = 0; ///< when the last transmission will have left
+    QHash<int, qint64> silentUntil_ns_;
+    qint64 lineFree_ns_ = 0; ///< when the last transmission will have left
 };
 
 } // namespace kvt

@@ -58,8 +58,8 @@ QByteArray bytesOf(const Tag &tag, int value)
 PlcConfig plcConfig()
 {
     PlcConfig config;
-    config.byteTimeNs = byteTimeNs(BAUD, BITS_PER_BYTE);
-    config.turnaroundNs = milliseconds(2);
+    config.byteTime_ns = byteTime_ns(BAUD, BITS_PER_BYTE);
+    config.turnaround_ns = milliseconds(2);
     return config;
 }
 

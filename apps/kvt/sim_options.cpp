@@ -89,7 +89,7 @@ bool readSpeed(const QCommandLineParser &parser, SimOptions *options)
     if (options->line == SimOptions::Line::Serial)
         options->serial.baud = baud > 0 ? baud : HARDWARE_BAUD;
     else
-        options->plc.byteTimeNs = byteTimeNs(baud, options->serial.bitsPerByte());
+        options->plc.byteTime_ns = byteTime_ns(baud, options->serial.bitsPerByte());
     return true;
 }
 
@@ -113,7 +113,7 @@ bool readBehaviour(const QCommandLineParser &parser, SimOptions *options)
     if (!readNumber(parser, TURNAROUND, 0, 10000, &turnaround_ms) ||
         !readNumber(parser, SEED, 0, 2147483647, &seed))
         return false;
-    options->plc.turnaroundNs = turnaround_ms * Q_INT64_C(1000000);
+    options->plc.turnaround_ns = turnaround_ms * Q_INT64_C(1000000);
     options->seed = static_cast<quint64>(seed);
     return true;
 }

@@ -3,19 +3,6 @@
 
 #include <QTest>
 
-class TestRigProofs : public QObject
-{
-    Q_OBJECT
-
-private Q_SLOTS:
-    void noValueReachesAnotherTag();
-    void shortSilenceIsFoundOut();
-    void deadStationCostsTheOthersLittle();
-    void everyWriteIsAccountedFor();
-    void lineIsInUseNearlyAllTheTime();
-    void sameSeedMakesTheSameRun();
-};
-
 namespace
 {
 
@@ -26,44 +13,50 @@ kvt::ProofRun runOf(qint64 count)
 
 } // namespace
 
-void TestRigProofs::noValueReachesAnotherTag()
+class TestRigProofs : public QObject
 {
-    const kvt::ProofResult result = kvt::proveNoMisattribution(runOf(20000));
-    QVERIFY2(result.held, qPrintable(result.text));
-}
+    Q_OBJECT
 
-// The proof must be able to fail: without silence, late replies are taken for the next answer.
-void TestRigProofs::shortSilenceIsFoundOut()
-{
-    const kvt::QuietTrial trial = {0, 300};
-    const kvt::ProofResult result = kvt::proveNoMisattribution(runOf(50000), trial);
-    QVERIFY2(!result.held, qPrintable(result.text));
-}
+private Q_SLOTS:
+    void noValueReachesAnotherTag()
+    {
+        const kvt::ProofResult result = kvt::proveNoMisattribution(runOf(20000));
+        QVERIFY2(result.held, qPrintable(result.text));
+    }
 
-void TestRigProofs::deadStationCostsTheOthersLittle()
-{
-    const kvt::ProofResult result = kvt::proveDeadStationCostsLittle(runOf(300));
-    QVERIFY2(result.held, qPrintable(result.text));
-}
+    // The proof must be able to fail: without silence, late replies are taken for the next answer.
+    void shortSilenceIsFoundOut()
+    {
+        const kvt::QuietTrial trial = {0, 300};
+        const kvt::ProofResult result = kvt::proveNoMisattribution(runOf(50000), trial);
+        QVERIFY2(!result.held, qPrintable(result.text));
+    }
 
-void TestRigProofs::everyWriteIsAccountedFor()
-{
-    const kvt::ProofResult result = kvt::proveWritesAreAccountedFor(runOf(3000));
-    QVERIFY2(result.held, qPrintable(result.text));
-}
+    void deadStationCostsTheOthersLittle()
+    {
+        const kvt::ProofResult result = kvt::proveDeadStationCostsLittle(runOf(300));
+        QVERIFY2(result.held, qPrintable(result.text));
+    }
 
-void TestRigProofs::lineIsInUseNearlyAllTheTime()
-{
-    const kvt::ProofResult result = kvt::proveLineIsUsed(runOf(30));
-    QVERIFY2(result.held, qPrintable(result.text));
-}
+    void everyWriteIsAccountedFor()
+    {
+        const kvt::ProofResult result = kvt::proveWritesAreAccountedFor(runOf(3000));
+        QVERIFY2(result.held, qPrintable(result.text));
+    }
 
-void TestRigProofs::sameSeedMakesTheSameRun()
-{
-    const kvt::ProofResult first = kvt::proveNoMisattribution(runOf(5000));
-    const kvt::ProofResult second = kvt::proveNoMisattribution(runOf(5000));
-    QCOMPARE(first.text, second.text);
-}
+    void lineIsInUseNearlyAllTheTime()
+    {
+        const kvt::ProofResult result = kvt::proveLineIsUsed(runOf(30));
+        QVERIFY2(result.held, qPrintable(result.text));
+    }
+
+    void sameSeedMakesTheSameRun()
+    {
+        const kvt::ProofResult first = kvt::proveNoMisattribution(runOf(5000));
+        const kvt::ProofResult second = kvt::proveNoMisattribution(runOf(5000));
+        QCOMPARE(first.text, second.text);
+    }
+};
 
 QTEST_GUILESS_MAIN(TestRigProofs)
 #include "tst_rig_proofs.moc"

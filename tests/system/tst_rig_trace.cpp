@@ -13,9 +13,9 @@ using namespace kvt;
 namespace
 {
 
-const char *const FAULTS = "noreply=2%,late=1%:80ms,truncate=1%,extra=1%,badend=1%,flip=1%,"
-                           "foreign=1%,duplicate=1%,echo=1%,refuse=1%,silence=0.1%:3s,"
-                           "break=0.05%:500ms";
+constexpr const char *FAULTS = "noreply=2%,late=1%:80ms,truncate=1%,extra=1%,badend=1%,flip=1%,"
+                               "foreign=1%,duplicate=1%,echo=1%,refuse=1%,silence=0.1%:3s,"
+                               "break=0.05%:500ms";
 
 // Requests writes and one-time reads between the cyclic ones.
 class Operator final : public NoEvents
@@ -57,8 +57,8 @@ quint64 record(const QString &path, quint64 seed, qint64 duration_ns)
     HostSession session(recorder.attach(library.api()), settings, tags, &user);
     user.session = &session;
     PlcConfig config;
-    config.byteTimeNs = CHARACTER_ns;
-    config.turnaroundNs = milliseconds(2);
+    config.byteTime_ns = CHARACTER_ns;
+    config.turnaround_ns = milliseconds(2);
     config.faults = parseFaults(QLatin1String(FAULTS)).rules;
     SimulatedPlc plc(tags, config, seed);
     VirtualLine virtualLine(&session.engine(), &plc, CHARACTER_ns);
@@ -100,103 +100,96 @@ class TestRigTrace : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void aRunWithFaultsReplaysWithoutDifference_data();
-    void aRunWithFaultsReplaysWithoutDifference();
-    void everyKindOfRecordIsWritten();
-    void oneChangedByteNamesItsExchange_data();
-    void oneChangedByteNamesItsExchange();
-    void aMissingCallNamesAnExchange();
+    void aRunWithFaultsReplaysWithoutDifference_data()
+    {
+        QTest::addColumn<quint64>("seed");
+        for (const quint64 seed : {1, 2, 3})
+            QTest::newRow(qPrintable(QString::number(seed))) << seed;
+    }
+
+    void aRunWithFaultsReplaysWithoutDifference()
+    {
+        QFETCH(quint64, seed);
+        const quint64 exchanges = record(path(), seed, seconds(20));
+        QVERIFY(exchanges > 500);
+        const ReplayResult result = replay(path());
+        QVERIFY2(result.difference.isEmpty(), qPrintable(result.difference));
+        QVERIFY2(result.error.isEmpty(), qPrintable(result.error));
+        QVERIFY(!result.isFull);
+        // The last request may have been under way at the end.
+        QVERIFY(quint64(result.exchanges) - exchanges <= 1);
+        QVERIFY(result.calls > 4 * result.exchanges);
+    }
+
+    void everyKindOfRecordIsWritten()
+    {
+        QVERIFY(record(path(), 4, seconds(60)) > 0);
+        QMap<QByteArray, int> counts;
+        for (const QByteArray &line : linesOf(path()))
+            ++counts[line.split(' ').value(1)];
+        for (const char *name :
+             {trace::INFO, trace::LOCAL, trace::VARIABLE, trace::LIST, trace::STATION, trace::WRITE,
+              trace::ONCE, trace::ASK, trace::SENT, trace::RECEIVED, trace::DROPPED, trace::JUDGED,
+              trace::VALUE, trace::ENDED, trace::LINE})
+            QVERIFY2(counts.value(name) > 0, name);
+    }
+
+    void oneChangedByteNamesItsExchange_data()
+    {
+        QTest::addColumn<QByteArray>("name");
+        QTest::addColumn<int>("word"); // in which a character is changed, counted behind the name
+        QTest::newRow("the frame that the driver asked to send") << QByteArray(trace::ASK) << 0;
+        QTest::newRow("the frame that was sent") << QByteArray(trace::SENT) << 0;
+        QTest::newRow("the reply") << QByteArray(trace::JUDGED) << 0;
+        QTest::newRow("the result") << QByteArray(trace::JUDGED) << 1;
+        QTest::newRow("the value") << QByteArray(trace::VALUE) << 5;
+    }
+
+    void oneChangedByteNamesItsExchange()
+    {
+        QFETCH(QByteArray, name);
+        QFETCH(int, word);
+        QVERIFY(record(path(), 5, seconds(5)) > 0);
+        const QByteArrayList lines = linesOf(path());
+        int changed = 0;
+        for (int i = 0; i < lines.size(); i += 1 + i % 17) {
+            QByteArrayList words = lines.at(i).split(' ');
+            if (words.value(1) != name || words.value(2 + word) == trace::NO_BYTES)
+                continue;
+            QByteArray &text = words[2 + word];
+            const int at = i % text.size();
+            text[at] = text.at(at) == '1' ? '2' : '1';
+            QByteArrayList others = lines;
+            others[i] = words.join(' ');
+            writeLines(path(), others);
+            const ReplayResult result = replay(path());
+            const QString place = QStringLiteral("(line %1): ").arg(i + 1);
+            QVERIFY2(result.difference.startsWith(QStringLiteral("exchange ")) &&
+                         result.difference.contains(place),
+                     qPrintable(place + result.difference + result.error));
+            ++changed;
+        }
+        QVERIFY(changed > 5);
+    }
+
+    void aMissingCallNamesAnExchange()
+    {
+        QVERIFY(record(path(), 6, seconds(5)) > 0);
+        QByteArrayList lines = linesOf(path());
+        for (int i = 0; i < lines.size(); ++i) {
+            if (lines.at(i).split(' ').value(1) != trace::WRITE)
+                continue;
+            lines.removeAt(i);
+            break;
+        }
+        writeLines(path(), lines);
+        QVERIFY(replay(path()).difference.startsWith(QStringLiteral("exchange ")));
+    }
 
 private:
     QTemporaryDir folder_;
     QString path() const { return folder_.filePath(QStringLiteral("trace")); }
 };
-
-void TestRigTrace::aRunWithFaultsReplaysWithoutDifference_data()
-{
-    QTest::addColumn<quint64>("seed");
-    for (const quint64 seed : {1, 2, 3})
-        QTest::newRow(qPrintable(QString::number(seed))) << seed;
-}
-
-void TestRigTrace::aRunWithFaultsReplaysWithoutDifference()
-{
-    QFETCH(quint64, seed);
-    const quint64 exchanges = record(path(), seed, seconds(20));
-    QVERIFY(exchanges > 500);
-    const ReplayResult result = replay(path());
-    QVERIFY2(result.difference.isEmpty(), qPrintable(result.difference));
-    QVERIFY2(result.error.isEmpty(), qPrintable(result.error));
-    QVERIFY(!result.isFull);
-    // The last request may have been under way at the end.
-    QVERIFY(quint64(result.exchanges) - exchanges <= 1);
-    QVERIFY(result.calls > 4 * result.exchanges);
-}
-
-void TestRigTrace::everyKindOfRecordIsWritten()
-{
-    QVERIFY(record(path(), 4, seconds(60)) > 0);
-    QMap<QByteArray, int> counts;
-    for (const QByteArray &line : linesOf(path()))
-        ++counts[line.split(' ').value(1)];
-    for (const char *name :
-         {trace::INFO, trace::LOCAL, trace::VARIABLE, trace::LIST, trace::STATION, trace::WRITE,
-          trace::ONCE, trace::ASK, trace::SENT, trace::RECEIVED, trace::DROPPED, trace::JUDGED,
-          trace::VALUE, trace::ENDED, trace::LINE})
-        QVERIFY2(counts.value(name) > 0, name);
-}
-
-void TestRigTrace::oneChangedByteNamesItsExchange_data()
-{
-    QTest::addColumn<QByteArray>("name");
-    QTest::addColumn<int>("word"); // in which a character is changed, counted behind the name
-    QTest::newRow("the frame that the driver asked to send") << QByteArray(trace::ASK) << 0;
-    QTest::newRow("the frame that was sent") << QByteArray(trace::SENT) << 0;
-    QTest::newRow("the reply") << QByteArray(trace::JUDGED) << 0;
-    QTest::newRow("the result") << QByteArray(trace::JUDGED) << 1;
-    QTest::newRow("the value") << QByteArray(trace::VALUE) << 5;
-}
-
-void TestRigTrace::oneChangedByteNamesItsExchange()
-{
-    QFETCH(QByteArray, name);
-    QFETCH(int, word);
-    QVERIFY(record(path(), 5, seconds(5)) > 0);
-    const QByteArrayList lines = linesOf(path());
-    int changed = 0;
-    for (int i = 0; i < lines.size(); i += 1 + i % 17) {
-        QByteArrayList words = lines.at(i).split(' ');
-        if (words.value(1) != name || words.value(2 + word) == trace::NO_BYTES)
-            continue;
-        QByteArray &text = words[2 + word];
-        const int at = i % text.size();
-        text[at] = text.at(at) == '1' ? '2' : '1';
-        QByteArrayList others = lines;
-        others[i] = words.join(' ');
-        writeLines(path(), others);
-        const ReplayResult result = replay(path());
-        const QString place = QStringLiteral("(line %1): ").arg(i + 1);
-        QVERIFY2(result.difference.startsWith(QStringLiteral("exchange ")) &&
-                     result.difference.contains(place),
-                 qPrintable(place + result.difference + result.error));
-        ++changed;
-    }
-    QVERIFY(changed > 5);
-}
-
-void TestRigTrace::aMissingCallNamesAnExchange()
-{
-    QVERIFY(record(path(), 6, seconds(5)) > 0);
-    QByteArrayList lines = linesOf(path());
-    for (int i = 0; i < lines.size(); ++i) {
-        if (lines.at(i).split(' ').value(1) != trace::WRITE)
-            continue;
-        lines.removeAt(i);
-        break;
-    }
-    writeLines(path(), lines);
-    QVERIFY(replay(path()).difference.startsWith(QStringLiteral("exchange ")));
-}
 
 QTEST_GUILESS_MAIN(TestRigTrace)
 #include "tst_rig_trace.moc"

@@ -14,7 +14,7 @@
 #include <poll.h>
 #include <sys/socket.h>
 
-const int HANG_GUARD_MS = 20000;
+constexpr int HANG_GUARD_ms = 20000;
 
 /// Opens a device as a host does; nothing is set.
 inline void openDevice(kvt::FileDescriptor *fd, const QString &path)
@@ -44,7 +44,7 @@ inline QByteArray readBytes(const kvt::FileDescriptor &fd, int size)
 {
     QByteArray bytes;
     pollfd polled = {fd.get(), POLLIN, 0};
-    while (bytes.size() < size && poll(&polled, 1, HANG_GUARD_MS) > 0) {
+    while (bytes.size() < size && poll(&polled, 1, HANG_GUARD_ms) > 0) {
         std::array<char, 256> buffer = {};
         const ssize_t count = ::read(fd.get(), buffer.data(),
                                      qMin(buffer.size(), static_cast<size_t>(size - bytes.size())));

@@ -6,7 +6,7 @@
 
 #include "simulator/line_speed.h"
 #include "tests/unit/simulator/line_peer.h"
-#include "tests/unit/simulator/sample_tags.h"
+#include "tests/unit/simulator/sample_plc.h"
 
 #include <QDeadlineTimer>
 #include <QTemporaryDir>
@@ -14,21 +14,11 @@
 
 #include <termios.h>
 
-using kvt::FileDescriptor;
-using kvt::PlcRunner;
-using kvt::PtyPort;
-using kvt::SerialPort;
-using kvt::SerialPortSettings;
-using kvt::SimulatedPlc;
-using Parity = kvt::SerialPortSettings::Parity;
+using namespace kvt;
+using Parity = SerialPortSettings::Parity;
 
 namespace
 {
-
-const QByteArray READ_1 = QByteArray("\x05"
-                                     "010528\r");
-const QByteArray REPLY_1 = QByteArray("\x06"
-                                      "0112AB\r");
 
 /// Sends through the terminal's other end, which does not block.
 QByteArray askCable(const PtyPort &cable)
@@ -45,7 +35,7 @@ QByteArray askUntilAnswered(const PtyPort &cable)
     FileDescriptor fd;
     fd.reset(dup(cable.dataFd()));
     pollfd polled = {fd.get(), POLLIN, 0};
-    const QDeadlineTimer guard(HANG_GUARD_MS);
+    const QDeadlineTimer guard(HANG_GUARD_ms);
     while (!guard.hasExpired() && sendBytes(fd, READ_1)) {
         if (poll(&polled, 1, 50) > 0)
             return readBytes(fd, REPLY_1.size());
@@ -60,101 +50,92 @@ class TestSerialPort : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void requestsAreAnswered();
-    void aDeviceThatGoesIsOpenedAgain();
-    void settingsReachTheDevice();
-    void badDevicesAreRefused();
-    void aByteHasItsBits();
-    void aByteHasItsTime();
+    void requestsAreAnswered()
+    {
+        PtyPort cable;
+        QString error;
+        QVERIFY(cable.open(&error));
+        SimulatedPlc plc = samplePlc();
+        SerialPort port(cable.name(), SerialPortSettings());
+        PlcRunner runner(&plc, &port);
+        QVERIFY2(runner.start(&error), qPrintable(error));
+        QCOMPARE(askCable(cable), REPLY_1);
+    }
+
+    void aDeviceThatGoesIsOpenedAgain()
+    {
+        const QTemporaryDir directory;
+        PtyPort cable(directory.filePath(QStringLiteral("device")));
+        QString error;
+        QVERIFY(cable.open(&error));
+        SimulatedPlc plc = samplePlc();
+        SerialPort port(cable.name(), SerialPortSettings());
+        PlcRunner runner(&plc, &port);
+        QVERIFY2(runner.start(&error), qPrintable(error));
+        QCOMPARE(askCable(cable), REPLY_1);
+        cable.close();
+        QVERIFY(cable.open(&error));
+        QCOMPARE(askUntilAnswered(cable), REPLY_1);
+    }
+
+    void settingsReachTheDevice()
+    {
+        PtyPort cable;
+        QString error;
+        QVERIFY(cable.open(&error));
+        SerialPortSettings settings;
+        settings.baud = 38400;
+        settings.dataBits = 7;
+        settings.parity = Parity::Odd;
+        settings.stopBits = 2;
+        SerialPort port(cable.name(), settings);
+        QVERIFY2(port.open(&error), qPrintable(error));
+        termios actual = {};
+        QCOMPARE(tcgetattr(port.dataFd(), &actual), 0);
+        QCOMPARE(cfgetospeed(&actual), static_cast<speed_t>(B38400));
+        // A pseudo-terminal keeps eight bits and no parity whatever it is told.
+        QVERIFY((actual.c_cflag & CSTOPB) != 0);
+        QVERIFY((actual.c_cflag & PARODD) != 0);
+        QVERIFY((actual.c_lflag & (ICANON | ECHO)) == 0);
+    }
+
+    void badDevicesAreRefused()
+    {
+        const QTemporaryDir directory;
+        const QString missing = directory.filePath(QStringLiteral("none"));
+        QString error;
+        QVERIFY(!SerialPort(missing, SerialPortSettings()).open(&error));
+        QCOMPARE(error, missing + ": No such file or directory");
+        QVERIFY(!SerialPort(QStringLiteral("/dev/null"), SerialPortSettings()).open(&error));
+        QCOMPARE(error, QString("/dev/null is no serial port"));
+        PtyPort cable;
+        QVERIFY(cable.open(&error));
+        SerialPortSettings odd;
+        odd.baud = 12345;
+        QVERIFY(!SerialPort(cable.name(), odd).open(&error));
+        QCOMPARE(error, QString("12345 baud is no standard rate"));
+    }
+
+    void aByteHasItsBits()
+    {
+        SerialPortSettings settings;
+        QCOMPARE(settings.bitsPerByte(), 10);
+        settings.parity = Parity::Even;
+        QCOMPARE(settings.bitsPerByte(), 11);
+        settings.dataBits = 7;
+        settings.stopBits = 2;
+        QCOMPARE(settings.bitsPerByte(), 11);
+    }
+
+    void aByteHasItsTime()
+    {
+        QCOMPARE(byteTime_ns(9600, 10), 1041667);
+        QCOMPARE(byteTime_ns(115200, 10), 86806);
+        QCOMPARE(byteTime_ns(115200, 11), 95486);
+        QCOMPARE(byteTime_ns(0, 10), 0);
+        QCOMPARE(byteTime_ns(-1, 10), 0);
+    }
 };
-
-void TestSerialPort::requestsAreAnswered()
-{
-    PtyPort cable;
-    QString error;
-    QVERIFY(cable.open(&error));
-    SimulatedPlc plc(sampleTags(), kvt::PlcConfig(), 1);
-    plc.memory().setValue(1, kvt::Area::D, QStringLiteral("5.2.1"), 0x12AB);
-    SerialPort port(cable.name(), SerialPortSettings());
-    PlcRunner runner(&plc, &port);
-    QVERIFY2(runner.start(&error), qPrintable(error));
-    QCOMPARE(askCable(cable), REPLY_1);
-}
-
-void TestSerialPort::aDeviceThatGoesIsOpenedAgain()
-{
-    const QTemporaryDir directory;
-    PtyPort cable(directory.filePath(QStringLiteral("device")));
-    QString error;
-    QVERIFY(cable.open(&error));
-    SimulatedPlc plc(sampleTags(), kvt::PlcConfig(), 1);
-    plc.memory().setValue(1, kvt::Area::D, QStringLiteral("5.2.1"), 0x12AB);
-    SerialPort port(cable.name(), SerialPortSettings());
-    PlcRunner runner(&plc, &port);
-    QVERIFY2(runner.start(&error), qPrintable(error));
-    QCOMPARE(askCable(cable), REPLY_1);
-    cable.close();
-    QVERIFY(cable.open(&error));
-    QCOMPARE(askUntilAnswered(cable), REPLY_1);
-}
-
-void TestSerialPort::settingsReachTheDevice()
-{
-    PtyPort cable;
-    QString error;
-    QVERIFY(cable.open(&error));
-    SerialPortSettings settings;
-    settings.baud = 38400;
-    settings.dataBits = 7;
-    settings.parity = Parity::Odd;
-    settings.stopBits = 2;
-    SerialPort port(cable.name(), settings);
-    QVERIFY2(port.open(&error), qPrintable(error));
-    termios actual = {};
-    QCOMPARE(tcgetattr(port.dataFd(), &actual), 0);
-    QCOMPARE(cfgetospeed(&actual), static_cast<speed_t>(B38400));
-    // A pseudo-terminal keeps eight bits and no parity whatever it is told.
-    QVERIFY((actual.c_cflag & CSTOPB) != 0);
-    QVERIFY((actual.c_cflag & PARODD) != 0);
-    QVERIFY((actual.c_lflag & (ICANON | ECHO)) == 0);
-}
-
-void TestSerialPort::badDevicesAreRefused()
-{
-    const QTemporaryDir directory;
-    const QString missing = directory.filePath(QStringLiteral("none"));
-    QString error;
-    QVERIFY(!SerialPort(missing, SerialPortSettings()).open(&error));
-    QCOMPARE(error, missing + ": No such file or directory");
-    QVERIFY(!SerialPort(QStringLiteral("/dev/null"), SerialPortSettings()).open(&error));
-    QCOMPARE(error, QString("/dev/null is no serial port"));
-    PtyPort cable;
-    QVERIFY(cable.open(&error));
-    SerialPortSettings odd;
-    odd.baud = 12345;
-    QVERIFY(!SerialPort(cable.name(), odd).open(&error));
-    QCOMPARE(error, QString("12345 baud is no standard rate"));
-}
-
-void TestSerialPort::aByteHasItsBits()
-{
-    SerialPortSettings settings;
-    QCOMPARE(settings.bitsPerByte(), 10);
-    settings.parity = Parity::Even;
-    QCOMPARE(settings.bitsPerByte(), 11);
-    settings.dataBits = 7;
-    settings.stopBits = 2;
-    QCOMPARE(settings.bitsPerByte(), 11);
-}
-
-void TestSerialPort::aByteHasItsTime()
-{
-    QCOMPARE(kvt::byteTimeNs(9600, 10), 1041667);
-    QCOMPARE(kvt::byteTimeNs(115200, 10), 86806);
-    QCOMPARE(kvt::byteTimeNs(115200, 11), 95486);
-    QCOMPARE(kvt::byteTimeNs(0, 10), 0);
-    QCOMPARE(kvt::byteTimeNs(-1, 10), 0);
-}
 
 QTEST_GUILESS_MAIN(TestSerialPort)
 #include "tst_serial_port.moc"

@@ -1,20 +1,20 @@
 // What the simulated PLC answers to the binary envelopes of remote mode.
 #include "simulator/simulated_plc.h"
 
-#include "tests/unit/simulator/sample_tags.h"
+#include "tests/support/damage.h"
+#include "tests/unit/simulator/sample_plc.h"
 
 #include <QtTest>
 
-using kvt::Area;
-using kvt::SimulatedPlc;
+using namespace kvt;
 
 namespace
 {
 
-kvt::PlcConfig envelopeConfig()
+PlcConfig envelopeConfig()
 {
-    kvt::PlcConfig config;
-    config.mode = kvt::FrameFinder::Mode::Envelope;
+    PlcConfig config;
+    config.mode = FrameFinder::Mode::Envelope;
     return config;
 }
 
@@ -34,13 +34,20 @@ QByteArray envelope(int rwKind, int station, int area, int number, const QByteAr
     return bytes.append(static_cast<char>(sum));
 }
 
-QByteArray ask(SimulatedPlc *plc, const QByteArray &frame)
+/// Says what is wrong after `bytes`, of which only `whole` writes 1234 to 5.2.1 at station 1.
+QString faultAfter(const QByteArray &bytes, const QByteArray &whole)
 {
-    QByteArray bytes;
-    const kvt::PlcReaction reaction = plc->receive(frame, 0);
-    for (const kvt::Transmission &sent : reaction.transmissions)
-        bytes.append(sent.bytes);
-    return bytes;
+    SimulatedPlc plc(sampleTags(), envelopeConfig(), 1);
+    ask(&plc, bytes);
+    const int expected = bytes.startsWith(whole) ? 0x1234 : 0;
+    const int held = plc.memory().value(1, Area::D, QStringLiteral("5.2.1")).value_or(-1);
+    if (held != expected)
+        return QStringLiteral("5.2.1 is %1").arg(held);
+    plc.memory().setValue(1, Area::D, QStringLiteral("5.2.1"), 0x12AB);
+    const qint64 afterPause_ns = 2 * plc.config().frameGap_ns;
+    return ask(&plc, envelope(0, 1, 1, 165, {}), afterPause_ns) == REPLY_1
+               ? QString()
+               : QStringLiteral("the next read is lost");
 }
 
 } // namespace
@@ -50,66 +57,63 @@ class TestSimulatedPlcEnvelopes : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void readsAreAnsweredByArea();
-    void writesAreAcknowledgedAndKept();
-    void anUnknownCellIsRefused_data();
-    void anUnknownCellIsRefused();
-    void aStationThatIsNotHereSaysNothing();
+    void readsAreAnsweredByArea()
+    {
+        SimulatedPlc plc(sampleTags(), envelopeConfig(), 1);
+        plc.memory().setValue(1, Area::D, QStringLiteral("5.2.1"), 0x12AB);
+        plc.memory().setValue(1, Area::X, QStringLiteral("1.2.0"), 0x7F);
+        plc.memory().setValue(1, Area::C, QStringLiteral("9.1.1.5"), 0xC5);
+        QCOMPARE(ask(&plc, envelope(0, 1, 1, 165, {})), reply("0112AB"));
+        QCOMPARE(ask(&plc, envelope(0, 1, 0, 36, {})), reply("017F"));
+        QCOMPARE(ask(&plc, envelope(0, 1, 2, 240, {})),
+                 reply("01" + QByteArray(10, '0') + "C5" + QByteArray(128, '0')));
+    }
+
+    void writesAreAcknowledgedAndKept()
+    {
+        SimulatedPlc plc(sampleTags(), envelopeConfig(), 1);
+        const QByteArray word = envelope(1, 1, 1, 165, QByteArray::fromHex("3412"));
+        QCOMPARE(ask(&plc, word), reply("01" + word.right(1).toHex().toUpper()));
+        QCOMPARE(plc.memory().value(1, Area::D, QStringLiteral("5.2.1")),
+                 std::optional<int>(0x1234));
+        QCOMPARE(ask(&plc, envelope(1, 1, 0, 36, QByteArray::fromHex("01"))).size(), 6);
+        QCOMPARE(plc.memory().value(1, Area::X, QStringLiteral("1.2.0")), std::optional<int>(1));
+    }
+
+    void anUnknownCellIsRefused_data()
+    {
+        QTest::addColumn<QByteArray>("request");
+        QTest::newRow("address") << envelope(0, 1, 1, 166, {});
+        QTest::newRow("area") << envelope(0, 1, 3, 165, {});
+        QTest::newRow("write to a block") << envelope(1, 1, 2, 240, QByteArray::fromHex("0100"));
+        QTest::newRow("write beyond the last cell")
+            << envelope(1, 1, 1, 165, QByteArray::fromHex("01000200"));
+    }
+
+    void anUnknownCellIsRefused()
+    {
+        QFETCH(QByteArray, request);
+        SimulatedPlc plc(sampleTags(), envelopeConfig(), 1);
+        QCOMPARE(ask(&plc, request), refusal("0101"));
+        QCOMPARE(plc.memory().value(1, Area::D, QStringLiteral("5.2.1")), std::optional<int>(0));
+    }
+
+    void aStationThatIsNotHereSaysNothing()
+    {
+        SimulatedPlc plc(sampleTags(), envelopeConfig(), 1);
+        QCOMPARE(ask(&plc, envelope(0, 9, 1, 165, {})), QByteArray());
+        QCOMPARE(plc.counters().notAddressed, 1);
+    }
+
+    void aDamagedWriteChangesNothingAndTheNextOneAfterAPauseIsAnswered()
+    {
+        const QByteArray write = envelope(1, 1, 1, 165, QByteArray::fromHex("3412"));
+        QCOMPARE(faultAfter(write, write), QString());
+        QCOMPARE(
+            faultAtDamage(write, [&](const QByteArray &bytes) { return faultAfter(bytes, write); }),
+            QString());
+    }
 };
-
-void TestSimulatedPlcEnvelopes::readsAreAnsweredByArea()
-{
-    SimulatedPlc plc(sampleTags(), envelopeConfig(), 1);
-    plc.memory().setValue(1, Area::D, QStringLiteral("5.2.1"), 0x12AB);
-    plc.memory().setValue(1, Area::X, QStringLiteral("1.2.0"), 0x7F);
-    plc.memory().setValue(1, Area::C, QStringLiteral("9.1.1.5"), 0xC5);
-    QCOMPARE(ask(&plc, envelope(0, 1, 1, 165, {})), QByteArray("\x06"
-                                                               "0112AB\r"));
-    QCOMPARE(ask(&plc, envelope(0, 1, 0, 36, {})), QByteArray("\x06"
-                                                              "017F\r"));
-    QCOMPARE(ask(&plc, envelope(0, 1, 2, 240, {})), "\x06"
-                                                    "01" +
-                                                        QByteArray(10, '0') + "C5" +
-                                                        QByteArray(128, '0') + '\r');
-}
-
-void TestSimulatedPlcEnvelopes::writesAreAcknowledgedAndKept()
-{
-    SimulatedPlc plc(sampleTags(), envelopeConfig(), 1);
-    const QByteArray word = envelope(1, 1, 1, 165, QByteArray::fromHex("3412"));
-    QCOMPARE(ask(&plc, word), "\x06"
-                              "01" +
-                                  word.right(1).toHex().toUpper() + '\r');
-    QCOMPARE(plc.memory().value(1, Area::D, QStringLiteral("5.2.1")), std::optional<int>(0x1234));
-    QCOMPARE(ask(&plc, envelope(1, 1, 0, 36, QByteArray::fromHex("01"))).size(), 6);
-    QCOMPARE(plc.memory().value(1, Area::X, QStringLiteral("1.2.0")), std::optional<int>(1));
-}
-
-void TestSimulatedPlcEnvelopes::anUnknownCellIsRefused_data()
-{
-    QTest::addColumn<QByteArray>("request");
-    QTest::newRow("address") << envelope(0, 1, 1, 166, {});
-    QTest::newRow("area") << envelope(0, 1, 3, 165, {});
-    QTest::newRow("write to a block") << envelope(1, 1, 2, 240, QByteArray::fromHex("0100"));
-    QTest::newRow("write beyond the last cell")
-        << envelope(1, 1, 1, 165, QByteArray::fromHex("01000200"));
-}
-
-void TestSimulatedPlcEnvelopes::anUnknownCellIsRefused()
-{
-    QFETCH(QByteArray, request);
-    SimulatedPlc plc(sampleTags(), envelopeConfig(), 1);
-    QCOMPARE(ask(&plc, request), QByteArray("\x15"
-                                            "0101\r"));
-    QCOMPARE(plc.memory().value(1, Area::D, QStringLiteral("5.2.1")), std::optional<int>(0));
-}
-
-void TestSimulatedPlcEnvelopes::aStationThatIsNotHereSaysNothing()
-{
-    SimulatedPlc plc(sampleTags(), envelopeConfig(), 1);
-    QCOMPARE(ask(&plc, envelope(0, 9, 1, 165, {})), QByteArray());
-    QCOMPARE(plc.counters().notAddressed, 1);
-}
 
 QTEST_GUILESS_MAIN(TestSimulatedPlcEnvelopes)
 #include "tst_simulated_plc_envelopes.moc"
