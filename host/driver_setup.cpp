@@ -1,6 +1,6 @@
 #include "host/driver_setup.h"
 
-#include "tags/tag_address.h"
+#include "tags/block_digit.h"
 
 namespace kvt
 {
@@ -21,13 +21,6 @@ int ignoreOnceReadDone(int, int, int, int)
 }
 
 void ignoreOwnerNotify(QList<RW_VAR> *, int, int) {}
-
-int blockDigit(const Tag &tag)
-{
-    TagAddress address;
-    parseTagAddress(tag.area, tag.address, &address);
-    return address.b;
-}
 
 HOST_VAR hostVariable(const Tag &tag)
 {
@@ -52,8 +45,8 @@ DriverSetup::DriverSetup(const DriverApi &api, const QVector<Tag> &tags, int ret
     QList<HOST_VAR> variables;
     for (const Tag &tag : tags) {
         variables.append(hostVariable(tag));
-        if (tag.area == Area::C)
-            localWords_[BLOCK_DIGIT_WORD] = static_cast<quint16>(blockDigit(tag));
+        if (const std::optional<int> digit = blockDigit(tag))
+            localWords_[BLOCK_DIGIT_WORD] = static_cast<quint16>(*digit);
     }
     api_.SetComInfo(&comInfo_);
     api_.FlashLocalRegister(nullptr, localWords_.data(), nullptr);
@@ -75,17 +68,8 @@ DriverSetup::~DriverSetup()
 QStringList DriverSetup::obstacles(const QVector<Tag> &tags)
 {
     QStringList found;
-    const Tag *firstBlock = nullptr;
-    for (const Tag &tag : tags) {
-        if (tag.area != Area::C)
-            continue;
-        if (firstBlock == nullptr)
-            firstBlock = &tag;
-        else if (blockDigit(tag) != blockDigit(*firstBlock))
-            found.append(QStringLiteral("%1: all tags of area C must have the same second address "
-                                        "part, and %2 has another")
-                             .arg(tag.name, firstBlock->name));
-    }
+    for (const BlockDigitClash &clash : blockDigitClashes(tags))
+        found.append(QStringLiteral("%1: %2").arg(tags.at(clash.index).name, clash.text));
     return found;
 }
 

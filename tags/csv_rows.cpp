@@ -6,6 +6,7 @@
 
 namespace kvt
 {
+
 namespace
 {
 

@@ -6,15 +6,16 @@
 
 namespace kvt
 {
+
 namespace
 {
 
-const int ELEMENTS_PER_BLOCK = 70;
+constexpr int ELEMENTS_PER_BLOCK = 70;
 
 // The command without a value goes out as a read of one of these cells would.
-const int COMMAND_BYTE = 18;
-const int COMMAND_18_1_0 = 0x11;
-const int COMMAND_18_1_1 = 0x19;
+constexpr int COMMAND_BYTE = 18;
+constexpr int COMMAND_18_1_0 = 0x11;
+constexpr int COMMAND_18_1_1 = 0x19;
 
 /// Reads a part of plain decimal digits; -1 when it is anything else. Numbers too large for any
 /// part come back as 99999.

@@ -2,10 +2,11 @@
 
 namespace kvt
 {
+
 namespace
 {
 
-const int NOT_WRITTEN = -1;
+constexpr int NOT_WRITTEN = -1;
 
 // The driver sorts its read list into groups of area * 255 + station and keeps one entry for each
 // address of a group. Station 255 of one area therefore shares its group with station 0 of the

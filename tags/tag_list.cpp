@@ -1,5 +1,6 @@
 #include "tags/tag_list.h"
 
+#include "tags/block_digit.h"
 #include "tags/csv_rows.h"
 #include "tags/tag_conflicts.h"
 
@@ -12,10 +13,11 @@
 
 namespace kvt
 {
+
 namespace
 {
 
-const char BYTE_ORDER_MARK[] = "\xEF\xBB\xBF";
+constexpr char BYTE_ORDER_MARK[] = "\xEF\xBB\xBF";
 
 enum Column { NAME, AREA, ADDRESS, STATION, TYPE, DESCRIPTION, COLUMN_COUNT };
 
@@ -317,24 +319,9 @@ TagListResult loadTagList(const QString &path)
 QVector<TagError> pollErrors(const TagListResult &list)
 {
     QVector<TagError> errors;
-    int first = -1; // the first tag of area C
-    int firstPart = 0;
-    for (int i = 0; i < list.tags.size(); ++i) {
-        const Tag &tag = list.tags.at(i);
-        TagAddress address;
-        if (tag.area != Area::C || !parseTagAddress(tag.area, tag.address, &address).isEmpty())
-            continue;
-        if (first < 0) {
-            first = i;
-            firstPart = address.b;
-        } else if (address.b != firstPart) {
-            errors.append({list.lines.at(i), list.addressColumn, columnName(ADDRESS),
-                           QStringLiteral("field 2 is %1, but %2 in tag \"%3\": all tags of area "
-                                          "C that are polled together must have the same")
-                               .arg(QString::number(address.b), QString::number(firstPart),
-                                    list.tags.at(first).name)});
-        }
-    }
+    for (const BlockDigitClash &clash : blockDigitClashes(list.tags))
+        errors.append(
+            {list.lines.at(clash.index), list.addressColumn, columnName(ADDRESS), clash.text});
     return errors;
 }
 

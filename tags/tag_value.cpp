@@ -2,6 +2,7 @@
 
 namespace kvt
 {
+
 namespace
 {
 
