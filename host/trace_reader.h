@@ -2,9 +2,10 @@
 #ifndef KVT_HOST_TRACE_READER_H
 #define KVT_HOST_TRACE_READER_H
 
-#include "host/trace_writer.h"
+#include "host/trace_format.h"
 
 #include <QDateTime>
+#include <QFile>
 #include <QList>
 
 namespace kvt

@@ -1,5 +1,7 @@
 #include "host/trace_recorder.h"
 
+#include "host/trace_format.h"
+
 #include <algorithm>
 #include <iterator>
 #include <utility>
@@ -10,9 +12,9 @@ namespace kvt
 namespace
 {
 
-const char *const DROP_NAMES[] = {"stale", "late", "echo"};
-const char *const END_NAMES[] = {"replied",   "refused", "noreply",
-                                 "brokenoff", "foreign", "disturbed"};
+constexpr const char *DROP_NAMES[] = {"stale", "late", "echo"};
+constexpr const char *END_NAMES[] = {"replied",   "refused", "noreply",
+                                     "brokenoff", "foreign", "disturbed"};
 
 // The driver's entry points are plain functions, so what they record to cannot be handed to them.
 TraceRecorder *recorder = nullptr;

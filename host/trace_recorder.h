@@ -62,21 +62,6 @@ private:
     int timesNothing_ = 0; // ComCommunication in a row without a frame
 };
 
-/// Words of ComInfo that a host sets and the driver reads, in the trace by their names.
-struct TraceInfoWord {
-    const char *name;
-    qint32 ComInfo::*word;
-};
-constexpr TraceInfoWord TRACE_INFO_WORDS[] = {
-    {"defaultStation", &ComInfo::defaultStation}, {"retryLimit", &ComInfo::retryLimit},
-    {"retryCount", &ComInfo::retryCount},         {"purgeByStation", &ComInfo::purgeByStation},
-    {"remoteMode", &ComInfo::remoteMode},         {"localPlcNo", &ComInfo::localPlcNo},
-    {"hostWriteMode", &ComInfo::hostWriteMode},   {"portTag", &ComInfo::portTag},
-};
-
-/// The local word that reads of area C take their block digit from.
-constexpr int TRACE_LOCAL_WORD = 50000;
-
 } // namespace kvt
 
 #endif

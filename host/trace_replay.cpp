@@ -1,6 +1,6 @@
 #include "host/trace_replay.h"
 
-#include "host/trace_recorder.h"
+#include "host/trace_format.h"
 
 #include <algorithm>
 #include <iterator>

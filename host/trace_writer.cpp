@@ -1,5 +1,7 @@
 #include "host/trace_writer.h"
 
+#include "host/trace_format.h"
+
 #include <QDateTime>
 
 #include <utility>
@@ -14,18 +16,6 @@ namespace
 constexpr qint64 RESERVE_bytes = 64;
 
 } // namespace
-
-QByteArray traceHex(const QByteArray &bytes)
-{
-    return bytes.isEmpty() ? QByteArray(trace::NO_BYTES) : bytes.toHex().toUpper();
-}
-
-QByteArray traceText(const QString &text)
-{
-    if (text.isEmpty())
-        return trace::NO_BYTES;
-    return text.toUtf8().toPercentEncoding(QByteArray(), QByteArrayLiteral("-"));
-}
 
 TraceWriter::TraceWriter(Clock clock, qint64 limit_bytes)
     : clock_(std::move(clock)), limit_bytes_(limit_bytes)

@@ -10,36 +10,6 @@
 namespace kvt
 {
 
-/// Names of the records of a trace, the first word behind the time stamp.
-namespace trace
-{
-constexpr char HEAD[] = "kvt-trace 1";
-constexpr char INFO[] = "info";
-constexpr char LOCAL[] = "local";
-constexpr char VARIABLE[] = "var";
-constexpr char LIST[] = "list";
-constexpr char STATION[] = "station";
-constexpr char WRITE[] = "write";
-constexpr char ONCE[] = "once";
-constexpr char NOTHING[] = "nothing";
-constexpr char ASK[] = "ask";
-constexpr char SENT[] = "tx";
-constexpr char RECEIVED[] = "rx";
-constexpr char DROPPED[] = "drop";
-constexpr char JUDGED[] = "judge";
-constexpr char VALUE[] = "value";
-constexpr char ENDED[] = "end";
-constexpr char LINE[] = "line";
-constexpr char FULL[] = "full";
-constexpr char NO_BYTES[] = "-";
-} // namespace trace
-
-/// Hexadecimal digits, upper case, two for each byte; "-" for none.
-QByteArray traceHex(const QByteArray &bytes);
-
-/// A text as one word: percent-encoded where it must be; "-" when empty.
-QByteArray traceText(const QString &text);
-
 /// Writes records to a file. Does no locking of its own.
 class TraceWriter
 {

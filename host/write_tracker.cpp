@@ -9,7 +9,7 @@ namespace
 {
 
 // The driver's limit for a queue of requests.
-const int QUEUE_LIMIT = 1024;
+constexpr int QUEUE_LIMIT = 1024;
 
 bool sameTarget(const QueuedWrite &one, const QueuedWrite &other)
 {
