@@ -15,7 +15,7 @@
 namespace
 {
 
-const int LIMIT_ms = 30000; // keeps a failed test from hanging
+constexpr int LIMIT_ms = 30000; // keeps a failed test from hanging
 
 void start(QProcess &process, const char *host, const QString &port)
 {

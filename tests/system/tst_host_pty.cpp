@@ -124,154 +124,147 @@ class TestHostPty : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void valuesOfEveryAreaArrive();
-    void aWriteReachesThePlcAndIsReadBack();
-    void aOnceReadEnds();
-    void aMissingPortIsWaitedFor();
-    void aPortIsForOneLineAtATime();
-    void aPortThatAnotherHasForItselfIsInUse();
-    void aPortInUseIsWaitedFor();
-    void pollingGoesOnAfterTheLineWasUnplugged();
-    void unfinishedWritesEndWhenTheHostStops();
-};
-
-void TestHostPty::valuesOfEveryAreaArrive()
-{
-    PtyPlant plant;
-    QVERIFY(plant.ready);
-    const QVector<int> values = {0xA5, 0x1234, 0xFFFE, 0x7B};
-    for (int tag = 0; tag < values.size(); ++tag)
-        plant.set(tag, values.at(tag));
-    plant.startHost();
-    QVERIFY(plant.waitFor([&](const RecordedEvents &events) {
-        return events.readingsOf(0) > 1 && events.readingsOf(1) > 1 && events.readingsOf(2) > 1 &&
-               events.readingsOf(3) > 1;
-    }));
-    const QVector<CellValue> read = plant.poller->values();
-    for (int tag = 0; tag < values.size(); ++tag) {
-        QCOMPARE(int(read.at(tag).raw), values.at(tag));
-        QCOMPARE(read.at(tag).quality, Quality::Good);
-        QVERIFY(!read.at(tag).writePending);
+    void valuesOfEveryAreaArrive()
+    {
+        PtyPlant plant;
+        QVERIFY(plant.ready);
+        const QVector<int> values = {0xA5, 0x1234, 0xFFFE, 0x7B};
+        for (int tag = 0; tag < values.size(); ++tag)
+            plant.set(tag, values.at(tag));
+        plant.startHost();
+        QVERIFY(plant.waitFor([&](const RecordedEvents &events) {
+            return events.readingsOf(0) > 1 && events.readingsOf(1) > 1 &&
+                   events.readingsOf(2) > 1 && events.readingsOf(3) > 1;
+        }));
+        const QVector<CellValue> read = plant.poller->values();
+        for (int tag = 0; tag < values.size(); ++tag) {
+            QCOMPARE(int(read.at(tag).raw), values.at(tag));
+            QCOMPARE(read.at(tag).quality, Quality::Good);
+            QVERIFY(!read.at(tag).writePending);
+        }
     }
-}
 
-void TestHostPty::aWriteReachesThePlcAndIsReadBack()
-{
-    PtyPlant plant;
-    QVERIFY(plant.ready);
-    plant.startHost();
-    const int id = plant.poller->write(1, QByteArray::fromHex("3412"));
-    QVERIFY(plant.waitFor([&](const RecordedEvents &events) {
-        return events.hasEnded(id) && !events.readings.isEmpty() &&
-               events.readings.last().tag == 1 && events.readings.last().raw == 0x1234;
-    }));
-    const QVector<WriteState> life = {WriteState::Queued, WriteState::Sent,
-                                      WriteState::Acknowledged};
-    QCOMPARE(plant.recorder.events().statesOf(id), life);
-    QCOMPARE(plant.held(1), 0x1234);
-}
+    void aWriteReachesThePlcAndIsReadBack()
+    {
+        PtyPlant plant;
+        QVERIFY(plant.ready);
+        plant.startHost();
+        const int id = plant.poller->write(1, QByteArray::fromHex("3412"));
+        QVERIFY(plant.waitFor([&](const RecordedEvents &events) {
+            return events.hasEnded(id) && !events.readings.isEmpty() &&
+                   events.readings.last().tag == 1 && events.readings.last().raw == 0x1234;
+        }));
+        const QVector<WriteState> life = {WriteState::Queued, WriteState::Sent,
+                                          WriteState::Acknowledged};
+        QCOMPARE(plant.recorder.events().statesOf(id), life);
+        QCOMPARE(plant.held(1), 0x1234);
+    }
 
-void TestHostPty::aOnceReadEnds()
-{
-    PtyPlant plant;
-    QVERIFY(plant.ready);
-    plant.startHost();
-    const int id = plant.poller->readOnce(3);
-    QVERIFY(
-        plant.waitFor([](const RecordedEvents &events) { return !events.onceReads.isEmpty(); }));
-    const RecordedEvents::OnceRead ended = plant.recorder.events().onceReads.first();
-    QCOMPARE(ended.id, id);
-    QCOMPARE(ended.tag, 3);
-    QVERIFY(ended.good);
-}
+    void aOnceReadEnds()
+    {
+        PtyPlant plant;
+        QVERIFY(plant.ready);
+        plant.startHost();
+        const int id = plant.poller->readOnce(3);
+        QVERIFY(plant.waitFor(
+            [](const RecordedEvents &events) { return !events.onceReads.isEmpty(); }));
+        const RecordedEvents::OnceRead ended = plant.recorder.events().onceReads.first();
+        QCOMPARE(ended.id, id);
+        QCOMPARE(ended.tag, 3);
+        QVERIFY(ended.good);
+    }
 
-void TestHostPty::aMissingPortIsWaitedFor()
-{
-    PtyPlant plant;
-    QVERIFY(plant.ready);
-    QVERIFY(plant.runner.setPlugged(false));
-    plant.startHost();
-    QVERIFY(plant.waitUntilDown());
-    QVERIFY(!plant.recorder.events().lineReasons.first().isEmpty());
-    QVERIFY(plant.runner.setPlugged(true));
-    QVERIFY(plant.waitFor([](const RecordedEvents &events) { return !events.readings.isEmpty(); }));
-    QCOMPARE(plant.recorder.events().lineStates, QVector<bool>({false, true}));
-}
+    void aMissingPortIsWaitedFor()
+    {
+        PtyPlant plant;
+        QVERIFY(plant.ready);
+        QVERIFY(plant.runner.setPlugged(false));
+        plant.startHost();
+        QVERIFY(plant.waitUntilDown());
+        QVERIFY(!plant.recorder.events().lineReasons.first().isEmpty());
+        QVERIFY(plant.runner.setPlugged(true));
+        QVERIFY(
+            plant.waitFor([](const RecordedEvents &events) { return !events.readings.isEmpty(); }));
+        QCOMPARE(plant.recorder.events().lineStates, QVector<bool>({false, true}));
+    }
 
-void TestHostPty::aPortIsForOneLineAtATime()
-{
-    PtyPlant plant;
-    QVERIFY(plant.ready);
-    SerialLine first(plant.serialSettings());
-    SerialSettings slower = plant.serialSettings();
-    slower.baud = 9600;
-    SerialLine second(slower);
-    QString error;
-    QCOMPARE(first.open(&error), Opening::Done);
-    QCOMPARE(second.open(&error), Opening::Failed);
-    QCOMPARE(error, IN_USE);
-    QCOMPARE(second.descriptor(), -1);
-    // The attempt has not touched the speed of the line in use.
-    QCOMPARE(speedOf(first), speed_t{B115200});
-    first.close();
-    QCOMPARE(second.open(&error), Opening::Done);
-    QCOMPARE(speedOf(second), speed_t{B9600});
-}
+    void aPortIsForOneLineAtATime()
+    {
+        PtyPlant plant;
+        QVERIFY(plant.ready);
+        SerialLine first(plant.serialSettings());
+        SerialSettings slower = plant.serialSettings();
+        slower.baud = 9600;
+        SerialLine second(slower);
+        QString error;
+        QCOMPARE(first.open(&error), Opening::Done);
+        QCOMPARE(second.open(&error), Opening::Failed);
+        QCOMPARE(error, IN_USE);
+        QCOMPARE(second.descriptor(), -1);
+        // The attempt has not touched the speed of the line in use.
+        QCOMPARE(speedOf(first), speed_t{B115200});
+        first.close();
+        QCOMPARE(second.open(&error), Opening::Done);
+        QCOMPARE(speedOf(second), speed_t{B9600});
+    }
 
-void TestHostPty::aPortThatAnotherHasForItselfIsInUse()
-{
-    const ExclusiveTerminal terminal;
-    QVERIFY(terminal.isReady());
-    SerialSettings serial;
-    serial.path = terminal.path();
-    SerialLine line(serial);
-    QString error;
-    QCOMPARE(line.open(&error), Opening::Failed);
-    QCOMPARE(error, IN_USE);
-}
+    void aPortThatAnotherHasForItselfIsInUse()
+    {
+        const ExclusiveTerminal terminal;
+        QVERIFY(terminal.isReady());
+        SerialSettings serial;
+        serial.path = terminal.path();
+        SerialLine line(serial);
+        QString error;
+        QCOMPARE(line.open(&error), Opening::Failed);
+        QCOMPARE(error, IN_USE);
+    }
 
-void TestHostPty::aPortInUseIsWaitedFor()
-{
-    PtyPlant plant;
-    QVERIFY(plant.ready);
-    SerialLine other(plant.serialSettings());
-    QString error;
-    QCOMPARE(other.open(&error), Opening::Done);
-    plant.startHost();
-    QVERIFY(plant.waitUntilDown());
-    QCOMPARE(plant.recorder.events().lineReasons.first(), IN_USE);
-    other.close();
-    QVERIFY(plant.waitFor([](const RecordedEvents &events) { return !events.readings.isEmpty(); }));
-    QCOMPARE(plant.recorder.events().lineStates, QVector<bool>({false, true}));
-}
+    void aPortInUseIsWaitedFor()
+    {
+        PtyPlant plant;
+        QVERIFY(plant.ready);
+        SerialLine other(plant.serialSettings());
+        QString error;
+        QCOMPARE(other.open(&error), Opening::Done);
+        plant.startHost();
+        QVERIFY(plant.waitUntilDown());
+        QCOMPARE(plant.recorder.events().lineReasons.first(), IN_USE);
+        other.close();
+        QVERIFY(
+            plant.waitFor([](const RecordedEvents &events) { return !events.readings.isEmpty(); }));
+        QCOMPARE(plant.recorder.events().lineStates, QVector<bool>({false, true}));
+    }
 
-void TestHostPty::pollingGoesOnAfterTheLineWasUnplugged()
-{
-    PtyPlant plant;
-    QVERIFY(plant.ready);
-    plant.startHost();
-    QVERIFY(plant.waitFor(lastTagRead));
-    for (int time = 0; time < 3; ++time)
-        QVERIFY(plant.readsAgainAfterABreak(lastTagRead));
-    const Statistics statistics = plant.poller->statistics();
-    QCOMPARE(statistics.lineFailures, quint64(3));
-    QCOMPARE(statistics.total.stateChanges, quint64(0));
-    QCOMPARE(statistics.total.exchanges, statistics.total.outcomes.at(size_t(Outcome::Success)));
-    QVERIFY(plant.recorder.events().switches.isEmpty());
-}
+    void pollingGoesOnAfterTheLineWasUnplugged()
+    {
+        PtyPlant plant;
+        QVERIFY(plant.ready);
+        plant.startHost();
+        QVERIFY(plant.waitFor(lastTagRead));
+        for (int time = 0; time < 3; ++time)
+            QVERIFY(plant.readsAgainAfterABreak(lastTagRead));
+        const Statistics statistics = plant.poller->statistics();
+        QCOMPARE(statistics.lineFailures, quint64(3));
+        QCOMPARE(statistics.total.stateChanges, quint64(0));
+        QCOMPARE(statistics.total.exchanges,
+                 statistics.total.outcomes.at(size_t(Outcome::Success)));
+        QVERIFY(plant.recorder.events().switches.isEmpty());
+    }
 
-void TestHostPty::unfinishedWritesEndWhenTheHostStops()
-{
-    PtyPlant plant;
-    QVERIFY(plant.ready);
-    QVERIFY(plant.runner.setPlugged(false));
-    plant.startHost();
-    const int id = plant.poller->write(1, QByteArray::fromHex("3412"));
-    plant.poller->stop();
-    QVERIFY(plant.recorder.events().hasEnded(id));
-    QCOMPARE(plant.recorder.events().lastOf(id).state, WriteState::Dropped);
-    QCOMPARE(plant.recorder.events().lastOf(id).reason, WriteReason::HostStopped);
-}
+    void unfinishedWritesEndWhenTheHostStops()
+    {
+        PtyPlant plant;
+        QVERIFY(plant.ready);
+        QVERIFY(plant.runner.setPlugged(false));
+        plant.startHost();
+        const int id = plant.poller->write(1, QByteArray::fromHex("3412"));
+        plant.poller->stop();
+        QVERIFY(plant.recorder.events().hasEnded(id));
+        QCOMPARE(plant.recorder.events().lastOf(id).state, WriteState::Dropped);
+        QCOMPARE(plant.recorder.events().lastOf(id).reason, WriteReason::HostStopped);
+    }
+};
 
 QTEST_GUILESS_MAIN(TestHostPty)
 #include "tst_host_pty.moc"

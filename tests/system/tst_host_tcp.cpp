@@ -45,53 +45,50 @@ class TestHostTcp : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void valuesArriveAndWritesLeave();
-    void aPeerThatIsNotThereIsWaitedFor();
-    void pollingGoesOnAfterThePeerHasClosed();
+    void valuesArriveAndWritesLeave()
+    {
+        TcpPlant plant;
+        QVERIFY(plant.ready);
+        plant.startHost();
+        const int id = plant.poller->write(0, QByteArray::fromHex("3412"));
+        QVERIFY(plant.waitFor([&](const RecordedEvents &events) {
+            return events.hasEnded(id) && bothRead(events) && events.readings.last().tag == 0 &&
+                   events.readings.last().raw == 0x1234;
+        }));
+        QCOMPARE(plant.recorder.events().lastOf(id).state, WriteState::Acknowledged);
+        QCOMPARE(plant.poller->values().at(0).quality, Quality::Good);
+    }
+
+    void aPeerThatIsNotThereIsWaitedFor()
+    {
+        TcpPlant plant;
+        QVERIFY(plant.ready);
+        QVERIFY(plant.runner.setPlugged(false));
+        plant.startHost();
+        QVERIFY(plant.waitUntilDown());
+        QVERIFY2(plant.recorder.events().lineReasons.first().contains(QLatin1String("refused")),
+                 qPrintable(plant.recorder.events().lineReasons.first()));
+        QVERIFY(plant.runner.setPlugged(true));
+        QVERIFY(plant.waitFor(bothRead));
+        QCOMPARE(plant.poller->statistics().lineFailures, quint64(0));
+    }
+
+    void pollingGoesOnAfterThePeerHasClosed()
+    {
+        TcpPlant plant;
+        QVERIFY(plant.ready);
+        plant.startHost();
+        QVERIFY(plant.waitFor(bothRead));
+        for (int time = 0; time < 3; ++time)
+            QVERIFY(plant.readsAgainAfterABreak(bothRead));
+        const Statistics statistics = plant.poller->statistics();
+        QCOMPARE(statistics.lineFailures, quint64(3));
+        QCOMPARE(statistics.total.stateChanges, quint64(0));
+        QCOMPARE(statistics.total.exchanges,
+                 statistics.total.outcomes.at(size_t(Outcome::Success)));
+        QVERIFY(plant.recorder.events().switches.isEmpty());
+    }
 };
-
-void TestHostTcp::valuesArriveAndWritesLeave()
-{
-    TcpPlant plant;
-    QVERIFY(plant.ready);
-    plant.startHost();
-    const int id = plant.poller->write(0, QByteArray::fromHex("3412"));
-    QVERIFY(plant.waitFor([&](const RecordedEvents &events) {
-        return events.hasEnded(id) && bothRead(events) && events.readings.last().tag == 0 &&
-               events.readings.last().raw == 0x1234;
-    }));
-    QCOMPARE(plant.recorder.events().lastOf(id).state, WriteState::Acknowledged);
-    QCOMPARE(plant.poller->values().at(0).quality, Quality::Good);
-}
-
-void TestHostTcp::aPeerThatIsNotThereIsWaitedFor()
-{
-    TcpPlant plant;
-    QVERIFY(plant.ready);
-    QVERIFY(plant.runner.setPlugged(false));
-    plant.startHost();
-    QVERIFY(plant.waitUntilDown());
-    QVERIFY2(plant.recorder.events().lineReasons.first().contains(QLatin1String("refused")),
-             qPrintable(plant.recorder.events().lineReasons.first()));
-    QVERIFY(plant.runner.setPlugged(true));
-    QVERIFY(plant.waitFor(bothRead));
-    QCOMPARE(plant.poller->statistics().lineFailures, quint64(0));
-}
-
-void TestHostTcp::pollingGoesOnAfterThePeerHasClosed()
-{
-    TcpPlant plant;
-    QVERIFY(plant.ready);
-    plant.startHost();
-    QVERIFY(plant.waitFor(bothRead));
-    for (int time = 0; time < 3; ++time)
-        QVERIFY(plant.readsAgainAfterABreak(bothRead));
-    const Statistics statistics = plant.poller->statistics();
-    QCOMPARE(statistics.lineFailures, quint64(3));
-    QCOMPARE(statistics.total.stateChanges, quint64(0));
-    QCOMPARE(statistics.total.exchanges, statistics.total.outcomes.at(size_t(Outcome::Success)));
-    QVERIFY(plant.recorder.events().switches.isEmpty());
-}
 
 QTEST_GUILESS_MAIN(TestHostTcp)
 #include "tst_host_tcp.moc"

@@ -1,6 +1,8 @@
 // Where a reply ends.
 #include "host/reply_collector.h"
 
+#include "tests/support/frames.h"
+
 #include <QtTest>
 
 using namespace kvt;
@@ -8,11 +10,10 @@ using namespace kvt;
 namespace
 {
 
-Request request(int expectedLength)
+Request requestOf(int expectedLength)
 {
     Request made;
-    made.frame = QByteArray("\x05"
-                            "010528\r");
+    made.frame = request("010528");
     made.expectedLength = expectedLength;
     return made;
 }
@@ -34,96 +35,87 @@ class TestReplyCollector : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void itEndsAtTheExpectedLength();
-    void itEndsAtCarriageReturn();
-    void itTakesNothingBeyondItsEnd();
-    void itNeedsTheWholeLengthInRemoteMode();
-    void anyLengthHasALimit();
-    void anEchoIsTakenWholeOrInPart();
-    void nothingIsAnEchoAfterAnotherByte();
-    void startingForgetsEverything();
+    void itEndsAtTheExpectedLength()
+    {
+        ReplyCollector collector;
+        collector.start(requestOf(6), false);
+        QCOMPARE(add(&collector, "12345"), 5);
+        QVERIFY(!collector.isComplete());
+        QCOMPARE(add(&collector, "6"), 1);
+        QVERIFY(collector.isComplete());
+        QCOMPARE(collector.bytes(), QByteArray("123456"));
+    }
+
+    void itEndsAtCarriageReturn()
+    {
+        ReplyCollector collector;
+        collector.start(requestOf(6), false);
+        QCOMPARE(add(&collector, "12\r4"), 3);
+        QVERIFY(collector.isComplete());
+        QCOMPARE(collector.bytes(), QByteArray("12\r"));
+    }
+
+    void itTakesNothingBeyondItsEnd()
+    {
+        ReplyCollector collector;
+        collector.start(requestOf(3), false);
+        QCOMPARE(add(&collector, "12345"), 3);
+        QVERIFY(collector.isComplete());
+        QCOMPARE(add(&collector, "6"), 0);
+        QCOMPARE(collector.bytes(), QByteArray("123"));
+    }
+
+    void itNeedsTheWholeLengthInRemoteMode()
+    {
+        ReplyCollector collector;
+        collector.start(requestOf(6), true);
+        QCOMPARE(add(&collector, "1\r\r4"), 4);
+        QVERIFY(!collector.isComplete());
+        QCOMPARE(add(&collector, "5\r"), 2);
+        QVERIFY(collector.isComplete());
+    }
+
+    void anyLengthHasALimit()
+    {
+        ReplyCollector collector;
+        collector.start(requestOf(-1), false);
+        QCOMPARE(add(&collector, QByteArray(LONGEST_REPLY + 9, 'x')), LONGEST_REPLY);
+        QVERIFY(collector.isComplete());
+    }
+
+    void anEchoIsTakenWholeOrInPart()
+    {
+        ReplyCollector collector;
+        collector.start(requestOf(8), false);
+        QCOMPARE(skip(&collector, "\x05"
+                                  "0105"),
+                 5);
+        QCOMPARE(skip(&collector, "28\r\x06"), 3);
+        QCOMPARE(skip(&collector, "\x05"), 0);
+    }
+
+    void nothingIsAnEchoAfterAnotherByte()
+    {
+        ReplyCollector collector;
+        collector.start(requestOf(8), false);
+        QCOMPARE(skip(&collector, "\x06"), 0);
+        QCOMPARE(skip(&collector, "\x05"
+                                  "01"),
+                 0);
+    }
+
+    void startingForgetsEverything()
+    {
+        ReplyCollector collector;
+        collector.start(requestOf(8), false);
+        skip(&collector, "x");
+        add(&collector, "12\r");
+        collector.start(requestOf(8), false);
+        QVERIFY(!collector.isComplete());
+        QVERIFY(collector.bytes().isEmpty());
+        QCOMPARE(skip(&collector, "\x05"), 1);
+    }
 };
-
-void TestReplyCollector::itEndsAtTheExpectedLength()
-{
-    ReplyCollector collector;
-    collector.start(request(6), false);
-    QCOMPARE(add(&collector, "12345"), 5);
-    QVERIFY(!collector.isComplete());
-    QCOMPARE(add(&collector, "6"), 1);
-    QVERIFY(collector.isComplete());
-    QCOMPARE(collector.bytes(), QByteArray("123456"));
-}
-
-void TestReplyCollector::itEndsAtCarriageReturn()
-{
-    ReplyCollector collector;
-    collector.start(request(6), false);
-    QCOMPARE(add(&collector, "12\r4"), 3);
-    QVERIFY(collector.isComplete());
-    QCOMPARE(collector.bytes(), QByteArray("12\r"));
-}
-
-void TestReplyCollector::itTakesNothingBeyondItsEnd()
-{
-    ReplyCollector collector;
-    collector.start(request(3), false);
-    QCOMPARE(add(&collector, "12345"), 3);
-    QVERIFY(collector.isComplete());
-    QCOMPARE(add(&collector, "6"), 0);
-    QCOMPARE(collector.bytes(), QByteArray("123"));
-}
-
-void TestReplyCollector::itNeedsTheWholeLengthInRemoteMode()
-{
-    ReplyCollector collector;
-    collector.start(request(6), true);
-    QCOMPARE(add(&collector, "1\r\r4"), 4);
-    QVERIFY(!collector.isComplete());
-    QCOMPARE(add(&collector, "5\r"), 2);
-    QVERIFY(collector.isComplete());
-}
-
-void TestReplyCollector::anyLengthHasALimit()
-{
-    ReplyCollector collector;
-    collector.start(request(-1), false);
-    QCOMPARE(add(&collector, QByteArray(LONGEST_REPLY + 9, 'x')), LONGEST_REPLY);
-    QVERIFY(collector.isComplete());
-}
-
-void TestReplyCollector::anEchoIsTakenWholeOrInPart()
-{
-    ReplyCollector collector;
-    collector.start(request(8), false);
-    QCOMPARE(skip(&collector, "\x05"
-                              "0105"),
-             5);
-    QCOMPARE(skip(&collector, "28\r\x06"), 3);
-    QCOMPARE(skip(&collector, "\x05"), 0);
-}
-
-void TestReplyCollector::nothingIsAnEchoAfterAnotherByte()
-{
-    ReplyCollector collector;
-    collector.start(request(8), false);
-    QCOMPARE(skip(&collector, "\x06"), 0);
-    QCOMPARE(skip(&collector, "\x05"
-                              "01"),
-             0);
-}
-
-void TestReplyCollector::startingForgetsEverything()
-{
-    ReplyCollector collector;
-    collector.start(request(8), false);
-    skip(&collector, "x");
-    add(&collector, "12\r");
-    collector.start(request(8), false);
-    QVERIFY(!collector.isComplete());
-    QVERIFY(collector.bytes().isEmpty());
-    QCOMPARE(skip(&collector, "\x05"), 1);
-}
 
 QTEST_APPLESS_MAIN(TestReplyCollector)
 #include "tst_reply_collector.moc"

@@ -42,94 +42,86 @@ class TestScanPlan : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void aScanIsTheSumOfItsRequests();
-    void overheadAndGapsCountOnceAnExchange();
-    void aWriteWaitsForTheLongestReadAtMost();
-    void behindOtherWritesEveryFiveLetTheReadsIn_data();
-    void behindOtherWritesEveryFiveLetTheReadsIn();
-    void aDeadStationCostsItsTimeOutsAndSilences();
-    void withoutTagsThereIsNothing();
+    void aScanIsTheSumOfItsRequests()
+    {
+        const ScanPlan plan = planScan(oneOfEach(), slowLine());
+        QCOMPARE(plan.reads, 3);
+        QCOMPARE(plan.bytes, qint64(14 + 16 + 152));
+        QCOMPARE(plan.scan_ns, milliseconds(182 + 3 * 2));
+        QCOMPARE(plan.longestRead_ns, milliseconds(154));
+        QCOMPARE(plan.stations.size(), 1);
+        QCOMPARE(plan.stations.first().share_ns, plan.scan_ns);
+    }
+
+    void overheadAndGapsCountOnceAnExchange()
+    {
+        PlanSettings settings = slowLine();
+        settings.overhead_ns = microseconds(300);
+        settings.engine.defaultTiming.gapAfterReply_ns = milliseconds(4);
+        const ScanPlan plan = planScan(oneOfEach(), settings);
+        QCOMPARE(plan.scan_ns, microseconds(188000 + 3 * 4300));
+        QCOMPARE(plan.write_ns, microseconds(20000 + 4300));
+    }
+
+    void aWriteWaitsForTheLongestReadAtMost()
+    {
+        const ScanPlan plan = planScan(oneOfEach(), slowLine());
+        QCOMPARE(plan.write_ns, milliseconds(12 + 6 + 2));
+        QCOMPARE(plan.writeAlone_ns, milliseconds(154 + 20));
+        const ScanPlan bits = planScan({makeTag("a", Area::X, "1.2.0", 1)}, slowLine());
+        QCOMPARE(bits.write_ns, milliseconds(10 + 6 + 2));
+        const ScanPlan blocks = planScan({makeTag("c", Area::C, "7.0.1.4", 1)}, slowLine());
+        QCOMPARE(blocks.write_ns, qint64(0));
+        QCOMPARE(blocks.writeBusy_ns, qint64(0));
+    }
+
+    void behindOtherWritesEveryFiveLetTheReadsIn_data()
+    {
+        QTest::addColumn<int>("ahead");
+        QTest::addColumn<qint64>("busy_ms");
+        QTest::newRow("none") << 0 << qint64(2 * 20 + 6 * 154);
+        QTest::newRow("four") << 4 << qint64(6 * 20 + 6 * 154);
+        QTest::newRow("five") << 5 << qint64(7 * 20 + 12 * 154);
+        QTest::newRow("nine") << 9 << qint64(11 * 20 + 12 * 154);
+        QTest::newRow("ten") << 10 << qint64(12 * 20 + 18 * 154);
+    }
+
+    void behindOtherWritesEveryFiveLetTheReadsIn()
+    {
+        QFETCH(int, ahead);
+        QFETCH(qint64, busy_ms);
+        PlanSettings settings = slowLine();
+        settings.writesAhead = ahead;
+        QCOMPARE(planScan(oneOfEach(), settings).writeBusy_ns, milliseconds(busy_ms));
+    }
+
+    void aDeadStationCostsItsTimeOutsAndSilences()
+    {
+        QVector<Tag> tags = oneOfEach();
+        tags.append(makeTag("f", Area::D, "5.2.1", 2));
+        const ScanPlan plan = planScan(tags, slowLine());
+        QCOMPARE(plan.stations.size(), 2);
+        const StationPlan first = plan.stations.at(0);
+        const qint64 attempt_ms = 8 + 2 * (50 + 144 + 20);
+        QCOMPARE(first.station, 1);
+        QCOMPARE(first.reads, 3);
+        QCOMPARE(first.deathProbe_ns, milliseconds(attempt_ms));
+        QCOMPARE(first.deathOnce_ns, milliseconds(3 * 3 * attempt_ms));
+        QCOMPARE(first.deathUnsupervised_ns, milliseconds(3 * 3 * attempt_ms - 188));
+        const StationPlan second = plan.stations.at(1);
+        QCOMPARE(second.station, 2);
+        QCOMPARE(second.reads, 1);
+        QCOMPARE(second.deathProbe_ns, milliseconds(8 + 2 * (50 + 8 + 20)));
+    }
+
+    void withoutTagsThereIsNothing()
+    {
+        const ScanPlan plan = planScan({}, slowLine());
+        QCOMPARE(plan.reads, 0);
+        QCOMPARE(plan.scan_ns, qint64(0));
+        QVERIFY(plan.stations.isEmpty());
+    }
 };
-
-void TestScanPlan::aScanIsTheSumOfItsRequests()
-{
-    const ScanPlan plan = planScan(oneOfEach(), slowLine());
-    QCOMPARE(plan.reads, 3);
-    QCOMPARE(plan.bytes, qint64(14 + 16 + 152));
-    QCOMPARE(plan.scan_ns, milliseconds(182 + 3 * 2));
-    QCOMPARE(plan.longestRead_ns, milliseconds(154));
-    QCOMPARE(plan.stations.size(), 1);
-    QCOMPARE(plan.stations.first().share_ns, plan.scan_ns);
-}
-
-void TestScanPlan::overheadAndGapsCountOnceAnExchange()
-{
-    PlanSettings settings = slowLine();
-    settings.overhead_ns = microseconds(300);
-    settings.engine.defaultTiming.gapAfterReply_ns = milliseconds(4);
-    const ScanPlan plan = planScan(oneOfEach(), settings);
-    QCOMPARE(plan.scan_ns, microseconds(188000 + 3 * 4300));
-    QCOMPARE(plan.write_ns, microseconds(20000 + 4300));
-}
-
-void TestScanPlan::aWriteWaitsForTheLongestReadAtMost()
-{
-    const ScanPlan plan = planScan(oneOfEach(), slowLine());
-    QCOMPARE(plan.write_ns, milliseconds(12 + 6 + 2));
-    QCOMPARE(plan.writeAlone_ns, milliseconds(154 + 20));
-    const ScanPlan bits = planScan({makeTag("a", Area::X, "1.2.0", 1)}, slowLine());
-    QCOMPARE(bits.write_ns, milliseconds(10 + 6 + 2));
-    const ScanPlan blocks = planScan({makeTag("c", Area::C, "7.0.1.4", 1)}, slowLine());
-    QCOMPARE(blocks.write_ns, qint64(0));
-    QCOMPARE(blocks.writeBusy_ns, qint64(0));
-}
-
-void TestScanPlan::behindOtherWritesEveryFiveLetTheReadsIn_data()
-{
-    QTest::addColumn<int>("ahead");
-    QTest::addColumn<qint64>("busy_ms");
-    QTest::newRow("none") << 0 << qint64(2 * 20 + 6 * 154);
-    QTest::newRow("four") << 4 << qint64(6 * 20 + 6 * 154);
-    QTest::newRow("five") << 5 << qint64(7 * 20 + 12 * 154);
-    QTest::newRow("nine") << 9 << qint64(11 * 20 + 12 * 154);
-    QTest::newRow("ten") << 10 << qint64(12 * 20 + 18 * 154);
-}
-
-void TestScanPlan::behindOtherWritesEveryFiveLetTheReadsIn()
-{
-    QFETCH(int, ahead);
-    QFETCH(qint64, busy_ms);
-    PlanSettings settings = slowLine();
-    settings.writesAhead = ahead;
-    QCOMPARE(planScan(oneOfEach(), settings).writeBusy_ns, milliseconds(busy_ms));
-}
-
-void TestScanPlan::aDeadStationCostsItsTimeOutsAndSilences()
-{
-    QVector<Tag> tags = oneOfEach();
-    tags.append(makeTag("f", Area::D, "5.2.1", 2));
-    const ScanPlan plan = planScan(tags, slowLine());
-    QCOMPARE(plan.stations.size(), 2);
-    const StationPlan first = plan.stations.at(0);
-    const qint64 attempt_ms = 8 + 2 * (50 + 144 + 20);
-    QCOMPARE(first.station, 1);
-    QCOMPARE(first.reads, 3);
-    QCOMPARE(first.deathProbe_ns, milliseconds(attempt_ms));
-    QCOMPARE(first.deathOnce_ns, milliseconds(3 * 3 * attempt_ms));
-    QCOMPARE(first.deathUnsupervised_ns, milliseconds(3 * 3 * attempt_ms - 188));
-    const StationPlan second = plan.stations.at(1);
-    QCOMPARE(second.station, 2);
-    QCOMPARE(second.reads, 1);
-    QCOMPARE(second.deathProbe_ns, milliseconds(8 + 2 * (50 + 8 + 20)));
-}
-
-void TestScanPlan::withoutTagsThereIsNothing()
-{
-    const ScanPlan plan = planScan({}, slowLine());
-    QCOMPARE(plan.reads, 0);
-    QCOMPARE(plan.scan_ns, qint64(0));
-    QVERIFY(plan.stations.isEmpty());
-}
 
 QTEST_GUILESS_MAIN(TestScanPlan)
 #include "tst_scan_plan.moc"

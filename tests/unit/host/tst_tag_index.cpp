@@ -31,65 +31,58 @@ class TestTagIndex : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void tagsOfOneAddressShareACell();
-    void areasAndStationsKeepCellsApart();
-    void elementsOfABlockShareARequest();
-    void aWordHasARequestOfItsOwn();
-    void stationsAreListedOnceAndRising();
-    void nothingIsFoundForARequestOfNoTag();
+    void tagsOfOneAddressShareACell()
+    {
+        const TagIndex index(TAGS);
+        QCOMPARE(index.cellOf(0), index.cellOf(2));
+        QCOMPARE(index.cells().at(index.cellOf(0)).tags, QVector<int>({0, 2}));
+        QCOMPARE(index.cells().size(), 5);
+    }
+
+    void areasAndStationsKeepCellsApart()
+    {
+        const TagIndex index(TAGS);
+        QVERIFY(index.cellOf(0) != index.cellOf(1));
+        QVERIFY(index.cellOf(0) != index.cellOf(5));
+        const TagCell &cell = index.cells().at(index.cellOf(5));
+        QCOMPARE(cell.station, 2);
+        QCOMPARE(cell.area, 1);
+        QCOMPARE(cell.address, 32 + 4 + 1);
+        QCOMPARE(cell.addressText, QStringLiteral("1.2.1"));
+    }
+
+    void elementsOfABlockShareARequest()
+    {
+        const TagIndex index(TAGS);
+        const ReadKey block{2, 2, 80};
+        QCOMPARE(index.readKeyOf(index.cellOf(3)), block);
+        QCOMPARE(index.readKeyOf(index.cellOf(4)), block);
+        QCOMPARE(index.cellsRead(block), QVector<int>({index.cellOf(3), index.cellOf(4)}));
+    }
+
+    void aWordHasARequestOfItsOwn()
+    {
+        const TagIndex index(TAGS);
+        QCOMPARE(index.cellsRead({1, 1, 37}), QVector<int>({index.cellOf(0)}));
+        QCOMPARE(index.cellsRead({1, 0, 37}), QVector<int>({index.cellOf(1)}));
+    }
+
+    void stationsAreListedOnceAndRising()
+    {
+        const TagIndex index(TAGS);
+        QCOMPARE(index.stations(), QVector<int>({1, 2}));
+        QCOMPARE(index.cellsOfStation(1).size(), 2);
+        QCOMPARE(index.cellsOfStation(2).size(), 3);
+        QVERIFY(index.cellsOfStation(3).isEmpty());
+    }
+
+    void nothingIsFoundForARequestOfNoTag()
+    {
+        const TagIndex index(TAGS);
+        QVERIFY(index.cellsRead({1, 1, 38}).isEmpty());
+        QVERIFY(TagIndex({}).stations().isEmpty());
+    }
 };
-
-void TestTagIndex::tagsOfOneAddressShareACell()
-{
-    const TagIndex index(TAGS);
-    QCOMPARE(index.cellOf(0), index.cellOf(2));
-    QCOMPARE(index.cells().at(index.cellOf(0)).tags, QVector<int>({0, 2}));
-    QCOMPARE(index.cells().size(), 5);
-}
-
-void TestTagIndex::areasAndStationsKeepCellsApart()
-{
-    const TagIndex index(TAGS);
-    QVERIFY(index.cellOf(0) != index.cellOf(1));
-    QVERIFY(index.cellOf(0) != index.cellOf(5));
-    const TagCell &cell = index.cells().at(index.cellOf(5));
-    QCOMPARE(cell.station, 2);
-    QCOMPARE(cell.area, 1);
-    QCOMPARE(cell.address, 32 + 4 + 1);
-    QCOMPARE(cell.addressText, QStringLiteral("1.2.1"));
-}
-
-void TestTagIndex::elementsOfABlockShareARequest()
-{
-    const TagIndex index(TAGS);
-    const ReadKey block{2, 2, 80};
-    QCOMPARE(index.readKeyOf(index.cellOf(3)), block);
-    QCOMPARE(index.readKeyOf(index.cellOf(4)), block);
-    QCOMPARE(index.cellsRead(block), QVector<int>({index.cellOf(3), index.cellOf(4)}));
-}
-
-void TestTagIndex::aWordHasARequestOfItsOwn()
-{
-    const TagIndex index(TAGS);
-    QCOMPARE(index.cellsRead({1, 1, 37}), QVector<int>({index.cellOf(0)}));
-    QCOMPARE(index.cellsRead({1, 0, 37}), QVector<int>({index.cellOf(1)}));
-}
-
-void TestTagIndex::stationsAreListedOnceAndRising()
-{
-    const TagIndex index(TAGS);
-    QCOMPARE(index.stations(), QVector<int>({1, 2}));
-    QCOMPARE(index.cellsOfStation(1).size(), 2);
-    QCOMPARE(index.cellsOfStation(2).size(), 3);
-    QVERIFY(index.cellsOfStation(3).isEmpty());
-}
-
-void TestTagIndex::nothingIsFoundForARequestOfNoTag()
-{
-    const TagIndex index(TAGS);
-    QVERIFY(index.cellsRead({1, 1, 38}).isEmpty());
-    QVERIFY(TagIndex({}).stations().isEmpty());
-}
 
 QTEST_APPLESS_MAIN(TestTagIndex)
 #include "tst_tag_index.moc"

@@ -44,153 +44,145 @@ class TestWriteTracker : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void aWriteIsQueuedSentAndAcknowledged();
-    void aReportNamesItsTag();
-    void aNewerValueReplacesAQueuedOne();
-    void theFirstInTheQueueIsNeverReplaced();
-    void anotherTargetIsNotReplaced();
-    void aFullQueueOverflowsUnlessAWriteIsReplaced();
-    void theWritesBeforeTheOneSentWereDropped();
-    void aFailurePurgesItsStationOnly();
-    void whatIsNotTheFirstCannotRetire();
-    void stoppingEndsEveryWrite();
-    void everyStateAndReasonHasAText();
+    void aWriteIsQueuedSentAndAcknowledged()
+    {
+        Bench bench;
+        bench.queue(1, 1, 10);
+        bench.tracker.sent(1);
+        bench.tracker.retired(1, WriteState::Acknowledged, WriteReason::None);
+        QCOMPARE(bench.taken(), QStringList({QStringLiteral("1 queued"), QStringLiteral("1 sent"),
+                                             QStringLiteral("1 acknowledged")}));
+        QCOMPARE(bench.tracker.count(), 0);
+    }
+
+    void aReportNamesItsTag()
+    {
+        Bench bench;
+        bench.queue(5, 1, 10);
+        QCOMPARE(bench.reports[0].tag, 105);
+        QVERIFY(!bench.reports[0].isFinal());
+    }
+
+    void aNewerValueReplacesAQueuedOne()
+    {
+        Bench bench;
+        bench.queue(1, 1, 10);
+        bench.queue(2, 1, 11);
+        bench.queue(3, 1, 12);
+        bench.taken();
+        bench.queue(4, 1, 11);
+        QCOMPARE(bench.taken(),
+                 QStringList({QStringLiteral("2 dropped a newer value took its place"),
+                              QStringLiteral("4 queued")}));
+        QCOMPARE(bench.tracker.count(), 3);
+        bench.tracker.retired(1, WriteState::Acknowledged, WriteReason::None);
+        bench.taken();
+        bench.tracker.sent(4);
+        QCOMPARE(bench.taken(), QStringList({QStringLiteral("4 sent")}));
+    }
+
+    void theFirstInTheQueueIsNeverReplaced()
+    {
+        Bench bench;
+        bench.queue(1, 1, 10);
+        bench.queue(2, 1, 10);
+        QCOMPARE(bench.taken(),
+                 QStringList({QStringLiteral("1 queued"), QStringLiteral("2 queued")}));
+        bench.queue(3, 1, 10);
+        QCOMPARE(bench.taken(),
+                 QStringList({QStringLiteral("2 dropped a newer value took its place"),
+                              QStringLiteral("3 queued")}));
+        QCOMPARE(bench.tracker.count(), 2);
+    }
+
+    void anotherTargetIsNotReplaced()
+    {
+        Bench bench;
+        bench.queue(1, 1, 9);
+        bench.tracker.queued({2, 0, 1, 1, 10});
+        bench.tracker.queued({3, 0, 2, 1, 10});
+        bench.tracker.queued({4, 0, 1, 0, 10});
+        bench.tracker.queued({5, 0, 1, 1, 11});
+        QCOMPARE(bench.tracker.count(), 5);
+    }
+
+    void aFullQueueOverflowsUnlessAWriteIsReplaced()
+    {
+        Bench bench;
+        for (int i = 0; i < 1023; ++i)
+            bench.queue(i + 1, 1, i);
+        QVERIFY(!bench.tracker.wouldOverflow({5000, 0, 1, 1, 5000}));
+        bench.queue(1024, 1, 1023);
+        QVERIFY(bench.tracker.wouldOverflow({5000, 0, 1, 1, 5000}));
+        QVERIFY(bench.tracker.wouldOverflow({5000, 0, 1, 1, 0}));
+        QVERIFY(!bench.tracker.wouldOverflow({5000, 0, 1, 1, 1}));
+    }
+
+    void theWritesBeforeTheOneSentWereDropped()
+    {
+        Bench bench;
+        bench.queue(1, 1, 10);
+        bench.queue(2, 1, 11);
+        bench.queue(3, 2, 10);
+        bench.taken();
+        bench.tracker.sent(3);
+        QCOMPARE(bench.taken(),
+                 QStringList({QStringLiteral("1 dropped the station is switched off"),
+                              QStringLiteral("2 dropped the station is switched off"),
+                              QStringLiteral("3 sent")}));
+    }
+
+    void aFailurePurgesItsStationOnly()
+    {
+        Bench bench;
+        bench.queue(1, 1, 10);
+        bench.queue(2, 2, 10);
+        bench.queue(3, 1, 11);
+        bench.taken();
+        bench.tracker.stationFailed(1);
+        QCOMPARE(bench.taken(),
+                 QStringList({QStringLiteral("1 dropped another request to the station failed"),
+                              QStringLiteral("3 dropped another request to the station failed")}));
+        QCOMPARE(bench.tracker.count(), 1);
+        bench.tracker.stationFailed(3);
+        QVERIFY(bench.taken().isEmpty());
+    }
+
+    void whatIsNotTheFirstCannotRetire()
+    {
+        Bench bench;
+        bench.tracker.retired(1, WriteState::Acknowledged, WriteReason::None);
+        bench.queue(1, 1, 10);
+        bench.queue(2, 1, 11);
+        bench.taken();
+        bench.tracker.retired(2, WriteState::Acknowledged, WriteReason::None);
+        QVERIFY(bench.taken().isEmpty());
+        QCOMPARE(bench.tracker.count(), 2);
+    }
+
+    void stoppingEndsEveryWrite()
+    {
+        Bench bench;
+        bench.queue(1, 1, 10);
+        bench.queue(2, 1, 11);
+        bench.tracker.sent(1);
+        bench.taken();
+        bench.tracker.stopped();
+        QCOMPARE(bench.taken(), QStringList({QStringLiteral("1 timed out the host was stopped"),
+                                             QStringLiteral("2 dropped the host was stopped")}));
+        bench.tracker.stopped();
+        QVERIFY(bench.taken().isEmpty());
+    }
+
+    void everyStateAndReasonHasAText()
+    {
+        for (int state = 0; state <= int(WriteState::Dropped); ++state)
+            QVERIFY(!writeStateName(WriteState(state)).isEmpty());
+        QVERIFY(writeReasonText(WriteReason::None).isEmpty());
+        for (int reason = 1; reason <= int(WriteReason::HostStopped); ++reason)
+            QVERIFY(!writeReasonText(WriteReason(reason)).isEmpty());
+    }
 };
-
-void TestWriteTracker::aWriteIsQueuedSentAndAcknowledged()
-{
-    Bench bench;
-    bench.queue(1, 1, 10);
-    bench.tracker.sent(1);
-    bench.tracker.retired(1, WriteState::Acknowledged, WriteReason::None);
-    QCOMPARE(bench.taken(), QStringList({QStringLiteral("1 queued"), QStringLiteral("1 sent"),
-                                         QStringLiteral("1 acknowledged")}));
-    QCOMPARE(bench.tracker.count(), 0);
-}
-
-void TestWriteTracker::aReportNamesItsTag()
-{
-    Bench bench;
-    bench.queue(5, 1, 10);
-    QCOMPARE(bench.reports[0].tag, 105);
-    QVERIFY(!bench.reports[0].isFinal());
-}
-
-void TestWriteTracker::aNewerValueReplacesAQueuedOne()
-{
-    Bench bench;
-    bench.queue(1, 1, 10);
-    bench.queue(2, 1, 11);
-    bench.queue(3, 1, 12);
-    bench.taken();
-    bench.queue(4, 1, 11);
-    QCOMPARE(bench.taken(), QStringList({QStringLiteral("2 dropped a newer value took its place"),
-                                         QStringLiteral("4 queued")}));
-    QCOMPARE(bench.tracker.count(), 3);
-    bench.tracker.retired(1, WriteState::Acknowledged, WriteReason::None);
-    bench.taken();
-    bench.tracker.sent(4);
-    QCOMPARE(bench.taken(), QStringList({QStringLiteral("4 sent")}));
-}
-
-void TestWriteTracker::theFirstInTheQueueIsNeverReplaced()
-{
-    Bench bench;
-    bench.queue(1, 1, 10);
-    bench.queue(2, 1, 10);
-    QCOMPARE(bench.taken(), QStringList({QStringLiteral("1 queued"), QStringLiteral("2 queued")}));
-    bench.queue(3, 1, 10);
-    QCOMPARE(bench.taken(), QStringList({QStringLiteral("2 dropped a newer value took its place"),
-                                         QStringLiteral("3 queued")}));
-    QCOMPARE(bench.tracker.count(), 2);
-}
-
-void TestWriteTracker::anotherTargetIsNotReplaced()
-{
-    Bench bench;
-    bench.queue(1, 1, 9);
-    bench.tracker.queued({2, 0, 1, 1, 10});
-    bench.tracker.queued({3, 0, 2, 1, 10});
-    bench.tracker.queued({4, 0, 1, 0, 10});
-    bench.tracker.queued({5, 0, 1, 1, 11});
-    QCOMPARE(bench.tracker.count(), 5);
-}
-
-void TestWriteTracker::aFullQueueOverflowsUnlessAWriteIsReplaced()
-{
-    Bench bench;
-    for (int i = 0; i < 1023; ++i)
-        bench.queue(i + 1, 1, i);
-    QVERIFY(!bench.tracker.wouldOverflow({5000, 0, 1, 1, 5000}));
-    bench.queue(1024, 1, 1023);
-    QVERIFY(bench.tracker.wouldOverflow({5000, 0, 1, 1, 5000}));
-    QVERIFY(bench.tracker.wouldOverflow({5000, 0, 1, 1, 0}));
-    QVERIFY(!bench.tracker.wouldOverflow({5000, 0, 1, 1, 1}));
-}
-
-void TestWriteTracker::theWritesBeforeTheOneSentWereDropped()
-{
-    Bench bench;
-    bench.queue(1, 1, 10);
-    bench.queue(2, 1, 11);
-    bench.queue(3, 2, 10);
-    bench.taken();
-    bench.tracker.sent(3);
-    QCOMPARE(bench.taken(), QStringList({QStringLiteral("1 dropped the station is switched off"),
-                                         QStringLiteral("2 dropped the station is switched off"),
-                                         QStringLiteral("3 sent")}));
-}
-
-void TestWriteTracker::aFailurePurgesItsStationOnly()
-{
-    Bench bench;
-    bench.queue(1, 1, 10);
-    bench.queue(2, 2, 10);
-    bench.queue(3, 1, 11);
-    bench.taken();
-    bench.tracker.stationFailed(1);
-    QCOMPARE(bench.taken(),
-             QStringList({QStringLiteral("1 dropped another request to the station failed"),
-                          QStringLiteral("3 dropped another request to the station failed")}));
-    QCOMPARE(bench.tracker.count(), 1);
-    bench.tracker.stationFailed(3);
-    QVERIFY(bench.taken().isEmpty());
-}
-
-void TestWriteTracker::whatIsNotTheFirstCannotRetire()
-{
-    Bench bench;
-    bench.tracker.retired(1, WriteState::Acknowledged, WriteReason::None);
-    bench.queue(1, 1, 10);
-    bench.queue(2, 1, 11);
-    bench.taken();
-    bench.tracker.retired(2, WriteState::Acknowledged, WriteReason::None);
-    QVERIFY(bench.taken().isEmpty());
-    QCOMPARE(bench.tracker.count(), 2);
-}
-
-void TestWriteTracker::stoppingEndsEveryWrite()
-{
-    Bench bench;
-    bench.queue(1, 1, 10);
-    bench.queue(2, 1, 11);
-    bench.tracker.sent(1);
-    bench.taken();
-    bench.tracker.stopped();
-    QCOMPARE(bench.taken(), QStringList({QStringLiteral("1 timed out the host was stopped"),
-                                         QStringLiteral("2 dropped the host was stopped")}));
-    bench.tracker.stopped();
-    QVERIFY(bench.taken().isEmpty());
-}
-
-void TestWriteTracker::everyStateAndReasonHasAText()
-{
-    for (int state = 0; state <= int(WriteState::Dropped); ++state)
-        QVERIFY(!writeStateName(WriteState(state)).isEmpty());
-    QVERIFY(writeReasonText(WriteReason::None).isEmpty());
-    for (int reason = 1; reason <= int(WriteReason::HostStopped); ++reason)
-        QVERIFY(!writeReasonText(WriteReason(reason)).isEmpty());
-}
 
 QTEST_APPLESS_MAIN(TestWriteTracker)
 #include "tst_write_tracker.moc"
