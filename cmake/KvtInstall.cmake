@@ -58,6 +58,10 @@ if(TARGET kvt)
     COMPONENT tools FILES_MATCHING PATTERN "*.csv")
   install(FILES apps/kvt/completion/kvt.bash RENAME kvt
     DESTINATION "${CMAKE_INSTALL_DATADIR}/bash-completion/completions" COMPONENT tools)
+  install(FILES apps/kvt/completion/kvt.zsh RENAME _kvt
+    DESTINATION "${CMAKE_INSTALL_DATADIR}/zsh/vendor-completions" COMPONENT tools)
+  install(FILES apps/kvt/completion/kvt.fish
+    DESTINATION "${CMAKE_INSTALL_DATADIR}/fish/vendor_completions.d" COMPONENT tools)
 endif()
 
 # Manual pages; Debian wants them compressed.

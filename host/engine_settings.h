@@ -62,11 +62,18 @@ struct EngineSettings {
     /// only when it is complete, hence the length.
     qint64 replyTimeout_ns(int station, int expectedLength) const;
 
+    /// Time for which a line that was just opened is listened to. A former user's time-out is not
+    /// known: what the stations and the line should need must do, unless a quiet time is set.
+    qint64 listeningTime_ns(int station, int expectedLength) const;
+
     /// Time for which the line is kept silent after a failed attempt.
     ///
     /// It equals the time-out unless set: a station that kept us waiting is allowed twice the time
     /// it should need, and the silence costs no more than the time-out itself did.
     qint64 quietTime_ns(int station, int expectedLength) const;
+
+private:
+    qint64 computedTimeout_ns(int station, int expectedLength) const;
 };
 
 } // namespace kvt

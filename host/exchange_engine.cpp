@@ -19,7 +19,11 @@ void ExchangeEngine::lineUp(qint64 now_ns)
     if (settings_.tap != nullptr)
         settings_.tap->lineChanged(true);
     observer_->lineChanged(true, now_ns);
-    hold(now_ns, settings_.quietTime_ns(request_.station, request_.expectedLength),
+    // Until something was sent, no reply to an own request can be under way.
+    const bool isFirst = sentAt_ns_ == 0;
+    hold(now_ns,
+         isFirst ? settings_.listeningTime_ns(request_.station, request_.expectedLength)
+                 : settings_.quietTime_ns(request_.station, request_.expectedLength),
          DroppedBytes::Stale);
 }
 

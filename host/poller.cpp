@@ -57,12 +57,17 @@ void Poller::start()
     thread_ = std::thread([this] { run(); });
 }
 
+void Poller::endRequests()
+{
+    stopping_ = true;
+    wakeUp_.ring();
+}
+
 void Poller::stop()
 {
     if (!thread_.joinable())
         return;
-    stopping_ = true;
-    wakeUp_.ring();
+    endRequests();
     thread_.join();
 }
 
@@ -165,7 +170,7 @@ bool Poller::readLine()
 bool Poller::sendRequests()
 {
     QByteArray request;
-    while (session_.engine().takeRequest(&request)) {
+    while (!stopping_ && session_.engine().takeRequest(&request)) {
         const qint64 start_ns = monotonicNow_ns();
         if (!line_->write(request)) {
             closeLine(systemError());

@@ -47,6 +47,9 @@ public:
     /// exchange under way is not waited for. Harmless when it does not run.
     void stop();
 
+    /// No further request leaves. Any thread, events included; `stop` is still due.
+    void endRequests();
+
     /// Request a write or a one-time reading: HostSession says how. They wait while the line is
     /// down.
     int write(int tag, const QByteArray &bytes);

@@ -4,6 +4,7 @@
 #include "apps/kvt/exit_codes.h"
 #include "apps/kvt/frames/frame_explanation.h"
 #include "apps/kvt/options.h"
+#include "apps/kvt/trace_filter.h"
 #include "apps/kvt/trace_text.h"
 
 #include <QFile>
@@ -25,6 +26,7 @@ constexpr qint64 LONGEST_LINE = 64 * 1024;
 struct DecodeOptions {
     QVector<Tag> tags;
     bool json = false;
+    TraceSelection selection;
 };
 
 // Reads "05 30" or "0530" or "05:30".
@@ -125,6 +127,13 @@ int decodeInput(const DecodeOptions &options)
     return any ? EXIT_GOOD : EXIT_USAGE;
 }
 
+// One line; empty for a record that says nothing.
+QString jsonOf(TraceText *trace, const TraceRecord &record)
+{
+    const QJsonObject object = trace->json(record);
+    return object.isEmpty() ? QString() : jsonLine(object);
+}
+
 int decodeTrace(const QString &path, const DecodeOptions &options)
 {
     TraceReader reader;
@@ -134,13 +143,11 @@ int decodeTrace(const QString &path, const DecodeOptions &options)
         return EXIT_USAGE;
     }
     TraceText trace(options.tags, reader.startedAt());
+    TraceFilter filter(options.selection);
     TraceRecord record;
-    while (!outputFailed() && reader.next(&record)) {
-        if (!options.json)
-            printOut(trace.line(record));
-        else if (const QJsonObject object = trace.json(record); !object.isEmpty())
-            printOut(jsonLine(object));
-    }
+    while (!outputFailed() && reader.next(&record))
+        printOut(filter.take(record, options.json ? jsonOf(&trace, record) : trace.line(record)));
+    printOut(filter.finish());
     if (!reader.error().isEmpty()) {
         printError(QStringLiteral("%1: %2").arg(path, reader.error()));
         return EXIT_USAGE;
@@ -162,7 +169,41 @@ int decodeWords(const QStringList &words, const DecodeOptions &options)
         return decodeInput(options);
     if (words.size() == 1 && QFileInfo(words.first()).isFile())
         return decodeTrace(words.first(), options);
+    if (!options.selection.isAll()) {
+        printError(QStringLiteral("decode: --station, --failures and --exchanges choose from a "
+                                  "trace, and \"%1\" is no file")
+                       .arg(words.first()));
+        return EXIT_USAGE;
+    }
     return decodeFrames(words, options);
+}
+
+// Reads "5", "5-" or "5-20".
+bool readExchanges(const QString &text, TraceSelection *selection)
+{
+    static const QRegularExpression form(QStringLiteral("\\A([0-9]{1,9})(-?)([0-9]{0,9})\\z"));
+    const QRegularExpressionMatch match = form.match(text);
+    selection->first = match.captured(1).toInt();
+    if (match.captured(2).isEmpty())
+        selection->last = selection->first;
+    else if (!match.captured(3).isEmpty())
+        selection->last = match.captured(3).toInt();
+    if (match.hasMatch() && selection->first > 0 && selection->first <= selection->last &&
+        (!match.captured(2).isEmpty() || match.captured(3).isEmpty()))
+        return true;
+    printError(QStringLiteral("--exchanges: \"%1\" is not FIRST-LAST, FIRST- or one number, from 1")
+                   .arg(text));
+    return false;
+}
+
+bool readSelection(const QCommandLineParser &parser, TraceSelection *selection)
+{
+    selection->failures = parser.isSet(QStringLiteral("failures"));
+    if (parser.isSet(QStringLiteral("station")) &&
+        !readNumber(parser, QStringLiteral("station"), 0, 255, &selection->station))
+        return false;
+    return !parser.isSet(QStringLiteral("exchanges")) ||
+           readExchanges(parser.value(QStringLiteral("exchanges")), selection);
 }
 
 } // namespace
@@ -183,11 +224,22 @@ int runDecode(const QStringList &arguments)
                       QStringLiteral("Name the tags of this list that a request concerns."),
                       QStringLiteral("FILE")});
     parser.addOption({QStringLiteral("json"), QStringLiteral("Print JSON, one object per line.")});
+    parser.addOption({QStringLiteral("station"),
+                      QStringLiteral("Of a trace: only exchanges with this station, 0 to 255."),
+                      QStringLiteral("N")});
+    parser.addOption({QStringLiteral("failures"),
+                      QStringLiteral("Of a trace: only exchanges with an attempt that failed.")});
+    parser.addOption({QStringLiteral("exchanges"),
+                      QStringLiteral("Of a trace: only exchanges with these numbers, or a single "
+                                     "one, from 1; LAST may be left out."),
+                      QStringLiteral("FIRST[-[LAST]]")});
     int exitCode = EXIT_GOOD;
     if (parseOptions(&parser, QStringLiteral("decode"), arguments, &exitCode))
         return exitCode;
     DecodeOptions options;
     options.json = parser.isSet(QStringLiteral("json"));
+    if (!readSelection(parser, &options.selection))
+        return EXIT_USAGE;
     if (parser.isSet(QStringLiteral("tags")) &&
         !readTags(parser.value(QStringLiteral("tags")), &options.tags))
         return EXIT_USAGE;

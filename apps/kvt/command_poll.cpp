@@ -46,7 +46,8 @@ class Poll
 public:
     Poll(const PollOptions &options, const QVector<Tag> &tags)
         : options_(options), tags_(tags), form_(formOf(options)),
-          watcher_(tags, options.cycles, form_ != PollOutput::Form::Table), output_(tags, form_)
+          watcher_(tags, options.cycles, form_ != PollOutput::Form::Table, options.line.isTcp),
+          output_(tags, form_)
     {
     }
 
@@ -65,6 +66,7 @@ private:
     QVector<Tag> tags_;
     PollOutput::Form form_;
     PollWatcher watcher_;
+    EchoReport echo_;
     PollOutput output_;
     HostLink link_;
     qint64 startedAt_ns_ = 0;
@@ -78,6 +80,7 @@ int Poll::run()
     PollerSettings settings = pollerSettings(options_.line);
     settings.session.staleAfter_ns = milliseconds(options_.stale_ms);
     link_.connect(options_.line, settings, tags_, &watcher_);
+    watcher_.lastScanDone = [this] { link_.poller()->endRequests(); };
     startedAt_ns_ = monotonicNow_ns();
     link_.poller()->start();
 
@@ -98,6 +101,7 @@ QVector<CellValue> Poll::show(const QJsonObject &summary)
     const Poller &poller = *link_.poller();
     const QVector<CellValue> values = poller.values();
     const qint64 now_ns = monotonicNow_ns(); // no earlier than any of the values
+    echo_.look(poller.statistics());
     PollState state;
     state.line = lineName(options_.line);
     state.lineIsUp = watcher_.isUp();

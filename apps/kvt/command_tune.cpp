@@ -2,10 +2,15 @@
 #include "apps/kvt/commands.h"
 #include "apps/kvt/console.h"
 #include "apps/kvt/exit_codes.h"
+#include "apps/kvt/line_findings.h"
 #include "apps/kvt/options.h"
+#include "apps/kvt/outcome_text.h"
+#include "apps/kvt/progress_bar.h"
 #include "apps/kvt/stop_signal.h"
 #include "apps/kvt/tune_measurement.h"
 #include "apps/kvt/tune_report.h"
+
+#include <QSet>
 
 #include <algorithm>
 
@@ -18,6 +23,7 @@ namespace
 const QString TAGS = QStringLiteral("tags");
 const QString EXCHANGES = QStringLiteral("exchanges");
 const QString MARGIN = QStringLiteral("margin");
+const int MOST_TRIALS = 6; // of timeoutsToTry_ms
 const int LONG_TIMEOUT_ms = 1000;
 
 struct TuneOptions {
@@ -50,8 +56,56 @@ TuneTrial trialOf(int timeout_ms, const Statistics &statistics)
     return trial;
 }
 
+// Shows how far the measurement and its trials have come, and how long they may still take.
+class TuneProgress
+{
+public:
+    /// The measurement and its trials have the same number of exchanges, about.
+    explicit TuneProgress(int exchanges)
+        : exchanges_(exchanges), bar_((1 + MOST_TRIALS) * exchanges),
+          startedAt_ns_(monotonicNow_ns())
+    {
+    }
+
+    /// `run` is 0 for the measurement, then counts the trials in such a way that MOST_TRIALS is the
+    /// last one.
+    std::function<void(int, int)> ofRun(int run, const QString &what)
+    {
+        return [this, run, what](int done, int all) {
+            const int steps =
+                run * exchanges_ + static_cast<int>(static_cast<qint64>(exchanges_) * done / all);
+            bar_.show(steps, what + timeLeft(steps));
+        };
+    }
+
+    void clear() { bar_.clear(); }
+
+private:
+    // Nothing is known at the start; trials that fail take longer than the average.
+    QString timeLeft(int steps) const
+    {
+        if (steps < exchanges_ / 10 + 1)
+            return QString();
+        const qint64 taken_ns = monotonicNow_ns() - startedAt_ns_;
+        const qint64 left = (1 + MOST_TRIALS) * exchanges_ - steps;
+        return QStringLiteral(", about %1 left").arg(roughTimeText(taken_ns / steps * left));
+    }
+
+    int exchanges_;
+    ProgressBar bar_;
+    qint64 startedAt_ns_;
+};
+
+int exchangesOf(const MeasurementSettings &settings)
+{
+    QSet<int> stations;
+    for (const Tag &tag : settings.tags)
+        stations.insert(tag.station);
+    return stations.size() * settings.exchanges;
+}
+
 // Tries the settings one after the other, until all are done or one is cut short.
-Measurement::End runTrials(MeasurementSettings settings, TuneReport *report)
+Measurement::End runTrials(MeasurementSettings settings, TuneProgress *progress, TuneReport *report)
 {
     settings.line.trace.clear(); // it holds the first measurement
     settings.giveUpStations = false;
@@ -60,9 +114,14 @@ Measurement::End runTrials(MeasurementSettings settings, TuneReport *report)
     // A reply that comes too late must not be taken for the answer to a later request.
     settings.quiet_ms = timeouts_ms.last();
     report->quiet_ms = settings.quiet_ms;
+    int run = MOST_TRIALS - timeouts_ms.size();
     for (const int timeout_ms : timeouts_ms) {
         settings.timeout_ms = timeout_ms;
+        settings.progress =
+            progress->ofRun(++run, QStringLiteral("time-out %1 ms").arg(timeout_ms));
         const Measurement measurement = measure(settings);
+        if (measurement.end != Measurement::End::Complete)
+            progress->clear();
         if (measurement.end == Measurement::End::NoLine)
             printError(
                 QStringLiteral("%1: %2").arg(lineName(settings.line), measurement.lineError));
@@ -77,13 +136,18 @@ int tune(const TuneOptions &options)
 {
     const StopSignal stopSignal;
     MeasurementSettings settings = options.measurement;
+    TuneProgress progress(exchangesOf(settings));
+    settings.progress = progress.ofRun(0, QStringLiteral("reply times"));
     const Measurement first = measure(settings);
+    if (first.end != Measurement::End::Complete)
+        progress.clear();
     if (first.end == Measurement::End::NoDriver)
         return EXIT_USAGE;
     if (first.end == Measurement::End::NoLine) {
         printError(QStringLiteral("%1: %2").arg(lineName(settings.line), first.lineError));
         return EXIT_NO_LINE;
     }
+    EchoReport().look(first.statistics);
     TuneReport report;
     report.margin_percent = options.margin_percent;
     report.first = first.statistics;
@@ -91,7 +155,8 @@ int tune(const TuneOptions &options)
     if (end == Measurement::End::Complete)
         report.silentStations = removeSilentStations(first.statistics, &settings.tags);
     if (end == Measurement::End::Complete && !settings.tags.isEmpty())
-        end = runTrials(settings, &report);
+        end = runTrials(settings, &progress, &report);
+    progress.clear();
     report.complete = end == Measurement::End::Complete;
     recommend(&report);
     printOut(settings.line.json ? jsonLine(tuneToJson(report)) : tuneText(report));

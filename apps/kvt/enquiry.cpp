@@ -2,6 +2,7 @@
 
 #include "apps/kvt/console.h"
 #include "apps/kvt/exit_codes.h"
+#include "apps/kvt/line_findings.h"
 
 #include <limits>
 
@@ -15,8 +16,10 @@ Enquiry::Enquiry(const LineOptions &options, const QVector<Tag> &tags)
 
 Enquiry::~Enquiry()
 {
-    if (link_.poller() != nullptr)
-        link_.poller()->stop();
+    if (link_.poller() == nullptr)
+        return;
+    link_.poller()->stop();
+    EchoReport().look(link_.poller()->statistics());
 }
 
 int Enquiry::open()

@@ -2,6 +2,7 @@
 #include "apps/kvt/commands.h"
 #include "apps/kvt/console.h"
 #include "apps/kvt/exit_codes.h"
+#include "apps/kvt/options.h"
 
 #include <QCoreApplication>
 
@@ -44,6 +45,14 @@ QString usage()
     return text;
 }
 
+QStringList commandNames()
+{
+    QStringList names(QStringLiteral("help"));
+    for (const Command &command : COMMANDS)
+        names.append(QLatin1String(command.name));
+    return names;
+}
+
 int runNamed(const QString &name, const QStringList &arguments)
 {
     const auto command =
@@ -52,7 +61,8 @@ int runNamed(const QString &name, const QStringList &arguments)
     if (command != std::end(COMMANDS))
         return command->run(arguments);
     kvt::printError(name.isEmpty() ? QStringLiteral("no command given, see kvt --help")
-                                   : QStringLiteral("no command \"%1\", see kvt --help").arg(name));
+                                   : QStringLiteral("no command \"%1\", see kvt --help%2")
+                                         .arg(name, kvt::suggestion(name, commandNames())));
     return kvt::EXIT_USAGE;
 }
 

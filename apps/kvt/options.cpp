@@ -1,13 +1,49 @@
 #include "apps/kvt/options.h"
 
+#include "apps/kvt/common/nearest_word.h"
 #include "apps/kvt/console.h"
 #include "apps/kvt/exit_codes.h"
 #include "tags/tag_list.h"
 
 #include <QCoreApplication>
+#include <QRegularExpression>
 
 namespace kvt
 {
+
+namespace
+{
+
+// The parser names its options in its help alone.
+QStringList optionNames(const QCommandLineParser &parser)
+{
+    static const QRegularExpression form(QStringLiteral("^  (?:-[a-z], )?(--[a-z-]+)"),
+                                         QRegularExpression::MultilineOption);
+    QStringList names;
+    auto match = form.globalMatch(parser.helpText());
+    while (match.hasNext())
+        names.append(match.next().captured(1));
+    return names;
+}
+
+QString errorText(const QCommandLineParser &parser)
+{
+    const QStringList unknown = parser.unknownOptionNames();
+    if (unknown.isEmpty())
+        return parser.errorText();
+    const QString &name = unknown.first();
+    const QString first = (name.size() > 1 ? QStringLiteral("--") : QStringLiteral("-")) + name;
+    return QStringLiteral("there is no option %1%2")
+        .arg(first, suggestion(first, optionNames(parser)));
+}
+
+} // namespace
+
+QString suggestion(const QString &word, const QStringList &known)
+{
+    const QString nearest = nearestWord(word, known);
+    return nearest.isEmpty() ? QString() : QStringLiteral("; is \"%1\" meant?").arg(nearest);
+}
 
 bool parseOptions(QCommandLineParser *parser, const QString &command, const QStringList &arguments,
                   int *exitCode)
@@ -17,7 +53,7 @@ bool parseOptions(QCommandLineParser *parser, const QString &command, const QStr
     parser->addOption(help);
     const QString program = QStringLiteral("kvt %1").arg(command);
     if (!parser->parse(QStringList(program) + arguments)) {
-        printError(QStringLiteral("%1: %2").arg(command, parser->errorText()));
+        printError(QStringLiteral("%1: %2").arg(command, errorText(*parser)));
         *exitCode = EXIT_USAGE;
         return true;
     }

@@ -15,6 +15,10 @@ namespace kvt
 bool parseOptions(QCommandLineParser *parser, const QString &command, const QStringList &arguments,
                   int *exitCode);
 
+/// Returns "; is \"WORD\" meant?" with the word of `known` that is nearest to `word`; empty when
+/// none is near.
+QString suggestion(const QString &word, const QStringList &known);
+
 /// False, with a message, when there are words that are no options.
 bool noArguments(const QCommandLineParser &parser, const QString &command);
 

@@ -2,6 +2,7 @@
 
 #include "apps/kvt/console.h"
 #include "apps/kvt/outcome_text.h"
+#include "host/poller.h"
 
 #include <QCoreApplication>
 
@@ -19,8 +20,8 @@ void quitEventLoop()
 
 } // namespace
 
-PollWatcher::PollWatcher(const QVector<Tag> &tags, int scans, bool verbose)
-    : results_(tags), lastScan_(scans), verbose_(verbose), counter_(TagIndex(tags))
+PollWatcher::PollWatcher(const QVector<Tag> &tags, int scans, bool verbose, bool isTcp)
+    : results_(tags), lastScan_(scans), verbose_(verbose), isTcp_(isTcp), counter_(TagIndex(tags))
 {
 }
 
@@ -71,8 +72,20 @@ void PollWatcher::stationSwitched(int station, bool on)
                         .arg(stationTrouble(lastEnd_, lastResult_)));
 }
 
-void PollWatcher::lineChanged(bool up, const QString &reason)
+// The reason, with what follows from it.
+QString PollWatcher::withRival(bool up, const QString &reason)
 {
+    if (up)
+        rival_.opened(monotonicNow_ns());
+    else if (wasUp() && rival_.closed(monotonicNow_ns()) && isTcp_)
+        return reason + QStringLiteral(", again and again soon after the connection: somebody "
+                                       "else is probably connected to it");
+    return reason;
+}
+
+void PollWatcher::lineChanged(bool up, const QString &bareReason)
+{
+    const QString reason = withRival(up, bareReason);
     bool again = false;
     {
         const std::lock_guard<std::mutex> lock(mutex_);
@@ -95,8 +108,11 @@ void PollWatcher::attemptEnded(const Attempt &attempt)
     const std::lock_guard<std::mutex> lock(mutex_);
     const int before = counter_.scans();
     counter_.attemptEnded(attempt);
-    if (counter_.scans() != before && counter_.scans() == lastScan_)
+    if (counter_.scans() != before && counter_.scans() == lastScan_) {
         quitEventLoop();
+        if (lastScanDone)
+            lastScanDone();
+    }
 }
 
 } // namespace kvt

@@ -2,10 +2,12 @@
 #ifndef KVT_APPS_KVT_POLL_WATCHER_H
 #define KVT_APPS_KVT_POLL_WATCHER_H
 
+#include "apps/kvt/line_findings.h"
 #include "apps/kvt/scan_counter.h"
 #include "apps/kvt/tag_results.h"
 #include "host/host_events.h"
 
+#include <functional>
 #include <mutex>
 
 namespace kvt
@@ -17,7 +19,10 @@ class PollWatcher : public HostEvents
 {
 public:
     /// Ends after `scans` scans; 0: never. Prints what happens to line and stations if `verbose`.
-    PollWatcher(const QVector<Tag> &tags, int scans, bool verbose);
+    PollWatcher(const QVector<Tag> &tags, int scans, bool verbose, bool isTcp);
+
+    /// To be called, on the polling thread, when the last scan is over; set it before the start.
+    std::function<void()> lastScanDone;
 
     // Any thread.
     QVector<TagResult> results() const { return results_.results(); }
@@ -35,9 +40,13 @@ public:
     void attemptEnded(const Attempt &attempt) override;
 
 private:
+    QString withRival(bool up, const QString &reason);
+
     TagResults results_;
     int lastScan_;
     bool verbose_;
+    bool isTcp_;
+    RivalWatch rival_;                         // polling thread
     AttemptEnd lastEnd_ = AttemptEnd::Replied; // of the latest attempt; polling thread
     int lastResult_ = 0;
 

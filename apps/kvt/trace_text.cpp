@@ -40,6 +40,20 @@ QString valueText(const TraceRecord &record)
         .arg(placeText(record), QString::number(value), QString::number(value, 16).toUpper());
 }
 
+// Why the host ended an attempt, by the words of the record.
+QString endText(const TraceRecord &record)
+{
+    static const QHash<QByteArray, QString> TEXTS = {
+        {"replied", QStringLiteral("a whole reply had come")},
+        {"refused", QStringLiteral("the station refused")},
+        {"noreply", QStringLiteral("nothing had come when the time-out was over")},
+        {"brokenoff", QStringLiteral("the reply began and did not go on")},
+        {"foreign", QStringLiteral("the reply does not look like the station's own")},
+        {"disturbed", QStringLiteral("bytes came that cannot answer it, so that no reply could be "
+                                     "trusted")}};
+    return TEXTS.value(record.words.at(0), QString::fromLatin1(record.words.at(0)));
+}
+
 QString joined(const TraceRecord &record)
 {
     return QString::fromLatin1(record.words.join(' '));
@@ -120,6 +134,8 @@ QString TraceText::textOf(const TraceRecord &record) const
         return QStringLiteral("settings: %1").arg(joined(record));
     if (record.is(trace::LIST))
         return QStringLiteral("read list of %1 entries").arg(record.number(0));
+    if (record.is(trace::ENDED))
+        return QStringLiteral("attempt %1 ended: %2").arg(record.number(1)).arg(endText(record));
     if (record.is(trace::FULL))
         return QStringLiteral("the recording ends, its file is full");
     return QString();

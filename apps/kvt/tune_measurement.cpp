@@ -68,13 +68,17 @@ PollerSettings settingsOf(const MeasurementSettings &settings)
     return result;
 }
 
-// A station that was given up has had all that it gets.
-bool isComplete(const Statistics &statistics, const QVector<int> &stations, int exchanges)
+// Exchanges done of those that are wanted. A station that was given up has had all that it gets.
+int doneOf(const Statistics &statistics, const QVector<int> &stations, int exchanges)
 {
-    return std::all_of(stations.begin(), stations.end(), [&](int number) {
+    int done = 0;
+    for (const int number : stations) {
         const StationStatistics station = statistics.stations.value(number);
-        return station.attempts >= static_cast<quint64>(exchanges) || station.stateChanges > 0;
-    });
+        done += station.stateChanges > 0 || station.attempts >= static_cast<quint64>(exchanges)
+                    ? exchanges
+                    : static_cast<int>(station.attempts);
+    }
+    return done;
 }
 
 } // namespace
@@ -95,9 +99,13 @@ Measurement measure(const MeasurementSettings &settings)
     const QVector<int> stations = stationsOf(settings.tags);
     QTimer timer;
     QObject::connect(&timer, &QTimer::timeout, [&] {
+        const int all = stations.size() * settings.exchanges;
+        const int done = doneOf(link.poller()->statistics(), stations, settings.exchanges);
+        if (settings.progress)
+            settings.progress(done, all);
         if (watcher.hasFailed())
             measurement.end = Measurement::End::NoLine;
-        else if (isComplete(link.poller()->statistics(), stations, settings.exchanges))
+        else if (done == all)
             measurement.end = Measurement::End::Complete;
         else
             return;

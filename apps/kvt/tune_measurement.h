@@ -4,7 +4,7 @@
 
 #include "apps/kvt/line_options.h"
 
-#include <atomic>
+#include <functional>
 
 namespace kvt
 {
@@ -14,8 +14,9 @@ struct MeasurementSettings {
     LineOptions line;
     QVector<Tag> tags;
     int timeout_ms = 1000;
-    int quiet_ms = 0;           ///< silence after a failed attempt; 0: as long as the time-out
-    int exchanges = 50;         ///< with each station
+    int quiet_ms = 0;   ///< silence after a failed attempt; 0: as long as the time-out
+    int exchanges = 50; ///< with each station
+    std::function<void(int done, int all)> progress; ///< called in between; may be empty
     bool giveUpStations = true; ///< leave a station alone after three failures in a row
 };
 

@@ -1,5 +1,6 @@
 #include "apps/kvt/tune_report.h"
 
+#include "apps/kvt/common/failure_odds.h"
 #include "apps/kvt/outcome_text.h"
 #include "apps/kvt/wall_clock.h"
 #include "host/statistics_json.h"
@@ -17,6 +18,7 @@ namespace
 
 const double ACCEPTED_FAILURE_RATE = 1e-6;
 const int MOST_RETRIES = 5;
+const double SIGNIFICANCE = 0.05; // what is less likely is no chance
 
 int wholeMilliseconds(double time_ns)
 {
@@ -118,6 +120,30 @@ QString trialsText(const TuneReport &report)
     return text;
 }
 
+FailureCount countOf(const TuneTrial &trial)
+{
+    return {trial.failures, trial.attempts};
+}
+
+// Of the trials from `least_ms` on the one with the lowest rate, or the shortest whose failures may
+// be as few but for chance. Null when there is none that succeeded at all.
+const TuneTrial *shortestOfTheBest(const QVector<TuneTrial> &trials, int least_ms)
+{
+    QVector<const TuneTrial *> fit;
+    for (const TuneTrial &trial : trials)
+        if (trial.timeout_ms >= least_ms && trial.failures < trial.attempts)
+            fit.append(&trial);
+    if (fit.isEmpty())
+        return nullptr;
+    const TuneTrial *best =
+        *std::min_element(fit.begin(), fit.end(), [](const TuneTrial *one, const TuneTrial *other) {
+            return one->errorRate() < other->errorRate();
+        });
+    return *std::find_if(fit.begin(), fit.end(), [best](const TuneTrial *trial) {
+        return chanceOfExcess(countOf(*trial), countOf(*best)) >= SIGNIFICANCE;
+    });
+}
+
 } // namespace
 
 double TuneTrial::errorRate() const
@@ -149,14 +175,10 @@ void recommend(TuneReport *report)
     if (slowest_ns == 0 || !report->complete)
         return;
     report->timeout_ms = wholeMilliseconds(withMargin(slowest_ns, report->margin_percent));
-    double rate = 1;
-    for (const TuneTrial &trial : report->trials) {
-        if (trial.timeout_ms < report->timeout_ms || trial.attempts == 0 ||
-            trial.errorRate() >= rate)
-            continue;
-        rate = trial.errorRate();
-        report->timeout_ms = trial.timeout_ms;
-    }
+    const TuneTrial *chosen = shortestOfTheBest(report->trials, report->timeout_ms);
+    const double rate = chosen != nullptr ? chosen->errorRate() : 1;
+    if (chosen != nullptr)
+        report->timeout_ms = chosen->timeout_ms;
     report->retries = 1;
     while (report->retries < MOST_RETRIES &&
            std::pow(rate, report->retries + 1) > ACCEPTED_FAILURE_RATE)

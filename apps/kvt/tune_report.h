@@ -39,9 +39,10 @@ qint64 slowestReply_ns(const Statistics &statistics);
 /// The last but one is the slowest reply with the margin.
 QVector<int> timeoutsToTry_ms(qint64 slowestReply_ns, int margin_percent);
 
-/// Fills in what is recommended: the slowest reply with the margin, or the shortest trial above it
-/// if that one had fewer failures; and as many retries as make a final failure rarer than one in a
-/// million at the error rate of that trial, 1 to 5. Nothing follows from part of a measurement.
+/// Fills in what is recommended: of the trials from the slowest reply with the margin on, the
+/// shortest that did not fail more often than the best of them by more than chance; and as many
+/// retries as make a final failure rarer than one in a million at the error rate of that trial, 1
+/// to 5. Nothing follows from part of a measurement.
 void recommend(TuneReport *report);
 
 QString tuneText(const TuneReport &report);

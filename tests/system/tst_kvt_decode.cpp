@@ -3,6 +3,7 @@
 
 #include <QJsonArray>
 #include <QTemporaryDir>
+#include <QTemporaryFile>
 #include <QtTest>
 
 class TestKvtDecode : public QObject
@@ -16,6 +17,9 @@ private Q_SLOTS:
     void aRequestNamesItsTags();
     void framesAreReadFromStandardInput();
     void standardInputWithoutFramesIsAnError();
+    void exchangesOfATraceAreChosen_data();
+    void exchangesOfATraceAreChosen();
+    void slipsOfTheHandAreRecognized();
     void badInputOfDecodeIsNamedInOneLine_data();
     void badInputOfDecodeIsNamedInOneLine();
 
@@ -142,10 +146,86 @@ void TestKvtDecode::standardInputWithoutFramesIsAnError()
              QByteArray("kvt: decode: there is no frame on standard input\n"));
 }
 
+void TestKvtDecode::exchangesOfATraceAreChosen_data()
+{
+    QTest::addColumn<QString>("options");
+    QTest::addColumn<QString>("exchanges"); // that are shown
+    QTest::newRow("all") << ""
+                         << "0 1 2 3";
+    QTest::newRow("a station") << "--station 2"
+                               << "2";
+    QTest::newRow("no such station") << "--station 3"
+                                     << "";
+    QTest::newRow("failures") << "--failures"
+                              << "2 3";
+    QTest::newRow("failures of a station") << "--failures --station 1"
+                                           << "3";
+    QTest::newRow("one") << "--exchanges 2"
+                         << "2";
+    QTest::newRow("from one on") << "--exchanges 2-"
+                                 << "2 3";
+    QTest::newRow("some") << "--exchanges 1-2"
+                          << "1 2";
+}
+
+// The third exchange succeeds at its second attempt.
+void TestKvtDecode::exchangesOfATraceAreChosen()
+{
+    QFETCH(QString, options);
+    QFETCH(QString, exchanges);
+    QTemporaryFile file;
+    QVERIFY(file.open());
+    file.write("kvt-trace 1 2026-11-21T14:00:00Z\n"
+               "0.000001 line up\n"
+               "0.100001 ask 053031303532380D 8\n0.100002 tx 053031303532380D\n"
+               "0.100003 rx 063031303743310D\n0.100004 judge 063031303743310D 1 1 1 164 -1\n"
+               "0.100005 end replied 1\n"
+               "0.200001 ask 053032303532380D 8\n0.200002 tx 053032303532380D\n"
+               "0.300004 judge - 41 1 2 164 -1\n0.300005 end noreply 1\n"
+               "0.400001 ask 053031303532380D 8\n0.400002 tx 053031303532380D\n"
+               "0.400004 judge - 0 1 1 164 -1\n0.400005 end brokenoff 1\n"
+               "0.500001 ask 053031303532380D 8\n0.500002 tx 053031303532380D\n"
+               "0.500004 judge 063031303743310D 1 1 1 164 -1\n0.500005 end replied 2\n");
+    file.close();
+    KvtProcess kvt;
+    QCOMPARE(kvt.run(QStringList{QStringLiteral("decode"), file.fileName()} +
+                     options.split(QLatin1Char(' '), Qt::SkipEmptyParts)),
+             0);
+    const QString text = QString::fromUtf8(kvt.output());
+    QStringList shown;
+    for (const QString &line : text.split(QLatin1Char('\n'), Qt::SkipEmptyParts))
+        shown.append(line.simplified().section(QLatin1Char(' '), 1, 1));
+    shown.removeDuplicates();
+    QCOMPARE(shown.join(QLatin1Char(' ')), exchanges);
+    QCOMPARE(text.contains(QLatin1String("attempt 1 ended: nothing had come when the time-out was "
+                                         "over")),
+             exchanges.contains(QLatin1Char('2')));
+    QCOMPARE(text.contains(QLatin1String("attempt 1 ended: the reply began and did not go on")),
+             exchanges.contains(QLatin1Char('3')));
+}
+
+void TestKvtDecode::slipsOfTheHandAreRecognized()
+{
+    QCOMPARE(faultAtBadInput({QStringLiteral("sacn")}, QStringLiteral("is \"scan\" meant?")),
+             QString());
+    QCOMPARE(
+        faultAtBadInput({QStringLiteral("decode"), QStringLiteral("--staton"), QStringLiteral("1")},
+                        QStringLiteral("is \"--station\" meant?")),
+        QString());
+}
+
 void TestKvtDecode::badInputOfDecodeIsNamedInOneLine_data()
 {
     QTest::addColumn<QStringList>("words");
     QTest::addColumn<QString>("named");
+    QTest::newRow("no range") << QStringList{"--exchanges", "5-2", KVT_PROGRAM}
+                              << QString("--exchanges");
+    QTest::newRow("no number") << QStringList{"--exchanges", "0", KVT_PROGRAM}
+                               << QString("--exchanges");
+    QTest::newRow("no station") << QStringList{"--station", "256", KVT_PROGRAM}
+                                << QString("--station");
+    QTest::newRow("no trace to choose from")
+        << QStringList{"--failures", "05"} << QString("\"05\"");
     QTest::newRow("nothing") << QStringList() << QString("decode");
     QTest::newRow("no digits") << QStringList{"0G"} << QString("\"0G\"");
     QTest::newRow("half a byte") << QStringList{"05303"} << QString("\"05303\": half a byte");

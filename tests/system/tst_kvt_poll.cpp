@@ -72,6 +72,9 @@ private Q_SLOTS:
     void faultsAreCounted();
     void refusalsAreCountedAsSuch();
     void useIsToldOfALineThatHasALimit();
+    void oneCycleReadsEveryTagOnce();
+    void anEchoIsNamedOnce();
+    void aSecondProgramOnAServerIsSuspected();
     void aLineThatCannotBeOpenedIsAnErrorOfItsOwn();
     void aPortInUseIsRefusedToASecondProgram();
     void aLineThatBreaksIsWaitedFor();
@@ -265,6 +268,50 @@ void TestKvtPoll::useIsToldOfALineThatHasALimit()
     KvtProcess limited;
     QCOMPARE(limited.run(pollArguments(tcp, "--cycles 3 --baud 115200")), 0);
     QVERIFY(limited.output().contains("\nline in use: "));
+}
+
+// Five tags, none of which shares a request with another.
+void TestKvtPoll::oneCycleReadsEveryTagOnce()
+{
+    SimulatedLine line(SimulatedLine::Kind::Pty);
+    KvtProcess kvt;
+    QCOMPARE(kvt.run(pollArguments(line, "--cycles 1 --timeout 1000 --json")), 0);
+    QCOMPARE(totalOf(objects(&kvt).last()).value(QStringLiteral("attempts")).toInt(), 5);
+    line.plc().interrupt();
+    QCOMPARE(line.plc().finish(), 0);
+    const QByteArray output = line.plc().output();
+    QVERIFY2(output.contains("reads 5,"), output);
+}
+
+void TestKvtPoll::anEchoIsNamedOnce()
+{
+    const SimulatedLine line(SimulatedLine::Kind::Pty,
+                             {QStringLiteral("--faults"), QStringLiteral("echo=100%")});
+    const QByteArray echo = "the line sends back what is sent on it";
+    KvtProcess poll;
+    QCOMPARE(poll.run(pollArguments(line, "--cycles 20 --interval 20")), 0);
+    QCOMPARE(poll.errors().count(echo), 1);
+    KvtProcess read;
+    QCOMPARE(read.run(line.arguments(QStringLiteral("read D 5.2.1"))), 0);
+    QCOMPARE(read.errors().count(echo), 1);
+}
+
+// The server lets each in by hanging up on the other.
+void TestKvtPoll::aSecondProgramOnAServerIsSuspected()
+{
+    const SimulatedLine line(SimulatedLine::Kind::Tcp);
+    KvtProcess first;
+    first.start(pollArguments(line, "--json --timeout 1000"));
+    KvtProcess second;
+    second.start(pollArguments(line, "--seconds 3 --timeout 1000"));
+    QVERIFY(second.finish() >= 0);
+    const QByteArray errors = second.errors();
+    QVERIFY2(errors.contains("somebody else is probably connected to it"), errors);
+    first.interrupt();
+    QVERIFY(first.finish() >= 0);
+    KvtProcess alone;
+    QCOMPARE(alone.run(pollArguments(line, "--cycles 3 --timeout 1000")), 0);
+    QCOMPARE(alone.errors(), QByteArray());
 }
 
 void TestKvtPoll::aLineThatCannotBeOpenedIsAnErrorOfItsOwn()

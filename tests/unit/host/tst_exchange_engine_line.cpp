@@ -22,6 +22,8 @@ class TestExchangeEngineLine : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
+    void theFirstSilenceDoesNotFollowALongTimeOut();
+    void theFirstSilenceFollowsAShortTimeOut();
     void nothingHappensBeforeTheLineIsUp();
     void theLineIsListenedToBeforeTheFirstRequest();
     void aRequestInFlightIsSentAgainAndNothingFails();
@@ -54,6 +56,35 @@ void TestExchangeEngineLine::theLineIsListenedToBeforeTheFirstRequest()
     QCOMPARE(bench.left_ms(), 50);
     bench.passDeadline();
     QCOMPARE(bench.take(), FIRST_REQUEST);
+}
+
+// What a user sets for a slow station is no reason to keep all others waiting at the start; after
+// a break the own request may still be answered as late as that.
+void TestExchangeEngineLine::theFirstSilenceDoesNotFollowALongTimeOut()
+{
+    EngineBench bench(TWO_WORDS);
+    bench.settings.defaultTiming.replyTimeout_ns = 3000 * EngineBench::MS;
+    bench.makeEngine();
+    bench.engine->lineUp(0);
+    QCOMPARE(bench.left_ms(), 50);
+    bench.passDeadline();
+    bench.send();
+    bench.engine->lineDown(bench.now_ns);
+    bench.engine->lineUp(bench.now_ns);
+    QCOMPARE(bench.left_ms(), 3000);
+}
+
+void TestExchangeEngineLine::theFirstSilenceFollowsAShortTimeOut()
+{
+    EngineBench bench(TWO_WORDS);
+    bench.settings.defaultTiming.replyTimeout_ns = 20 * EngineBench::MS;
+    bench.makeEngine();
+    bench.engine->lineUp(0);
+    QCOMPARE(bench.left_ms(), 20);
+    bench.settings.defaultTiming.quietTime_ns = 400 * EngineBench::MS;
+    bench.makeEngine();
+    bench.engine->lineUp(0);
+    QCOMPARE(bench.left_ms(), 400);
 }
 
 void TestExchangeEngineLine::aRequestInFlightIsSentAgainAndNothingFails()

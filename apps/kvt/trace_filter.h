@@ -1,0 +1,49 @@
+// Which exchanges of a trace are shown.
+#ifndef KVT_APPS_KVT_TRACE_FILTER_H
+#define KVT_APPS_KVT_TRACE_FILTER_H
+
+#include "host/trace_reader.h"
+
+#include <QString>
+
+#include <limits>
+
+namespace kvt
+{
+
+/// What is asked for; as it is, everything.
+struct TraceSelection {
+    int station = -1;      ///< -1: any
+    bool failures = false; ///< only exchanges with an attempt that failed
+    int first = 0;         ///< numbers of exchanges; 0 is what comes before the first
+    int last = std::numeric_limits<int>::max();
+
+    bool isAll() const { return station < 0 && !failures && first == 0; }
+};
+
+/// Keeps the text of an exchange until it is known whether it is asked for.
+class TraceFilter
+{
+public:
+    explicit TraceFilter(const TraceSelection &selection) : selection_(selection) {}
+
+    /// Takes the next record with its text, which may be empty. Returns the text that can be
+    /// shown now.
+    QString take(const TraceRecord &record, const QString &text);
+
+    /// Returns what is left at the end of the trace.
+    QString finish();
+
+private:
+    void note(const TraceRecord &record);
+
+    TraceSelection selection_;
+    int exchange_ = 0;
+    int station_ = -1;
+    bool hasFailed_ = false;
+    QString text_;
+};
+
+} // namespace kvt
+
+#endif
