@@ -45,6 +45,9 @@ class PtyEnd:
         except BlockingIOError:
             pass  # nobody reads: as on a wire, it is gone
 
+    def hang_up(self):
+        """A cable has nothing to close."""
+
     def close(self):
         if self._link and os.path.islink(self._link):
             os.unlink(self._link)
@@ -68,7 +71,7 @@ class TcpEnd:
 
     def ready(self, which):
         if which is self._listener:
-            self._drop()
+            self.hang_up()
             self._connection = self._listener.accept()[0]
             self._connection.setblocking(False)
             self._connection.setsockopt(socket.IPPROTO_TCP, socket.TCP_NODELAY, 1)
@@ -80,7 +83,7 @@ class TcpEnd:
         except OSError:
             data = b""
         if not data:
-            self._drop()
+            self.hang_up()
         return data
 
     def write(self, data):
@@ -90,15 +93,15 @@ class TcpEnd:
             except BlockingIOError:
                 pass
             except OSError:
-                self._drop()
+                self.hang_up()
 
-    def _drop(self):
+    def hang_up(self):
         if self._connection:
             self._connection.close()
         self._connection = None
 
     def close(self):
-        self._drop()
+        self.hang_up()
         self._listener.close()
 
 
@@ -143,7 +146,11 @@ class Server(threading.Thread):
     def _send_due(self):
         now = time.monotonic()
         while self._pending and self._pending[0][0] <= now:
-            self.end.write(heapq.heappop(self._pending)[2])
+            data = heapq.heappop(self._pending)[2]
+            if data is None:
+                self.end.hang_up()
+            else:
+                self.end.write(data)
 
     def stop(self):
         os.write(self._stopper, b"x")

@@ -10,6 +10,7 @@ A spoiled reply is written as a script: words parted by blanks, carried out from
     @30          30 ms later                  @1.5T  1.5 of the master's time-outs later
     G5           from here on byte by byte, with 5 ms before each
     E2:R         that, again and again for 2 s
+    X            the connection is closed (on TCP); what follows meets the next one
 
 An empty script loses the reply.
 """
@@ -101,7 +102,7 @@ STREAM_STEP = 0.002  # seconds between the pieces of an endless stream
 
 
 def play(script, context):
-    """The pieces of the reply, as (seconds from now, bytes), in their order."""
+    """The pieces of the reply, as (seconds from now, bytes), in their order; None hangs up."""
     now, gap, pieces = 0.0, 0.0, []
     for word in script.split():
         if word.startswith("@"):
@@ -115,13 +116,15 @@ def play(script, context):
             while now < end:
                 pieces.append((now, data))
                 now += STREAM_STEP
+        elif word == "X":
+            pieces.append((now, None))
         elif gap:
             for byte in _bytes_of(word, context):
                 now += gap
                 pieces.append((now, bytes([byte])))
         else:
             pieces.append((now, _bytes_of(word, context)))
-    return [piece for piece in pieces if piece[1]]
+    return [piece for piece in pieces if piece[1] != b""]
 
 
 class Rule:

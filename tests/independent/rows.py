@@ -131,6 +131,12 @@ STREAMS = [
     _poll("endless CR", "E9:0D", "60"),
     _poll("endless echo", "E9:Q", "60"),
 ]
+BROKEN = [
+    _poll("connection closed", "X", "1/50", least=20),
+    _poll("connection closed within a reply", "R[0:4] X", "1/50", least=20),
+    _poll("connection closed, the reply 120 ms later", "X @120 R", "1/50"),
+    _poll("connection closed, the reply 150 ms later", "X @150 R", "1/50"),
+]
 SHIFTED = [
     _poll("each answers the one before", "P", "all"),
     _poll("each answers the one before, alike", "P", "all", tags="alike",
@@ -151,6 +157,9 @@ READS = [
     _read("read: 15 0D ahead of the 2nd", "15 0D R", "2"),
     _read("read: 15 0D ahead of all", "15 0D R"),
     _read("read: 2nd twice, 1 ms between", "R @1 R", "2"),
+    _read("read: last twice, 50 ms between", "R @50 R", "12"),
+    _read("read: last twice, 90 ms between", "R @90 R", "12"),
+    _read("read: last lost, 3 late", "@3T R", "12-14"),
     _read("read: each answers the one before", "P"),
 ]
 WRITES = [
@@ -175,7 +184,7 @@ WRITES = [
     _write("write: 00FF55 ahead", "00FF55 R"),
 ]
 ALL = (WELL_BEHAVED + LOST_AND_LATE + CUT + DOUBLED + FOREIGN + NOISE + DIGITS + REFUSALS +
-       STREAMS + SHIFTED + READS + WRITES)
+       STREAMS + BROKEN + SHIFTED + READS + WRITES)
 
 # The rows that the tests insist on; one that a change mends is added here.
 MUST_BE_ZERO = [

@@ -61,6 +61,7 @@ class Scripts(unittest.TestCase):
         self.assertEqual(self.play("G5 1506"), [(0.005, b"\x15"), (0.01, b"\x06")])
         self.assertEqual(len(self.play("E1:31")), 500)
         self.assertEqual(self.play(""), [])
+        self.assertEqual(self.play("X @30 15"), [(0, None), (0.03, b"\x15")])
 
     def test_when(self):
         plan = misbehaviour.Plan([misbehaviour.Rule("15", "2"), misbehaviour.Rule("", "1/3")])
