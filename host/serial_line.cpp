@@ -51,6 +51,16 @@ void setCharacterFormat(termios *mode, const SerialSettings &settings)
         mode->c_cflag |= CSTOPB;
 }
 
+// The setting of a mode succeeds when any part of it does.
+bool hasFormat(int descriptor, const termios &wanted)
+{
+    termios mode = {};
+    if (tcgetattr(descriptor, &mode) != 0)
+        return false;
+    errno = EINVAL;
+    return ((mode.c_cflag ^ wanted.c_cflag) & (CSIZE | PARENB)) == 0;
+}
+
 bool configure(int descriptor, const SerialSettings &settings)
 {
     termios mode = {};
@@ -66,7 +76,7 @@ bool configure(int descriptor, const SerialSettings &settings)
     const speed_t speed = speedOf(settings.baud);
     if (cfsetispeed(&mode, speed) != 0 || cfsetospeed(&mode, speed) != 0)
         return false;
-    if (tcsetattr(descriptor, TCSANOW, &mode) != 0)
+    if (tcsetattr(descriptor, TCSANOW, &mode) != 0 || !hasFormat(descriptor, mode))
         return false;
     return tcflush(descriptor, TCIOFLUSH) == 0;
 }
@@ -109,6 +119,8 @@ QString openingError()
     case EBUSY:
     case EWOULDBLOCK:
         return QStringLiteral("in use by another program");
+    case EINVAL:
+        return QStringLiteral("the port does not have this speed or format");
     default:
         return systemError();
     }

@@ -3,6 +3,7 @@
 #include "apps/kvt/console.h"
 #include "apps/kvt/enquiry.h"
 #include "apps/kvt/exit_codes.h"
+#include "apps/kvt/line_search.h"
 #include "apps/kvt/options.h"
 #include "apps/kvt/outcome_text.h"
 #include "apps/kvt/progress_bar.h"
@@ -24,6 +25,7 @@ struct ScanOptions {
     Tag probe; // what each station is asked for
     int first = 1;
     int last = 32;
+    QVector<SerialSettings> search; // speeds and formats to try first; empty: as `line` says
 };
 
 QVector<Tag> probes(const ScanOptions &options)
@@ -72,6 +74,33 @@ void printSummary(int answers, int asked, int wanted, bool json)
                      .arg(asked)
                      .arg(wanted - asked));
     }
+}
+
+// Finds out speed and format. EXIT_GOOD if they are known then.
+int find(ScanOptions *options)
+{
+    int exitCode = EXIT_GOOD;
+    int tried = 0;
+    switch (searchLine(options->search, probes(*options), &options->line, &tried, &exitCode)) {
+    case SearchEnd::Stopped:
+        return exitCode;
+    case SearchEnd::NothingAnswers:
+        printError(
+            QStringLiteral("no station answers at any of the %1 settings that the port takes")
+                .arg(tried));
+        return EXIT_NO_ANSWER;
+    case SearchEnd::Found:
+        break;
+    }
+    const SerialSettings &serial = options->line.serial;
+    if (options->line.json)
+        printOut(jsonLine({{QStringLiteral("baud"), serial.baud},
+                           {QStringLiteral("format"), formatName(serial)}}));
+    else
+        printOut(QStringLiteral("found: --baud %1 --format %2\n")
+                     .arg(serial.baud)
+                     .arg(formatName(serial)));
+    return EXIT_GOOD;
 }
 
 int scan(const ScanOptions &options)
@@ -144,7 +173,24 @@ void addOptions(QCommandLineParser *parser)
                                       "will do: it answers all the same (default: 0.0.0, in area C "
                                       "0.0.0.0)."),
                        QStringLiteral("ADDRESS")});
+    parser->addOption({QStringLiteral("find"),
+                       QStringLiteral("First find out speed and format of a serial line: try all "
+                                      "usual ones, or those left open by --baud or --format, until "
+                                      "a station answers.")});
     addLineOptions(parser, 0);
+}
+
+bool readSearch(const QCommandLineParser &parser, ScanOptions *options)
+{
+    if (!parser.isSet(QStringLiteral("find")))
+        return true;
+    if (options->line.isTcp)
+        printError(QStringLiteral("--find does not go with --tcp: speed and format are the "
+                                  "device server's"));
+    else
+        options->search = settingsToTry(options->line.serial, parser.isSet(QStringLiteral("baud")),
+                                        parser.isSet(QStringLiteral("format")));
+    return !options->line.isTcp;
 }
 
 } // namespace
@@ -162,8 +208,13 @@ int runScan(const QStringList &arguments)
     ScanOptions options;
     if (!noArguments(parser, QStringLiteral("scan")) ||
         !readRange(parser.value(QStringLiteral("stations")), &options) ||
-        !readProbe(parser, &options.probe) || !readLineOptions(parser, &options.line))
+        !readProbe(parser, &options.probe) || !readLineOptions(parser, &options.line) ||
+        !readSearch(parser, &options))
         return EXIT_USAGE;
+    if (!options.search.isEmpty())
+        exitCode = find(&options);
+    if (exitCode != EXIT_GOOD)
+        return exitCode;
     return scan(options);
 }
 

@@ -1,5 +1,6 @@
 #include "apps/kvt/plan_report.h"
 
+#include "apps/kvt/line_search.h"
 #include "apps/kvt/outcome_text.h"
 
 #include <QJsonArray>
@@ -9,15 +10,6 @@ namespace kvt
 
 namespace
 {
-
-QString formatText(const SerialSettings &serial)
-{
-    const char parity[] = {'N', 'E', 'O'};
-    return QStringLiteral("%1%2%3")
-        .arg(serial.dataBits)
-        .arg(QLatin1Char(parity[static_cast<int>(serial.parity)]))
-        .arg(serial.stopBits);
-}
 
 // The lowest speed at which the scan is fast enough; 0 when none is.
 int sufficientSpeed(const PlanReport &report)
@@ -102,7 +94,7 @@ QJsonObject summaryToJson(const PlanReport &report)
 {
     QJsonObject object{
         {QStringLiteral("baud"), report.serial.baud},
-        {QStringLiteral("format"), formatText(report.serial)},
+        {QStringLiteral("format"), formatName(report.serial)},
         {QStringLiteral("reads"), report.plan.reads},
         {QStringLiteral("scan_bytes"), report.plan.bytes},
         {QStringLiteral("scan_ms"), millisecondsOf(report.plan.scan_ns)},
@@ -128,7 +120,7 @@ QString planText(const PlanReport &report)
     return QStringLiteral("%1 %2: %3 requests, %4 bytes, turnaround %5, %6 of host and interface "
                           "each\nscan: %7\n")
                .arg(report.serial.baud)
-               .arg(formatText(report.serial))
+               .arg(formatName(report.serial))
                .arg(report.plan.reads)
                .arg(report.plan.bytes)
                .arg(timeText(report.settings.turnaround_ns), timeText(report.settings.overhead_ns),

@@ -1,9 +1,74 @@
 // kvt scan against kvt sim, on a pseudo-terminal and over TCP.
+#include "simulator/pty_port.h"
 #include "tests/support/simulated_line.h"
 
 #include <QtTest>
 
+#include <atomic>
+#include <poll.h>
+#include <termios.h>
+#include <thread>
+#include <unistd.h>
+
 Q_DECLARE_METATYPE(SimulatedLine::Kind)
+
+namespace
+{
+
+// A pseudo-terminal whose station 3 hears only what is sent at one speed; it sees the speed that
+// the other end has set. (Parity it cannot see: the system keeps none for a pseudo-terminal.)
+class FixedSpeedStation
+{
+public:
+    explicit FixedSpeedStation(speed_t speed) : speed_(speed)
+    {
+        QString error;
+        if (port_.open(&error))
+            thread_ = std::thread([this] { answer(); });
+    }
+    ~FixedSpeedStation()
+    {
+        stopping_ = true;
+        if (thread_.joinable())
+            thread_.join();
+    }
+
+    QString name() const { return port_.name(); }
+
+private:
+    void answer()
+    {
+        pollfd input = {port_.dataFd(), POLLIN, 0};
+        while (!stopping_) {
+            char bytes[64];
+            termios mode = {};
+            if (::poll(&input, 1, 20) != 1)
+                continue;
+            const ssize_t count = ::read(input.fd, bytes, sizeof bytes);
+            const bool asked = count == 8 && QByteArray(bytes, 3) == QByteArray::fromHex("053033");
+            if (asked && tcgetattr(input.fd, &mode) == 0 && cfgetospeed(&mode) == speed_)
+                (void)!::write(input.fd,
+                               "\x06"
+                               "030000\r",
+                               8);
+        }
+    }
+
+    speed_t speed_;
+    kvt::PtyPort port_;
+    std::atomic<bool> stopping_{false};
+    std::thread thread_;
+};
+
+QStringList findArguments(const QString &port, const QByteArray &more)
+{
+    return QStringList{QStringLiteral("scan"),      QStringLiteral("--find"),
+                       QStringLiteral("--serial"),  port,
+                       QStringLiteral("--timeout"), QStringLiteral("50")} +
+           QString::fromLatin1(more).split(QLatin1Char(' '), Qt::SkipEmptyParts);
+}
+
+} // namespace
 
 class TestKvtScan : public QObject
 {
@@ -18,6 +83,10 @@ private Q_SLOTS:
     void noAnswerAtAllIsAFailure();
     void ctrlCEndsWithTheSummary();
     void aLineThatCannotBeOpenedIsAnErrorOfItsOwn();
+    void speedAndFormatAreFound_data();
+    void speedAndFormatAreFound();
+    void aFormatThatThePortLacksIsAnError();
+    void nobodyIsFoundWhereNobodyAnswers();
     void badInputIsNamedInOneLine_data();
     void badInputIsNamedInOneLine();
 };
@@ -135,9 +204,60 @@ void TestKvtScan::aLineThatCannotBeOpenedIsAnErrorOfItsOwn()
     QCOMPARE(kvt.errors(), QByteArray("kvt: /nowhere/plc: No such file or directory\n"));
 }
 
+void TestKvtScan::speedAndFormatAreFound_data()
+{
+    QTest::addColumn<QByteArray>("options");
+    QTest::addColumn<QByteArray>("found");
+    QTest::newRow("both") << QByteArray("--stations 3") << QByteArray("--baud 38400 --format 8N1");
+    QTest::newRow("speed") << QByteArray("--stations 2-4 --format 8N2")
+                           << QByteArray("--baud 38400 --format 8N2");
+    QTest::newRow("format") << QByteArray("--stations 3 --baud 38400")
+                            << QByteArray("--baud 38400 --format 8N1");
+}
+
+void TestKvtScan::speedAndFormatAreFound()
+{
+    QFETCH(QByteArray, options);
+    QFETCH(QByteArray, found);
+    const FixedSpeedStation station(B38400);
+    KvtProcess kvt;
+    QCOMPARE(kvt.run(findArguments(station.name(), options)), 0);
+    QCOMPARE(kvt.readLine(), "found: " + found);
+    QVERIFY(kvt.readLine().startsWith("station 3 answers, "));
+    KvtProcess json;
+    QCOMPARE(json.run(findArguments(station.name(), options + " --json")), 0);
+    const QJsonObject object = json.readObject();
+    QCOMPARE(object.value(QStringLiteral("baud")).toInt(), 38400);
+    QVERIFY(found.endsWith(object.value(QStringLiteral("format")).toString().toLatin1()));
+}
+
+void TestKvtScan::aFormatThatThePortLacksIsAnError()
+{
+    const FixedSpeedStation station(B38400);
+    KvtProcess kvt;
+    QCOMPARE(kvt.run({QStringLiteral("scan"), QStringLiteral("--serial"), station.name(),
+                      QStringLiteral("--baud"), QStringLiteral("38400"), QStringLiteral("--format"),
+                      QStringLiteral("7E1")}),
+             3);
+    const QByteArray errors = kvt.errors();
+    QVERIFY2(errors.endsWith(": the port does not have this speed or format\n"), errors);
+}
+
+// 8N1 and 8N2, at eight speeds: a pseudo-terminal has no other formats.
+void TestKvtScan::nobodyIsFoundWhereNobodyAnswers()
+{
+    const FixedSpeedStation station(B600);
+    KvtProcess kvt;
+    QCOMPARE(kvt.run(findArguments(station.name(), "--stations 3")), 1);
+    QCOMPARE(kvt.errors(),
+             QByteArray("kvt: no station answers at any of the 16 settings that the port takes\n"));
+    QCOMPARE(kvt.output(), QByteArray());
+}
+
 void TestKvtScan::badInputIsNamedInOneLine_data()
 {
     QTest::addColumn<QString>("named");
+    QTest::newRow("scan --find --tcp 127.0.0.1:1") << QString("--find");
     QTest::newRow("scan") << "--serial";
     QTest::newRow("scan --serial x --stations 5-1") << "--stations";
     QTest::newRow("scan --serial x --stations 1-256") << "--stations";
