@@ -1,7 +1,7 @@
 // SetRegisterData and the store behind it; reading is in tst_host_reads.cpp.
 #include "cache/host_data.h"
 
-#include "tests/support/driver_fixture.h"
+#include "tests/support/driver_test.h"
 #include "tests/support/lock_watch.h"
 #include "tests/support/record_text.h"
 #include "tests/support/row_names.h"
@@ -13,8 +13,8 @@
 namespace
 {
 
-const int LOWEST = std::numeric_limits<int>::min();
-const int HIGHEST = std::numeric_limits<int>::max();
+constexpr int LOWEST = std::numeric_limits<int>::min();
+constexpr int HIGHEST = std::numeric_limits<int>::max();
 
 QStringList cached()
 {
@@ -40,26 +40,11 @@ int set(int kind, const char *text, const QByteArray &value, int count = 1)
 
 } // namespace
 
-class tst_host_data : public QObject
+class TestHostData : public DriverTest
 {
     Q_OBJECT
 
 private Q_SLOTS:
-    void init()
-    {
-        resetDriver(m_info);
-        fillWords(m_info); // purgeByStation is not 0, hostWriteMode is not 2
-    }
-    void cleanup()
-    {
-        QVERIFY(isFree(PLC_driver.listMutex));
-        QVERIFY(isFree(PLC_driver.areaMutex));
-        QVERIFY(isFree(PLC_driver.stationMutex));
-        QCOMPARE(PLC_driver.pendingFrames.size(), 0);
-        QCOMPARE(PLC_driver.readList.size(), 0);
-        QCOMPARE(PLC_driver.onceReadList.size(), 0);
-    }
-
     void cachedValuesDoNotStandInTheHostsMemory()
     {
         char memory[] = {0x34, 0x12};
@@ -163,12 +148,12 @@ private Q_SLOTS:
     void aHostWriteIsCachedUnlessItIsToBeSent()
     {
         QFETCH(int, mode);
-        m_info.hostWriteMode = mode;
-        const QByteArray words = wordsOf(m_info);
+        info_.hostWriteMode = mode;
+        const QByteArray words = wordsOf(info_);
         QCOMPARE(set(1, "1.2.3", bytes("34 12")), 1);
         QCOMPARE(cached(), QStringList("4/1/39=3412"));
         QCOMPARE(PLC_driver.writeList.size(), 0);
-        QCOMPARE(wordsOf(m_info), words);
+        QCOMPARE(wordsOf(info_), words);
     }
 
     void aCachedWriteStoresEveryElement()
@@ -213,7 +198,7 @@ private Q_SLOTS:
         QFETCH(int, mode);
         QFETCH(int, kind);
         QFETCH(QByteArray, text);
-        m_info.hostWriteMode = mode;
+        info_.hostWriteMode = mode;
         const AllLocksHeld held;
         QCOMPARE(set(kind, text.constData(), bytes("01 00")), 0);
         QCOMPARE(cached(), QStringList());
@@ -229,19 +214,19 @@ private Q_SLOTS:
 
     void theDefaultStationIsTakenWhilePurgeIsNotByStation()
     {
-        m_info.purgeByStation = 0;
-        m_info.defaultStation = 17;
+        info_.purgeByStation = 0;
+        info_.defaultStation = 17;
         QCOMPARE(set(1, "1.2.3", bytes("34 12")), 1);
         QCOMPARE(cached(), QStringList("17/1/39=3412"));
-        m_info.hostWriteMode = 2;
+        info_.hostWriteMode = 2;
         QCOMPARE(set(1, "1.2.3", bytes("34 12")), 1);
         QCOMPARE(PLC_driver.writeList.first().station, 17);
     }
 
     void aSentWriteIsQueuedAndNotCached()
     {
-        m_info.hostWriteMode = 2;
-        const QByteArray words = wordsOf(m_info);
+        info_.hostWriteMode = 2;
+        const QByteArray words = wordsOf(info_);
         QCOMPARE(set(1, "1.2.3", bytes("34 12")), 1);
 
         RW_VAR expected;
@@ -259,7 +244,7 @@ private Q_SLOTS:
         expected.data = bytes("34 12");
         QCOMPARE(recordTexts(PLC_driver.writeList), QStringList(recordText(expected)));
         QCOMPARE(cached(), QStringList());
-        QCOMPARE(wordsOf(m_info), words);
+        QCOMPARE(wordsOf(info_), words);
     }
 
     void aSentWriteCarriesOneElement_data()
@@ -286,7 +271,7 @@ private Q_SLOTS:
         QFETCH(int, count);
         QFETCH(QByteArray, value);
         QFETCH(QByteArray, data);
-        m_info.hostWriteMode = 2;
+        info_.hostWriteMode = 2;
         QCOMPARE(set(kind, "1.2.3", value, count), 1);
         QCOMPARE(PLC_driver.writeList.size(), 1);
         QCOMPARE(PLC_driver.writeList.first().count, 1);
@@ -296,7 +281,7 @@ private Q_SLOTS:
 
     void kindsThatCannotBeSentAreRefused()
     {
-        m_info.hostWriteMode = 2;
+        info_.hostWriteMode = 2;
         QCOMPARE(set(2, "0.1.1.5", bytes("01 00")), 0);
         QCOMPARE(set(3, "1.2.3", bytes("01 00")), 0);
         QCOMPARE(set(-1, "1.2.3", bytes("01 00")), 0);
@@ -306,7 +291,7 @@ private Q_SLOTS:
 
     void aSentWriteAnswersTheSizeOfTheQueueAndCoalesces()
     {
-        m_info.hostWriteMode = 2;
+        info_.hostWriteMode = 2;
         QCOMPARE(set(1, "1.2.3", bytes("01 00")), 1);
         QCOMPARE(set(1, "1.2.3", bytes("02 00")), 2);
         QCOMPARE(set(1, "1.2.3", bytes("03 00")), 2);
@@ -322,9 +307,9 @@ private Q_SLOTS:
     void theValueStaysTheHosts()
     {
         QByteArray value = bytes("34 12 78");
-        m_info.hostWriteMode = 2;
+        info_.hostWriteMode = 2;
         SetRegisterData(QString(), 1, QString("0.0.1"), 4, value, 1, 0, 0);
-        m_info.hostWriteMode = 0;
+        info_.hostWriteMode = 0;
         SetRegisterData(QString(), 1, QString("0.0.1"), 4, value, 1, 0, 0);
         QCOMPARE(value, bytes("34 12 78"));
         value.fill('\xFF');
@@ -344,7 +329,7 @@ private Q_SLOTS:
 
     void aSentWriteTakesTheListMutexAlone()
     {
-        m_info.hostWriteMode = 2;
+        info_.hostWriteMode = 2;
         const auto write = [] { set(1, "0.0.1", bytes("34 12")); };
         QVERIFY(waitsFor(PLC_driver.listMutex, write));
         QCOMPARE(PLC_driver.writeList.size(), 1);
@@ -354,8 +339,18 @@ private Q_SLOTS:
     }
 
 private:
-    ComInfo m_info;
+    void prepare() override
+    {
+        fillWords(info_); // purgeByStation is not 0, hostWriteMode is not 2
+    }
+
+    void finish() override
+    {
+        QCOMPARE(PLC_driver.pendingFrames.size(), 0);
+        QCOMPARE(PLC_driver.readList.size(), 0);
+        QCOMPARE(PLC_driver.onceReadList.size(), 0);
+    }
 };
 
-QTEST_APPLESS_MAIN(tst_host_data)
+QTEST_APPLESS_MAIN(TestHostData)
 #include "tst_host_data.moc"

@@ -1,7 +1,7 @@
 // GetRegisterData, which answers from the value cache.
 #include "driver/entry_points.h"
 
-#include "tests/support/driver_fixture.h"
+#include "tests/support/driver_test.h"
 #include "tests/support/lock_watch.h"
 #include "tests/support/output_capture.h"
 #include "tests/support/record_text.h"
@@ -29,22 +29,11 @@ int get(int kind, const char *text, QByteArray &out, int count = 1, int station 
 
 } // namespace
 
-class tst_host_reads : public QObject
+class TestHostReads : public DriverTest
 {
     Q_OBJECT
 
 private Q_SLOTS:
-    void init() { resetDriver(m_info); }
-    void cleanup()
-    {
-        QVERIFY(isFree(PLC_driver.listMutex));
-        QVERIFY(isFree(PLC_driver.areaMutex));
-        QVERIFY(isFree(PLC_driver.stationMutex));
-        QCOMPARE(PLC_driver.pendingFrames.size(), 0);
-        QCOMPARE(PLC_driver.writeList.size(), 0);
-        QCOMPARE(PLC_driver.onceReadList.size(), 0);
-    }
-
     void aValueNeverStoredReadsAsZeroAndIsCachedFromThenOn()
     {
         QByteArray out;
@@ -193,9 +182,9 @@ private Q_SLOTS:
 
     void theStationIsTakenAsItIs()
     {
-        m_info.purgeByStation = 0;
-        m_info.defaultStation = 17;
-        m_info.hostWriteMode = 0;
+        info_.purgeByStation = 0;
+        info_.defaultStation = 17;
+        info_.hostWriteMode = 0;
         QByteArray value = bytes("34 12");
         QCOMPARE(SetRegisterData(QString(), 1, QString("1.2.3"), 4, value, 1, 0, 0), 1);
         QByteArray out;
@@ -210,7 +199,7 @@ private Q_SLOTS:
     {
         QByteArray words = bytes("34 12 78 56");
         QCOMPARE(SetRegisterData(QString(), 1, QString("1.2.3"), 4, words, 2, 0, 0), 1);
-        m_info.defaultStation = 0;
+        info_.defaultStation = 0;
         QByteArray out;
         QCOMPARE(get(1, "1.2.3", out, 1, 0), 1);
         QCOMPARE(out, bytes("34 12"));
@@ -268,8 +257,13 @@ private Q_SLOTS:
     }
 
 private:
-    ComInfo m_info;
+    void finish() override
+    {
+        QCOMPARE(PLC_driver.pendingFrames.size(), 0);
+        QCOMPARE(PLC_driver.writeList.size(), 0);
+        QCOMPARE(PLC_driver.onceReadList.size(), 0);
+    }
 };
 
-QTEST_APPLESS_MAIN(tst_host_reads)
+QTEST_APPLESS_MAIN(TestHostReads)
 #include "tst_host_reads.moc"

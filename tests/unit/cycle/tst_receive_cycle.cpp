@@ -1,6 +1,7 @@
 // The receive cycle: attempts, retries, further frames, and the count of a scan.
 #include "cycle/receive_cycle.h"
 #include "tests/support/driver_requests.h"
+#include "tests/support/driver_test.h"
 #include "tests/support/lock_watch.h"
 
 #include <QtTest>
@@ -29,15 +30,11 @@ int exchange()
 
 } // namespace
 
-class ReceiveCycleTest : public QObject
+class TestReceiveCycle : public DriverTest
 {
     Q_OBJECT
 
-    ComInfo info = ComInfo();
-
 private Q_SLOTS:
-    void init() { resetDriver(info); }
-
     void replyToNothingIsResultOneAndNoChange()
     {
         PLC_driver.readList.append(wordRead("r"));
@@ -46,7 +43,7 @@ private Q_SLOTS:
         PLC_driver.scanCount = 4;
         PLC_driver.reply = wordWrite("earlier");
         PLC_driver.reply.result = 41;
-        info.retryCount = 2;
+        info_.retryCount = 2;
         QByteArray reply = wordReply();
         const AllLocksHeld held;
         QVERIFY(DataCom(&reply, 8) == &PLC_driver.reply);
@@ -55,8 +52,8 @@ private Q_SLOTS:
         QCOMPARE(PLC_driver.reply.data, bytes("34 12"));
         QCOMPARE(int(PLC_driver.errorFlag), 1);
         QCOMPARE(PLC_driver.scanCount, 4);
-        QCOMPARE(info.retryCount, 2);
-        QCOMPARE(info.framesReceived, 0);
+        QCOMPARE(info_.retryCount, 2);
+        QCOMPARE(info_.framesReceived, 0);
         QVERIFY(DataCom(nullptr, 0) == &PLC_driver.reply);
     }
 
@@ -74,7 +71,7 @@ private Q_SLOTS:
         QVERIFY(outcome->data.isEmpty());
         QVERIFY(PLC_driver.pendingFrames.isEmpty());
         QCOMPARE(int(PLC_driver.errorFlag), 0);
-        QCOMPARE(info.framesReceived, 1);
+        QCOMPARE(info_.framesReceived, 1);
         QCOMPARE(PLC_driver.extendVars.first().data, bytes("AB 12"));
         QCOMPARE(reply, wordReply());
         QVERIFY(isFree(PLC_driver.listMutex));
@@ -83,8 +80,8 @@ private Q_SLOTS:
 
     void failedAttemptKeepsTheRequest()
     {
-        info.retryLimit = 1;
-        info.scanComplete = 1;
+        info_.retryLimit = 1;
+        info_.scanComplete = 1;
         PLC_driver.scanCount = 3;
         PLC_driver.readList << wordRead("a") << wordRead("b");
         PLC_driver.reply.name = "earlier";
@@ -92,12 +89,12 @@ private Q_SLOTS:
         QCOMPARE(receiveNothing(), 0);
         QCOMPARE(PLC_driver.scanCount, 0);
         QCOMPARE(int(PLC_driver.errorFlag), 1);
-        QCOMPARE(info.retryCount, 1);
-        QCOMPARE(info.scanComplete, 0);
+        QCOMPARE(info_.retryCount, 1);
+        QCOMPARE(info_.scanComplete, 0);
         QCOMPARE(PLC_driver.pendingFrames.size(), 1);
         QCOMPARE(names(PLC_driver.readList), QString("a b"));
         QCOMPARE(PLC_driver.reply.name, QString("earlier"));
-        QCOMPARE(info.framesReceived, 0);
+        QCOMPARE(info_.framesReceived, 0);
         QVERIFY(isFree(PLC_driver.listMutex));
     }
 
@@ -117,24 +114,24 @@ private Q_SLOTS:
     {
         QFETCH(int, retryLimit);
         QFETCH(int, attempts);
-        info.retryLimit = retryLimit;
+        info_.retryLimit = retryLimit;
         PLC_driver.readList.append(wordRead("r"));
         for (int attempt = 1; attempt <= attempts; ++attempt) {
             QVERIFY(ComCommunication() != nullptr);
             QCOMPARE(receiveNothing(), attempt < attempts ? 0 : 41);
-            QCOMPARE(info.retryCount, attempt < attempts ? attempt : 0);
+            QCOMPARE(info_.retryCount, attempt < attempts ? attempt : 0);
         }
         QVERIFY(PLC_driver.pendingFrames.isEmpty());
     }
 
     void anyLimitIsReachedBeforeTheCountOverflows()
     {
-        info.retryLimit = INT_MAX;
-        info.retryCount = INT_MAX - 1;
+        info_.retryLimit = INT_MAX;
+        info_.retryCount = INT_MAX - 1;
         PLC_driver.readList.append(wordRead("r"));
         ComCommunication();
         QCOMPARE(receiveNothing(), 0);
-        QCOMPARE(info.retryCount, INT_MAX);
+        QCOMPARE(info_.retryCount, INT_MAX);
     }
 
     void everyKindOfFailureIsRetried_data()
@@ -150,7 +147,7 @@ private Q_SLOTS:
     {
         QFETCH(QByteArray, reply);
         QFETCH(int, finally);
-        info.retryLimit = 1;
+        info_.retryLimit = 1;
         PLC_driver.readList.append(wordRead("r"));
         ComCommunication();
         QCOMPARE(receive(reply), 0);
@@ -174,7 +171,7 @@ private Q_SLOTS:
         QFETCH(int, plcNo);
         QFETCH(int, localPlcNo);
         QFETCH(int, code);
-        info.localPlcNo = localPlcNo;
+        info_.localPlcNo = localPlcNo;
         RW_VAR var = wordRead("r");
         var.plcNo = plcNo;
         PLC_driver.readList.append(var);
@@ -195,17 +192,17 @@ private Q_SLOTS:
 
     void successKeepsTheRetryCount()
     {
-        info.retryLimit = 2;
+        info_.retryLimit = 2;
         PLC_driver.readList.append(wordRead("r"));
         ComCommunication();
         QCOMPARE(receiveNothing(), 0);
         QCOMPARE(receiveNothing(), 0);
         QCOMPARE(receive(wordReply()), 1);
-        QCOMPARE(info.retryCount, 2);
+        QCOMPARE(info_.retryCount, 2);
         QCOMPARE(int(PLC_driver.errorFlag), 0);
         ComCommunication();
         QCOMPARE(receiveNothing(), 41);
-        QCOMPARE(info.retryCount, 0);
+        QCOMPARE(info_.retryCount, 0);
     }
 
     void requestOfTwoFramesIsRetiredAfterTheSecond()
@@ -214,15 +211,15 @@ private Q_SLOTS:
         PLC_driver.pendingFrames << frameFor(wordRead("r"), 8) << frameFor(wordRead("r"), 8);
         PLC_driver.lastKind = KIND_CYCLIC_READ;
         PLC_driver.reply.name = "earlier";
-        info.framesExpected = 2;
+        info_.framesExpected = 2;
         QCOMPARE(receive(wordReply()), 1);
-        QCOMPARE(info.framesReceived, 1);
+        QCOMPARE(info_.framesReceived, 1);
         QCOMPARE(PLC_driver.pendingFrames.size(), 1);
         QCOMPARE(PLC_driver.scanCount, 0);
         QCOMPARE(names(PLC_driver.readList), QString("r s"));
         QCOMPARE(PLC_driver.reply.name, QString("earlier"));
         QCOMPARE(receive(wordReply()), 1);
-        QCOMPARE(info.framesReceived, 2);
+        QCOMPARE(info_.framesReceived, 2);
         QCOMPARE(PLC_driver.scanCount, 1);
         QCOMPARE(names(PLC_driver.readList), QString("s r"));
         QCOMPARE(PLC_driver.reply.name, QString("r"));
@@ -232,22 +229,22 @@ private Q_SLOTS:
     {
         const RW_VAR stored = remote(wordRead("r"), -1);
         PLC_driver.pendingFrames << frameFor(stored, 8) << frameFor(stored, 8);
-        info.framesExpected = 2;
+        info_.framesExpected = 2;
         QCOMPARE(receive(wordReply()), 1);
         QCOMPARE(receive(wordReply()), 100);
         PLC_driver.pendingFrames << frameFor(remote(stored, 0), 8);
-        info.framesReceived = 0;
+        info_.framesReceived = 0;
         QCOMPARE(receive(wordReply()), 100);
-        QCOMPARE(info.framesReceived, 1);
+        QCOMPARE(info_.framesReceived, 1);
     }
 
     void finalFailureDiscardsTheRemainingFrames()
     {
         PLC_driver.pendingFrames << frameFor(wordRead("r"), 8) << frameFor(wordRead("r"), 8);
-        info.framesExpected = 2;
+        info_.framesExpected = 2;
         QCOMPARE(receiveNothing(), 41);
         QVERIFY(PLC_driver.pendingFrames.isEmpty());
-        QCOMPARE(info.framesReceived, 0);
+        QCOMPARE(info_.framesReceived, 0);
     }
 
     void scanIsCompleteAfterMoreSuccessesThanEntries()
@@ -256,14 +253,14 @@ private Q_SLOTS:
         for (int count = 1; count <= 2; ++count) {
             QCOMPARE(exchange(), 1);
             QCOMPARE(PLC_driver.scanCount, count);
-            QCOMPARE(info.scanComplete, 0);
+            QCOMPARE(info_.scanComplete, 0);
         }
         QCOMPARE(exchange(), 1);
         QCOMPARE(PLC_driver.scanCount, 0);
-        QCOMPARE(info.scanComplete, 1);
+        QCOMPARE(info_.scanComplete, 1);
         QCOMPARE(exchange(), 1);
         QCOMPARE(PLC_driver.scanCount, 0);
-        QCOMPARE(info.scanComplete, 1);
+        QCOMPARE(info_.scanComplete, 1);
     }
 
     void everyKindOfLocalRequestCountsForTheScan()
@@ -275,7 +272,7 @@ private Q_SLOTS:
         QCOMPARE(PLC_driver.scanCount, 1);
         QCOMPARE(exchange(), 1);
         QCOMPARE(PLC_driver.scanCount, 0);
-        QCOMPARE(info.scanComplete, 1);
+        QCOMPARE(info_.scanComplete, 1);
     }
 
     void successWithAnEmptyReadListCompletesTheScan()
@@ -283,7 +280,7 @@ private Q_SLOTS:
         PLC_driver.writeList.append(wordWrite("w"));
         QCOMPARE(exchange(), 1);
         QCOMPARE(PLC_driver.scanCount, 0);
-        QCOMPARE(info.scanComplete, 1);
+        QCOMPARE(info_.scanComplete, 1);
     }
 
     void remoteRequestsDoNotCountForTheScan()
@@ -292,12 +289,12 @@ private Q_SLOTS:
         for (int i = 0; i < 6; ++i)
             exchange();
         QCOMPARE(PLC_driver.scanCount, 0);
-        QCOMPARE(info.scanComplete, 0);
+        QCOMPARE(info_.scanComplete, 0);
     }
 
     void failureStartsTheScanAnew()
     {
-        info.retryLimit = 1;
+        info_.retryLimit = 1;
         PLC_driver.readList.append(wordRead("r"));
         QCOMPARE(exchange(), 1);
         QCOMPARE(PLC_driver.scanCount, 1);
@@ -305,14 +302,14 @@ private Q_SLOTS:
         QCOMPARE(receiveNothing(), 0);
         QCOMPARE(PLC_driver.scanCount, 0);
         QCOMPARE(exchange(), 1);
-        QCOMPARE(info.scanComplete, 0);
+        QCOMPARE(info_.scanComplete, 0);
         QCOMPARE(exchange(), 1);
-        QCOMPARE(info.scanComplete, 1);
+        QCOMPARE(info_.scanComplete, 1);
     }
 
     void hostsOwnWordsAndSettingsAreUntouched()
     {
-        auto *words = reinterpret_cast<qint32 *>(&info);
+        auto *words = reinterpret_cast<qint32 *>(&info_);
         for (const int i : {0, 1, 2, 3, 4, 5, 6, 9, 10, 13, 16, 18})
             words[i] = 500 + i;
         PLC_driver.readList.append(wordRead("r"));
@@ -343,8 +340,8 @@ private Q_SLOTS:
         QFETCH(int, framesExpected);
         QFETCH(QByteArray, reply);
         QFETCH(int, code);
-        info.retryLimit = retryLimit;
-        info.framesExpected = framesExpected;
+        info_.retryLimit = retryLimit;
+        info_.framesExpected = framesExpected;
         PLC_driver.pendingFrames.append(frameFor(wordRead("r"), 8));
         int result = -1;
         bool areaMutexFree = false;
@@ -356,5 +353,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_APPLESS_MAIN(ReceiveCycleTest)
+QTEST_APPLESS_MAIN(TestReceiveCycle)
 #include "tst_receive_cycle.moc"

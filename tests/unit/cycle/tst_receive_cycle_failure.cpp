@@ -2,6 +2,7 @@
 #include "cycle/receive_cycle.h"
 #include "tests/support/callback_log.h"
 #include "tests/support/driver_requests.h"
+#include "tests/support/driver_test.h"
 
 #include <QtTest>
 
@@ -17,20 +18,11 @@ int failNext()
 
 } // namespace
 
-class ReceiveCycleFailureTest : public QObject
+class TestReceiveCycleFailure : public DriverTest
 {
     Q_OBJECT
 
-    ComInfo info = ComInfo();
-
 private Q_SLOTS:
-    void init()
-    {
-        resetDriver(info);
-        logCallbacks();
-        info.portTag = 7;
-    }
-
     void failedCyclicReadMovesToTheEndAndIsNotified()
     {
         PLC_driver.readList << ownedRead("a", 3, 1) << ownedRead("b", 4, 1);
@@ -40,7 +32,7 @@ private Q_SLOTS:
         QCOMPARE(PLC_driver.reply.ownerId, 3);
         QVERIFY(PLC_driver.reply.data.isEmpty());
         QCOMPARE(calls(), QString("notify 3 1 0"));
-        QCOMPARE(info.retryCount, 0);
+        QCOMPARE(info_.retryCount, 0);
         QCOMPARE(int(PLC_driver.errorFlag), 1);
         QVERIFY(isFree(PLC_driver.listMutex));
     }
@@ -66,7 +58,7 @@ private Q_SLOTS:
 
     void statusTellsOfTheLastMemberOnly()
     {
-        info.purgeByStation = 1;
+        info_.purgeByStation = 1;
         PLC_driver.onceReadList << ownedRead("o1", 4, 9, 1) << ownedRead("o2", 4, 9, 2);
         QCOMPARE(failNext(), 45);
         QCOMPARE(calls(), QString("notify 4 1 0"));
@@ -149,7 +141,7 @@ private Q_SLOTS:
 
     void retryIsNeitherNotifiedNorPurged()
     {
-        info.retryLimit = 1;
+        info_.retryLimit = 1;
         PLC_driver.onceReadList << ownedRead("o1", 4, 9) << ownedRead("o2", 5, 9);
         QCOMPARE(failNext(), 0);
         QCOMPARE(calls(), QString());
@@ -184,7 +176,7 @@ private Q_SLOTS:
         QFETCH(int, station);
         QFETCH(QString, writes);
         QFETCH(QString, onceReads);
-        info.purgeByStation = purgeByStation;
+        info_.purgeByStation = purgeByStation;
         PLC_driver.readList << wordRead("r1", station) << wordRead("r2", 2) << wordRead("r3", 1);
         ComCommunication();
         for (const int s : {1, 2, 1, 2, 2})
@@ -202,7 +194,7 @@ private Q_SLOTS:
 
     void failedWriteTakesTheQueueOfItsStationAlong()
     {
-        info.purgeByStation = 1;
+        info_.purgeByStation = 1;
         PLC_driver.writeList << wordWrite("w1", 2) << wordWrite("w2", 2) << wordWrite("w3", 1);
         QCOMPARE(failNext(), 41);
         QCOMPARE(names(PLC_driver.writeList), QString("w3"));
@@ -245,7 +237,14 @@ private Q_SLOTS:
         PLC_driver.readList.append(ownedRead("r", ownerId, 0));
         QCOMPARE(failNext(), code);
     }
+
+private:
+    void prepare() override
+    {
+        logCallbacks();
+        info_.portTag = 7;
+    }
 };
 
-QTEST_APPLESS_MAIN(ReceiveCycleFailureTest)
+QTEST_APPLESS_MAIN(TestReceiveCycleFailure)
 #include "tst_receive_cycle_failure.moc"

@@ -1,6 +1,7 @@
 // The two judges of a reply: the local path and the remote path.
 #include "cycle/receive_cycle.h"
 #include "tests/support/driver_requests.h"
+#include "tests/support/driver_test.h"
 #include "tests/support/lock_watch.h"
 #include "tests/support/row_names.h"
 
@@ -15,22 +16,18 @@ QByteArray cachedWord()
     return PLC_driver.extendVars.isEmpty() ? QByteArray() : PLC_driver.extendVars.first().data;
 }
 
+void pend(const RW_VAR &var, int expected)
+{
+    PLC_driver.pendingFrames.append(frameFor(var, expected));
+}
+
 } // namespace
 
-class ReceiveCycleJudgesTest : public QObject
+class TestReceiveCycleJudges : public DriverTest
 {
     Q_OBJECT
 
-    ComInfo info = ComInfo();
-
-    static void pend(const RW_VAR &var, int expected)
-    {
-        PLC_driver.pendingFrames.append(frameFor(var, expected));
-    }
-
 private Q_SLOTS:
-    void init() { resetDriver(info); }
-
     void replyIsJudged_data()
     {
         QTest::addColumn<int>("expected");
@@ -213,7 +210,7 @@ private Q_SLOTS:
         pend(remote(wordRead("r"), remoteTag), 8);
         QByteArray reply = wordReply();
         for (const int received : {0, 1, 2}) {
-            info.framesReceived = received;
+            info_.framesReceived = received;
             QCOMPARE(DealDataOfRemoteArea(&reply, 8), 100);
         }
         QVERIFY(PLC_driver.extendVars.isEmpty());
@@ -226,10 +223,10 @@ private Q_SLOTS:
         const QPair<int, int> codes[] = {{0, 1}, {1, 100}, {2, 1}, {-1, 1}};
         for (const auto &row : codes) {
             PLC_driver.extendVars.clear();
-            info.framesReceived = row.first;
+            info_.framesReceived = row.first;
             QCOMPARE(DealDataOfRemoteArea(&reply, 8), row.second);
             QCOMPARE(cachedWord(), bytes("AB 12"));
-            QCOMPARE(info.framesReceived, row.first);
+            QCOMPARE(info_.framesReceived, row.first);
         }
     }
 
@@ -265,18 +262,18 @@ private Q_SLOTS:
     {
         pend(wordRead("r"), 8);
         QByteArray reply = wordReply();
-        info.retryCount = 3;
+        info_.retryCount = 3;
         PLC_driver.errorFlag = 1;
         PLC_driver.reply.result = 9;
         DealDataOfLocalArea(&reply, 8);
         DealDataOfLocalArea(nullptr, 0);
         DealDataOfRemoteArea(&reply, 8);
-        QCOMPARE(info.retryCount, 3);
-        QCOMPARE(info.framesReceived, 0);
+        QCOMPARE(info_.retryCount, 3);
+        QCOMPARE(info_.framesReceived, 0);
         QCOMPARE(int(PLC_driver.errorFlag), 1);
         QCOMPARE(PLC_driver.reply.result, 9);
     }
 };
 
-QTEST_APPLESS_MAIN(ReceiveCycleJudgesTest)
+QTEST_APPLESS_MAIN(TestReceiveCycleJudges)
 #include "tst_receive_cycle_judges.moc"

@@ -2,6 +2,7 @@
 #include "cycle/receive_cycle.h"
 #include "tests/support/callback_log.h"
 #include "tests/support/driver_requests.h"
+#include "tests/support/driver_test.h"
 
 #include <QtTest>
 
@@ -24,20 +25,11 @@ void exchange(int turns)
 
 } // namespace
 
-class ReceiveCycleRetireTest : public QObject
+class TestReceiveCycleRetire : public DriverTest
 {
     Q_OBJECT
 
-    ComInfo info = ComInfo();
-
 private Q_SLOTS:
-    void init()
-    {
-        resetDriver(info);
-        logCallbacks();
-        info.portTag = 7;
-    }
-
     void answeredWriteIsRemoved()
     {
         PLC_driver.writeList << wordWrite("w1") << wordWrite("w2");
@@ -151,7 +143,7 @@ private Q_SLOTS:
         PLC_driver.onceReadList.append(ownedRead("o2", 4, 9));
         QCOMPARE(receive(wordReply()), 1);
         QCOMPARE(calls(), QString());
-        info.portTag = 8;
+        info_.portTag = 8;
         exchange(1);
         QCOMPARE(calls(), QString("done 8 4 9 1"));
     }
@@ -215,7 +207,14 @@ private Q_SLOTS:
         QCOMPARE(PLC_driver.reply.result, 1);
         QCOMPARE(PLC_driver.readList.first().result, 55);
     }
+
+private:
+    void prepare() override
+    {
+        logCallbacks();
+        info_.portTag = 7;
+    }
 };
 
-QTEST_APPLESS_MAIN(ReceiveCycleRetireTest)
+QTEST_APPLESS_MAIN(TestReceiveCycleRetire)
 #include "tst_receive_cycle_retire.moc"

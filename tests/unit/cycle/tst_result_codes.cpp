@@ -2,6 +2,7 @@
 #include "cycle/result_codes.h"
 #include "driver/driver_object.h"
 #include "tests/support/driver_requests.h"
+#include "tests/support/driver_test.h"
 #include "tests/support/lock_watch.h"
 #include "tests/support/row_names.h"
 
@@ -9,20 +10,21 @@
 
 #include <climits>
 
-class ResultCodesTest : public QObject
+namespace
+{
+
+void pendFor(int ownerId)
+{
+    PLC_driver.pendingFrames.append(frameFor(ownedRead(QString(), ownerId, 0), 8));
+}
+
+} // namespace
+
+class TestResultCodes : public DriverTest
 {
     Q_OBJECT
 
-    ComInfo info = ComInfo();
-
-    static void pendFor(int ownerId)
-    {
-        PLC_driver.pendingFrames.append(frameFor(ownedRead(QString(), ownerId, 0), 8));
-    }
-
 private Q_SLOTS:
-    void init() { resetDriver(info); }
-
     void requesterSelectsTheOffset_data()
     {
         QTest::addColumn<int>("ownerId");
@@ -118,5 +120,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_APPLESS_MAIN(ResultCodesTest)
+QTEST_APPLESS_MAIN(TestResultCodes)
 #include "tst_result_codes.moc"

@@ -3,6 +3,7 @@
 #include "cycle/send_cycle.h"
 #include "tests/support/callback_log.h"
 #include "tests/support/driver_requests.h"
+#include "tests/support/driver_test.h"
 #include "tests/support/lock_watch.h"
 
 #include <QtTest>
@@ -37,25 +38,17 @@ void fill(QList<RW_VAR> &list, RW_VAR (*make)(const QString &, int), const QStri
 
 } // namespace
 
-class SendCycleTest : public QObject
+class TestSendCycle : public DriverTest
 {
     Q_OBJECT
 
-    ComInfo info = ComInfo();
-
 private Q_SLOTS:
-    void init()
-    {
-        resetDriver(info);
-        callbackLog() = CallbackLog();
-    }
-
     void nothingToServeYieldsNullAndAWholeScan()
     {
         PLC_driver.writeBurst = 3;
         PLC_driver.onceReadBurst = 2;
         QVERIFY(ComCommunication() == nullptr);
-        QCOMPARE(info.scanComplete, 1);
+        QCOMPARE(info_.scanComplete, 1);
         QCOMPARE(PLC_driver.writeBurst, 0);
         QCOMPARE(PLC_driver.onceReadBurst, 0);
         QCOMPARE(PLC_driver.lastKind, 100);
@@ -71,9 +64,9 @@ private Q_SLOTS:
         QCOMPARE(frame->frame, bytes("05 30 31 30 35 32 38 0D"));
         QCOMPARE(frame->frameLength, 8);
         QCOMPARE(frame->expectedReplyLength, 8);
-        QCOMPARE(info.framesExpected, 1);
-        QCOMPARE(info.framesReceived, 0);
-        QCOMPARE(info.scanComplete, 0);
+        QCOMPARE(info_.framesExpected, 1);
+        QCOMPARE(info_.framesReceived, 0);
+        QCOMPARE(info_.scanComplete, 0);
         QVERIFY(isFree(PLC_driver.listMutex));
     }
 
@@ -84,8 +77,8 @@ private Q_SLOTS:
         QVERIFY(frame != nullptr);
         QCOMPARE(frame->frame, bytes("05 30 32 30 33 34 31 31 32 33 34 0D"));
         QCOMPARE(frame->expectedReplyLength, 6);
-        QCOMPARE(info.framesExpected, 1);
-        QCOMPARE(info.framesReceived, 0);
+        QCOMPARE(info_.framesExpected, 1);
+        QCOMPARE(info_.framesReceived, 0);
     }
 
     void entryStaysAtTheHeadWhileItsFrameIsOut_data() { addKindRows(); }
@@ -118,7 +111,7 @@ private Q_SLOTS:
         QCOMPARE(serve(1), QString("-"));
         QCOMPARE(PLC_driver.writeBurst, 0);
         QCOMPARE(PLC_driver.onceReadBurst, 0);
-        QCOMPARE(info.scanComplete, 1);
+        QCOMPARE(info_.scanComplete, 1);
         QCOMPARE(serve(2), QString("w6 -"));
     }
 
@@ -182,7 +175,7 @@ private Q_SLOTS:
 
     void failedAttemptIsRepeatedWithTheSameRecord()
     {
-        info.retryLimit = 1;
+        info_.retryLimit = 1;
         PLC_driver.readList.append(wordRead("r"));
         Protocol *frame = ComCommunication();
         DataCom(nullptr, 0);
@@ -195,7 +188,7 @@ private Q_SLOTS:
     {
         PLC_driver.pendingFrames.append(frameFor(wordRead("a"), 8));
         PLC_driver.pendingFrames.append(frameFor(wordRead("b"), 8));
-        info.framesExpected = 2;
+        info_.framesExpected = 2;
         QCOMPARE(serve(2), QString("a b"));
         QVERIFY(ComCommunication() == nullptr);
     }
@@ -255,7 +248,7 @@ private Q_SLOTS:
             QCOMPARE(PLC_driver.lastKind, 0);
             QCOMPARE(PLC_driver.writeBurst, 0);
         }
-        QCOMPARE(info.scanComplete, 0);
+        QCOMPARE(info_.scanComplete, 0);
         QVERIFY(isFree(PLC_driver.listMutex));
     }
 
@@ -290,7 +283,7 @@ private Q_SLOTS:
     void remoteModeSendsEnvelopes()
     {
         QFETCH(int, remoteMode);
-        info.remoteMode = remoteMode;
+        info_.remoteMode = remoteMode;
         RW_VAR var = remote(ownedRead("r", 7, 0), 0);
         var.address = 100;
         const QByteArray read =
@@ -320,5 +313,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_APPLESS_MAIN(SendCycleTest)
+QTEST_APPLESS_MAIN(TestSendCycle)
 #include "tst_send_cycle.moc"

@@ -3,6 +3,7 @@
 #include "cycle/send_cycle.h"
 #include "tests/support/callback_log.h"
 #include "tests/support/driver_requests.h"
+#include "tests/support/driver_test.h"
 #include "tests/support/lock_watch.h"
 
 #include <QtTest>
@@ -20,19 +21,11 @@ QString nextName()
 
 } // namespace
 
-class SendCycleStationsTest : public QObject
+class TestSendCycleStations : public DriverTest
 {
     Q_OBJECT
 
-    ComInfo info = ComInfo();
-
 private Q_SLOTS:
-    void init()
-    {
-        resetDriver(info);
-        logCallbacks();
-    }
-
     void stationIsKnownAsDisabled()
     {
         EnCommStation(3, 0);
@@ -100,7 +93,7 @@ private Q_SLOTS:
         QVERIFY(PLC_driver.extendVars.isEmpty());
         QCOMPARE(PLC_driver.lastKind, 1);
         QCOMPARE(PLC_driver.writeBurst, 2);
-        QCOMPARE(info.scanComplete, 0);
+        QCOMPARE(info_.scanComplete, 0);
         QVERIFY(isFree(PLC_driver.listMutex));
         QVERIFY(isFree(PLC_driver.stationMutex));
         QCOMPARE(nextName(), QString("o"));
@@ -182,7 +175,7 @@ private Q_SLOTS:
         QCOMPARE(PLC_driver.lastKind, 0);
         QCOMPARE(PLC_driver.writeBurst, 3);
         QCOMPARE(PLC_driver.onceReadBurst, 4);
-        QCOMPARE(info.scanComplete, 0);
+        QCOMPARE(info_.scanComplete, 0);
         QVERIFY(isFree(PLC_driver.listMutex));
     }
 
@@ -194,7 +187,10 @@ private Q_SLOTS:
         EnCommStation(-1, 0);
         QCOMPARE(nextName(), QString("a"));
     }
+
+private:
+    void prepare() override { logCallbacks(); }
 };
 
-QTEST_APPLESS_MAIN(SendCycleStationsTest)
+QTEST_APPLESS_MAIN(TestSendCycleStations)
 #include "tst_send_cycle_stations.moc"

@@ -1,6 +1,7 @@
 // The driver object: start values, locks, release of what it holds, and passRetValue.
 #include "driver/driver_object.h"
 #include "tests/support/driver_requests.h"
+#include "tests/support/driver_test.h"
 #include "tests/support/lock_watch.h"
 
 #include <QtTest>
@@ -45,15 +46,11 @@ bool allZero(const quint8 *area)
 
 } // namespace
 
-class DriverObjectTest : public QObject
+class TestDriverObject : public DriverTest
 {
     Q_OBJECT
 
-    ComInfo info = ComInfo();
-
 private Q_SLOTS:
-    void init() { resetDriver(info); }
-
     void newDriverHasEmptyLists()
     {
         const auto driver = newDriver();
@@ -164,10 +161,10 @@ private Q_SLOTS:
     void destructionLeavesTheHostsBlockAlone()
     {
         auto driver = newDriver();
-        info.retryLimit = 5;
-        driver->comInfo = &info;
+        info_.retryLimit = 5;
+        driver->comInfo = &info_;
         driver.reset();
-        QCOMPARE(info.retryLimit, 5);
+        QCOMPARE(info_.retryLimit, 5);
     }
 
     void kindsOfRequestHaveTheirNumbers()
@@ -218,5 +215,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_APPLESS_MAIN(DriverObjectTest)
+QTEST_APPLESS_MAIN(TestDriverObject)
 #include "tst_driver_object.moc"

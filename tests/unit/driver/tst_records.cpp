@@ -20,7 +20,7 @@ bool rising(std::initializer_list<const void *> fields)
 
 } // namespace
 
-class RecordsTest : public QObject
+class TestRecords : public QObject
 {
     Q_OBJECT
 
@@ -153,5 +153,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_APPLESS_MAIN(RecordsTest)
+QTEST_APPLESS_MAIN(TestRecords)
 #include "tst_records.moc"

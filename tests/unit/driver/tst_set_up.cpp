@@ -2,7 +2,7 @@
 #include "driver/driver_object.h"
 #include "driver/entry_points.h"
 #include "tests/support/callback_log.h"
-#include "tests/support/driver_fixture.h"
+#include "tests/support/driver_test.h"
 #include "tests/support/lock_watch.h"
 
 #include <QtTest>
@@ -24,15 +24,11 @@ ComInfo numberedWords()
 } // namespace
 Q_DECLARE_METATYPE(QList<int>)
 
-class SetUpTest : public QObject
+class TestSetUp : public DriverTest
 {
     Q_OBJECT
 
-    ComInfo info = ComInfo();
-
 private Q_SLOTS:
-    void init() { resetDriver(info); }
-
     void setComInfoClearsTwoWordsAndNoOther()
     {
         ComInfo block = numberedWords();
@@ -47,19 +43,19 @@ private Q_SLOTS:
     void setComInfoAgainReplacesTheBlock()
     {
         ComInfo second = numberedWords();
-        SetComInfo(&info);
-        info.comWord10 = 7;
+        SetComInfo(&info_);
+        info_.comWord10 = 7;
         SetComInfo(&second);
         QVERIFY(PLC_driver.comInfo == &second);
         QCOMPARE(second.comWord10, 0);
-        QCOMPARE(info.comWord10, 7);
-        resetDriver(info);
+        QCOMPARE(info_.comWord10, 7);
+        resetDriver(info_);
     }
 
     void setComInfoIgnoresNull()
     {
         SetComInfo(nullptr);
-        QVERIFY(PLC_driver.comInfo == &info);
+        QVERIFY(PLC_driver.comInfo == &info_);
     }
 
     void localRegistersAreKeptAndAnsweredWith396()
@@ -85,7 +81,7 @@ private Q_SLOTS:
         QVERIFY(LB == nullptr);
         QVERIFY(LW == &lw);
         QVERIFY(RWI == nullptr);
-        resetDriver(info);
+        resetDriver(info_);
     }
 
     void callbacksAreKeptAndNotCalled()
@@ -110,7 +106,7 @@ private Q_SLOTS:
     void setUpTakesNoLock()
     {
         const AllLocksHeld held;
-        SetComInfo(&info);
+        SetComInfo(&info_);
         QCOMPARE(FlashLocalRegister(nullptr, nullptr, nullptr), 396);
         RegistCallBackFuncIntf(nullptr, nullptr);
         QCOMPARE(QueryFinishFlag(), 1);
@@ -182,5 +178,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_APPLESS_MAIN(SetUpTest)
+QTEST_APPLESS_MAIN(TestSetUp)
 #include "tst_set_up.moc"

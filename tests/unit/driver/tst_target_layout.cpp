@@ -12,7 +12,7 @@ namespace
 {
 
 /// Size of a slot that holds a string or a byte array.
-const int POINTER = int(sizeof(void *));
+constexpr int POINTER = int(sizeof(void *));
 
 /// The 32-bit word at slot `slot` of a record whose slots are all 32 bits wide.
 template <typename Record>
@@ -29,11 +29,11 @@ bool isAligned(const void *address, quintptr bytes)
 }
 
 // The row of slots is that of a 32-bit processor.
-const bool HAS_SLOTS = sizeof(void *) == 4;
+constexpr bool HAS_SLOTS = sizeof(void *) == 4;
 
 } // namespace
 
-class TargetLayoutTest : public QObject
+class TestTargetLayout : public QObject
 {
     Q_OBJECT
 
@@ -125,5 +125,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_APPLESS_MAIN(TargetLayoutTest)
+QTEST_APPLESS_MAIN(TestTargetLayout)
 #include "tst_target_layout.moc"

@@ -1,6 +1,6 @@
 #include "varlist/address_text.h"
 
-#include "tests/support/driver_fixture.h"
+#include "tests/support/driver_test.h"
 #include "tests/support/lock_watch.h"
 #include "tests/support/record_text.h"
 #include "tests/support/row_names.h"
@@ -13,8 +13,8 @@
 namespace
 {
 
-const int LOWEST = std::numeric_limits<int>::min();
-const int HIGHEST = std::numeric_limits<int>::max();
+constexpr int LOWEST = std::numeric_limits<int>::min();
+constexpr int HIGHEST = std::numeric_limits<int>::max();
 
 struct Row {
     int area;
@@ -70,13 +70,11 @@ int plainAddress(int area, const QString &text)
 
 } // namespace
 
-class tst_address_text : public QObject
+class TestAddressText : public DriverTest
 {
     Q_OBJECT
 
 private Q_SLOTS:
-    void init() { resetDriver(m_info); }
-
     void threePartsMakeTheAddressInAreasXAndD_data()
     {
         addRows({{0, "0.0.0", 0},
@@ -261,12 +259,11 @@ private Q_SLOTS:
             QCOMPARE(PLCAddressChangeIntef(AREA_C, QString("9.1.1.5")), 245);
         }
         QCOMPARE(recordTexts(PLC_driver.readList), QStringList(recordText(filledRecord())));
-        QCOMPARE(wordsOf(m_info), wordsOf(ComInfo()));
+        QCOMPARE(wordsOf(info_), wordsOf(ComInfo()));
     }
 
 private:
-    ComInfo m_info;
 };
 
-QTEST_APPLESS_MAIN(tst_address_text)
+QTEST_APPLESS_MAIN(TestAddressText)
 #include "tst_address_text.moc"

@@ -1,7 +1,7 @@
 // The queue of one-time reads; AddListOnceReadVar is an entry point.
 #include "driver/entry_points.h"
 
-#include "tests/support/driver_fixture.h"
+#include "tests/support/driver_test.h"
 #include "tests/support/lock_watch.h"
 #include "tests/support/record_text.h"
 
@@ -12,7 +12,7 @@
 namespace
 {
 
-const int LIMIT = 1024;
+constexpr int LIMIT = 1024;
 
 RW_VAR readOf(int area, const char *text)
 {
@@ -51,27 +51,11 @@ typedef std::function<void(RW_VAR &)> Change;
 } // namespace
 Q_DECLARE_METATYPE(Change)
 
-class tst_once_read_queue : public QObject
+class TestOnceReadQueue : public DriverTest
 {
     Q_OBJECT
 
 private Q_SLOTS:
-    void init()
-    {
-        resetDriver(m_info);
-        fillWords(m_info);
-        m_words = wordsOf(m_info);
-    }
-    void cleanup()
-    {
-        QVERIFY(isFree(PLC_driver.listMutex));
-        QVERIFY(isFree(PLC_driver.areaMutex));
-        QVERIFY(isFree(PLC_driver.stationMutex));
-        QCOMPARE(PLC_driver.extendVars.size(), 0);
-        QCOMPARE(PLC_driver.readList.size(), 0);
-        QCOMPARE(PLC_driver.pendingFrames.size(), 0);
-    }
-
     void aOnceReadIsAmendedAndQueued_data()
     {
         QTest::addColumn<int>("area");
@@ -101,7 +85,7 @@ private Q_SLOTS:
         QCOMPARE(AddListOnceReadVar(&var, 0), 1);
         QCOMPARE(recordText(var), expected);
         QCOMPARE(queuedReads(), QStringList(expected));
-        QCOMPARE(wordsOf(m_info), m_words);
+        QCOMPARE(wordsOf(info_), words_);
         QCOMPARE(PLC_driver.writeList.size(), 0);
     }
 
@@ -120,7 +104,7 @@ private Q_SLOTS:
         QFETCH(QByteArray, text);
         fillReads(2);
         const QStringList before = queuedReads();
-        m_info.purgeByStation = 0;
+        info_.purgeByStation = 0;
         RW_VAR var = readOf(area, text.constData());
         const QString unchanged = recordText(var);
         const AllLocksHeld held;
@@ -131,8 +115,8 @@ private Q_SLOTS:
 
     void theDefaultStationIsTakenWhilePurgeIsNotByStation()
     {
-        m_info.purgeByStation = 0;
-        m_info.defaultStation = 17;
+        info_.purgeByStation = 0;
+        info_.defaultStation = 17;
         RW_VAR first = readOf(AREA_D, "0.0.1");
         first.station = 5;
         RW_VAR second = first;
@@ -146,8 +130,8 @@ private Q_SLOTS:
 
     void theOwnStationIsKeptWhilePurgeIsByStation()
     {
-        m_info.purgeByStation = -1;
-        m_info.defaultStation = 17;
+        info_.purgeByStation = -1;
+        info_.defaultStation = 17;
         RW_VAR first = readOf(AREA_D, "0.0.1");
         first.station = 5;
         RW_VAR second = first;
@@ -264,9 +248,21 @@ private Q_SLOTS:
     }
 
 private:
-    ComInfo m_info;
-    QByteArray m_words;
+    void prepare() override
+    {
+        fillWords(info_);
+        words_ = wordsOf(info_);
+    }
+
+    void finish() override
+    {
+        QCOMPARE(PLC_driver.extendVars.size(), 0);
+        QCOMPARE(PLC_driver.readList.size(), 0);
+        QCOMPARE(PLC_driver.pendingFrames.size(), 0);
+    }
+
+    QByteArray words_;
 };
 
-QTEST_APPLESS_MAIN(tst_once_read_queue)
+QTEST_APPLESS_MAIN(TestOnceReadQueue)
 #include "tst_once_read_queue.moc"

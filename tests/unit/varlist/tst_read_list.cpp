@@ -1,6 +1,6 @@
 #include "varlist/read_list.h"
 
-#include "tests/support/driver_fixture.h"
+#include "tests/support/driver_test.h"
 #include "tests/support/lock_watch.h"
 #include "tests/support/record_text.h"
 
@@ -42,49 +42,41 @@ int rebuild(QList<HOST_VAR> vars)
 
 } // namespace
 
-class tst_read_list : public QObject
+class TestReadList : public DriverTest
 {
     Q_OBJECT
 
 private Q_SLOTS:
-    void init() { resetDriver(m_info); }
-    void cleanup()
-    {
-        QVERIFY(isFree(PLC_driver.listMutex));
-        QVERIFY(isFree(PLC_driver.areaMutex));
-        QVERIFY(isFree(PLC_driver.stationMutex));
-    }
-
     void anEmptyListEmptiesTheReadListAndKeepsTheScanState()
     {
         PLC_driver.readList << filledRecord() << filledRecord();
         PLC_driver.scanCount = 7;
-        fillWords(m_info);
-        const QByteArray before = wordsOf(m_info);
+        fillWords(info_);
+        const QByteArray before = wordsOf(info_);
 
         QCOMPARE(rebuild({}), 0);
         QCOMPARE(PLC_driver.readList.size(), 0);
         QCOMPARE(PLC_driver.scanCount, 7);
-        QCOMPARE(wordsOf(m_info), before);
+        QCOMPARE(wordsOf(info_), before);
     }
 
     void aNullListCountsAsEmpty()
     {
         PLC_driver.readList << filledRecord();
         PLC_driver.scanCount = 7;
-        m_info.scanComplete = 1;
+        info_.scanComplete = 1;
 
         QCOMPARE(ReCreatReadVarList(nullptr), 0);
         QCOMPARE(PLC_driver.readList.size(), 0);
         QCOMPARE(PLC_driver.scanCount, 7);
-        QCOMPARE(m_info.scanComplete, 1);
+        QCOMPARE(info_.scanComplete, 1);
     }
 
     void anEntryIsFilledFromTheHostRecordAndTheBlock()
     {
-        m_info.remoteMode = 3;
-        m_info.localPlcNo = 9;
-        m_info.defaultStation = 44;
+        info_.remoteMode = 3;
+        info_.localPlcNo = 9;
+        info_.defaultStation = 44;
         QCOMPARE(rebuild({hostVar(AREA_D, 200, "1.2.3", "level")}), 1);
 
         RW_VAR expected;
@@ -107,8 +99,8 @@ private Q_SLOTS:
 
     void everyEntryCarriesTheBlocksRemoteModeAndPlcNumber()
     {
-        m_info.remoteMode = 1;
-        m_info.localPlcNo = 2;
+        info_.remoteMode = 1;
+        info_.localPlcNo = 2;
         rebuild({hostVar(0, 1, "0.0.1"), hostVar(1, 1, "0.0.1"), hostVar(2, 1, "0.0.1.0")});
         QCOMPARE(PLC_driver.readList.size(), 3);
         for (const RW_VAR &var : PLC_driver.readList) {
@@ -119,25 +111,25 @@ private Q_SLOTS:
 
     void theScanStartsAgain()
     {
-        fillWords(m_info);
+        fillWords(info_);
         PLC_driver.scanCount = 7;
-        ComInfo expected = m_info;
+        ComInfo expected = info_;
         expected.scanComplete = 0;
 
         rebuild({hostVar(AREA_D, 1, "0.0.1")});
         QCOMPARE(PLC_driver.scanCount, 0);
-        QCOMPARE(wordsOf(m_info), wordsOf(expected));
+        QCOMPARE(wordsOf(info_), wordsOf(expected));
     }
 
     void theScanStartsAgainEvenWhenEveryRecordIsLeftOut()
     {
         PLC_driver.readList << filledRecord();
         PLC_driver.scanCount = 7;
-        m_info.scanComplete = 1;
+        info_.scanComplete = 1;
         QCOMPARE(rebuild({hostVar(AREA_X, 1, "-1.0.0")}), 0);
         QCOMPARE(PLC_driver.readList.size(), 0);
         QCOMPARE(PLC_driver.scanCount, 0);
-        QCOMPARE(m_info.scanComplete, 0);
+        QCOMPARE(info_.scanComplete, 0);
     }
 
     void theOldListIsReplaced()
@@ -303,8 +295,7 @@ private Q_SLOTS:
     }
 
 private:
-    ComInfo m_info;
 };
 
-QTEST_APPLESS_MAIN(tst_read_list)
+QTEST_APPLESS_MAIN(TestReadList)
 #include "tst_read_list.moc"

@@ -1,7 +1,7 @@
 // The rebuild of the read list against a plain model of it, on thousands of small random lists.
 #include "varlist/read_list.h"
 
-#include "tests/support/driver_fixture.h"
+#include "tests/support/driver_test.h"
 #include "tests/support/record_text.h"
 
 #include <QtTest>
@@ -155,13 +155,11 @@ QList<HOST_VAR> hostList(const std::vector<Variable> &variables)
 
 } // namespace
 
-class tst_read_list_model : public QObject
+class TestReadListModel : public DriverTest
 {
     Q_OBJECT
 
 private Q_SLOTS:
-    void init() { resetDriver(m_info); }
-
     void theRebuildAgreesWithItsModel()
     {
         std::mt19937 random(77031);
@@ -170,10 +168,10 @@ private Q_SLOTS:
             std::vector<Variable> variables(random() % 13);
             for (Variable &variable : variables)
                 variable = randomVariable(random);
-            m_info.remoteMode = int(random() % 2);
-            m_info.localPlcNo = int(random() % 4);
+            info_.remoteMode = int(random() % 2);
+            info_.localPlcNo = int(random() % 4);
 
-            const QStringList expected = modelOfRebuild(variables, m_info);
+            const QStringList expected = modelOfRebuild(variables, info_);
             QList<HOST_VAR> vars = hostList(variables);
             QCOMPARE(ReCreatReadVarList(&vars), expected.size());
             QCOMPARE(recordTexts(PLC_driver.readList), expected);
@@ -193,7 +191,7 @@ private Q_SLOTS:
             variable.station = 1;
         }
         QList<HOST_VAR> vars = hostList(variables);
-        const QStringList expected = modelOfRebuild(variables, m_info);
+        const QStringList expected = modelOfRebuild(variables, info_);
         QCOMPARE(ReCreatReadVarList(&vars), expected.size());
         QCOMPARE(recordTexts(PLC_driver.readList), expected);
     }
@@ -217,8 +215,7 @@ private Q_SLOTS:
     }
 
 private:
-    ComInfo m_info;
 };
 
-QTEST_APPLESS_MAIN(tst_read_list_model)
+QTEST_APPLESS_MAIN(TestReadListModel)
 #include "tst_read_list_model.moc"

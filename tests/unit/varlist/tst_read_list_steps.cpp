@@ -1,7 +1,7 @@
 // The steps that a rebuild of the read list is made of, each by itself.
 #include "varlist/read_list.h"
 
-#include "tests/support/driver_fixture.h"
+#include "tests/support/driver_test.h"
 #include "tests/support/lock_watch.h"
 #include "tests/support/record_text.h"
 
@@ -30,13 +30,11 @@ QStringList addressed(const QList<RW_VAR> &list)
 } // namespace
 Q_DECLARE_METATYPE(QList<int>)
 
-class tst_read_list_steps : public QObject
+class TestReadListSteps : public DriverTest
 {
     Q_OBJECT
 
 private Q_SLOTS:
-    void init() { resetDriver(m_info); }
-
     void addedEntriesAreCopiedToTheEndUntested()
     {
         RW_VAR var = filledRecord();
@@ -142,8 +140,7 @@ private Q_SLOTS:
     }
 
 private:
-    ComInfo m_info;
 };
 
-QTEST_APPLESS_MAIN(tst_read_list_steps)
+QTEST_APPLESS_MAIN(TestReadListSteps)
 #include "tst_read_list_steps.moc"

@@ -1,7 +1,7 @@
 // The queue of writes; AddListWriteVar is an entry point.
 #include "driver/entry_points.h"
 
-#include "tests/support/driver_fixture.h"
+#include "tests/support/driver_test.h"
 #include "tests/support/lock_watch.h"
 #include "tests/support/record_text.h"
 
@@ -12,7 +12,7 @@
 namespace
 {
 
-const int LIMIT = 1024;
+constexpr int LIMIT = 1024;
 
 RW_VAR writeTo(int address, const char *hexData = "01 00")
 {
@@ -38,29 +38,11 @@ typedef std::function<void(RW_VAR &)> Change;
 } // namespace
 Q_DECLARE_METATYPE(Change)
 
-class tst_write_queue : public QObject
+class TestWriteQueue : public DriverTest
 {
     Q_OBJECT
 
 private Q_SLOTS:
-    void init()
-    {
-        resetDriver(m_info);
-        fillWords(m_info);
-        m_words = wordsOf(m_info);
-    }
-    void cleanup()
-    {
-        QVERIFY(isFree(PLC_driver.listMutex));
-        QVERIFY(isFree(PLC_driver.areaMutex));
-        QVERIFY(isFree(PLC_driver.stationMutex));
-        QCOMPARE(PLC_driver.extendVars.size(), 0);
-        QCOMPARE(PLC_driver.readList.size(), 0);
-        QCOMPARE(PLC_driver.pendingFrames.size(), 0);
-        QCOMPARE(PLC_driver.onceReadList.size(), 0);
-        QCOMPARE(wordsOf(m_info), m_words);
-    }
-
     void writesAreQueuedInOrderAsTheyAre()
     {
         PLC_driver.comInfo = nullptr;
@@ -218,9 +200,23 @@ private Q_SLOTS:
     }
 
 private:
-    ComInfo m_info;
-    QByteArray m_words;
+    void prepare() override
+    {
+        fillWords(info_);
+        words_ = wordsOf(info_);
+    }
+
+    void finish() override
+    {
+        QCOMPARE(PLC_driver.extendVars.size(), 0);
+        QCOMPARE(PLC_driver.readList.size(), 0);
+        QCOMPARE(PLC_driver.pendingFrames.size(), 0);
+        QCOMPARE(PLC_driver.onceReadList.size(), 0);
+        QCOMPARE(wordsOf(info_), words_);
+    }
+
+    QByteArray words_;
 };
 
-QTEST_APPLESS_MAIN(tst_write_queue)
+QTEST_APPLESS_MAIN(TestWriteQueue)
 #include "tst_write_queue.moc"
