@@ -1,5 +1,6 @@
 #include "apps/kvt/line_options.h"
 
+#include "apps/kvt/character_format.h"
 #include "apps/kvt/console.h"
 #include "apps/kvt/driver_option.h"
 #include "apps/kvt/options.h"
@@ -13,7 +14,6 @@ namespace
 const QString SERIAL = QStringLiteral("serial");
 const QString TCP = QStringLiteral("tcp");
 const QString BAUD = QStringLiteral("baud");
-const QString FORMAT = QStringLiteral("format");
 const QString TIMEOUT = QStringLiteral("timeout");
 const QString RETRIES = QStringLiteral("retries");
 const QString REPLY_CHECK = QStringLiteral("reply-check");
@@ -22,20 +22,6 @@ const QString TRACE = QStringLiteral("trace");
 
 const int LONGEST_TIMEOUT_ms = 60000;
 const int MOST_RETRIES = 100;
-
-// Reads "8N1".
-bool readFormat(const QString &text, SerialSettings *serial)
-{
-    const QString parities = QStringLiteral("NEO");
-    const QString format = text.toUpper();
-    if (format.size() != 3 || !parities.contains(format.at(1)))
-        return false;
-    serial->dataBits = format.at(0).digitValue();
-    serial->parity = static_cast<Parity>(parities.indexOf(format.at(1)));
-    serial->stopBits = format.at(2).digitValue();
-    return (serial->dataBits == 7 || serial->dataBits == 8) &&
-           (serial->stopBits == 1 || serial->stopBits == 2);
-}
 
 bool readSerial(const QCommandLineParser &parser, LineOptions *options)
 {
@@ -83,10 +69,7 @@ void addSpeedOptions(QCommandLineParser *parser)
                        QStringLiteral("Speed in bits per second, one of the usual speeds from "
                                       "1200 to 4000000 (default: 9600)."),
                        QStringLiteral("N"), QStringLiteral("9600")});
-    parser->addOption({FORMAT,
-                       QStringLiteral("Data bits 7 or 8, parity N, E or O, stop bits 1 or 2 "
-                                      "(default: 8N1)."),
-                       QStringLiteral("FORMAT"), QStringLiteral("8N1")});
+    addFormatOption(parser);
 }
 
 bool readSpeedOptions(const QCommandLineParser &parser, SerialSettings *serial)
@@ -100,11 +83,11 @@ bool readSpeedOptions(const QCommandLineParser &parser, SerialSettings *serial)
         printError(QStringLiteral("--baud: %1").arg(speed.error()));
         return false;
     }
-    if (readFormat(parser.value(FORMAT), serial))
-        return true;
-    printError(QStringLiteral("--format: \"%1\" is not 7 or 8, N, E or O, 1 or 2, for example 8N1")
-                   .arg(parser.value(FORMAT)));
-    return false;
+    CharacterFormat format;
+    if (!readFormatOption(parser, &format))
+        return false;
+    format.copyTo(serial);
+    return true;
 }
 
 void addTimingOptions(QCommandLineParser *parser, int retries, const char *timeout)

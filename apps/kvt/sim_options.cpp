@@ -1,11 +1,10 @@
 #include "apps/kvt/sim_options.h"
 
+#include "apps/kvt/character_format.h"
 #include "apps/kvt/console.h"
 #include "apps/kvt/options.h"
 #include "simulator/fault_text.h"
 #include "simulator/line_speed.h"
-
-#include <QRegularExpression>
 
 namespace kvt
 {
@@ -18,7 +17,6 @@ const QString SERIAL = QStringLiteral("serial");
 const QString TCP = QStringLiteral("tcp");
 const QString TAGS = QStringLiteral("tags");
 const QString BAUD = QStringLiteral("baud");
-const QString FORMAT = QStringLiteral("format");
 const QString TURNAROUND = QStringLiteral("turnaround");
 const QString FAULTS = QStringLiteral("faults");
 const QString VALUES = QStringLiteral("values");
@@ -32,25 +30,6 @@ const QStringList VALUE_NAMES = {QStringLiteral("constant"), QStringLiteral("cou
                                  QStringLiteral("ramp"),     QStringLiteral("sine"),
                                  QStringLiteral("walk"),     QStringLiteral("serial"),
                                  QStringLiteral("mixed")};
-
-bool readFormat(const QCommandLineParser &parser, SerialPortSettings *serial)
-{
-    static const QRegularExpression form(QStringLiteral("\\A([78])([NEO])([12])\\z"),
-                                         QRegularExpression::CaseInsensitiveOption);
-    const QString parities = QStringLiteral("NEO");
-    const QRegularExpressionMatch match = form.match(parser.value(FORMAT));
-    if (!match.hasMatch()) {
-        printError(
-            QStringLiteral("--format: \"%1\" is not 7 or 8, N, E or O, 1 or 2, for example 8N1")
-                .arg(parser.value(FORMAT)));
-        return false;
-    }
-    serial->dataBits = match.captured(1).toInt();
-    serial->parity =
-        static_cast<SerialPortSettings::Parity>(parities.indexOf(match.captured(2).toUpper()));
-    serial->stopBits = match.captured(3).toInt();
-    return true;
-}
 
 bool readTcpPort(const QString &text, SimOptions *options)
 {
@@ -84,8 +63,10 @@ bool readLine(const QCommandLineParser &parser, SimOptions *options)
 bool readSpeed(const QCommandLineParser &parser, SimOptions *options)
 {
     int baud = 0;
-    if (!readFormat(parser, &options->serial) || !readNumber(parser, BAUD, 0, 4000000, &baud))
+    CharacterFormat format;
+    if (!readFormatOption(parser, &format) || !readNumber(parser, BAUD, 0, 4000000, &baud))
         return false;
+    format.copyTo(&options->serial);
     if (options->line == SimOptions::Line::Serial)
         options->serial.baud = baud > 0 ? baud : HARDWARE_BAUD;
     else
@@ -136,10 +117,7 @@ void addLineOptions(QCommandLineParser *parser)
                                       "(default: 0). A serial port takes one of the usual speeds "
                                       "(default: 9600)."),
                        QStringLiteral("N"), QStringLiteral("0")});
-    parser->addOption({FORMAT,
-                       QStringLiteral("Data bits 7 or 8, parity N, E or O, stop bits 1 or 2 "
-                                      "(default: 8N1)."),
-                       QStringLiteral("FORMAT"), QStringLiteral("8N1")});
+    addFormatOption(parser);
 }
 
 } // namespace

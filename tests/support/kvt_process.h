@@ -5,6 +5,7 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QProcess>
+#include <QTest>
 
 #include <csignal>
 
@@ -107,6 +108,13 @@ inline QString faultAtBadInput(const QStringList &words, const QString &named)
     if (!errors.contains(named))
         return QStringLiteral("not named: ") + errors;
     return output.isEmpty() ? QString() : QStringLiteral("data: ") + QString::fromUtf8(output);
+}
+
+/// The same with the words that the row of the test is named by.
+inline QString faultAtBadRow(const QString &named)
+{
+    return faultAtBadInput(QString::fromLatin1(QTest::currentDataTag()).split(QLatin1Char(' ')),
+                           named);
 }
 
 #endif

@@ -7,6 +7,8 @@
 #include "simulator/plc_runner.h"
 #include "tests/support/event_recorder.h"
 
+#include <QTest>
+
 #include <memory>
 
 /// The PLC of `tags`, all of its signals constant, on a `Port` of the simulator.
@@ -61,6 +63,22 @@ public:
         const qint64 recovery_ns = recorder.events().readings.first().at_ns - plugged_ns;
         qInfo("reading again after %lld ms", static_cast<long long>(recovery_ns / 1000000));
         return true;
+    }
+
+    /// Fails the test unless the host of a line that breaks three times begins again each time, and
+    /// counts the breaks and nothing else. `reading` as above.
+    template <class Reading>
+    void checkThatPollingOutlivesBreaks(Reading reading)
+    {
+        QVERIFY(waitFor(reading));
+        for (int time = 0; time < 3; ++time)
+            QVERIFY(readsAgainAfterABreak(reading));
+        const kvt::Statistics statistics = poller->statistics();
+        QCOMPARE(statistics.lineFailures, quint64(3));
+        QCOMPARE(statistics.total.stateChanges, quint64(0));
+        QCOMPARE(statistics.total.exchanges,
+                 statistics.total.outcomes.at(size_t(kvt::Outcome::Success)));
+        QVERIFY(recorder.events().switches.isEmpty());
     }
 
     QVector<kvt::Tag> tags;

@@ -6,6 +6,7 @@
 
 #include <QFile>
 #include <QTemporaryDir>
+#include <QTest>
 
 /// One on a pseudo-terminal with a link, or on a free TCP port. Its tags: a byte X 1.2.0, a word
 /// D 5.2.1 and a signed word D 3.4.0 at station 1, a word D 5.2.1 and a block's byte C 7.0.1.4 at
@@ -58,5 +59,15 @@ private:
     QStringList line_;
     bool ready_ = false;
 };
+
+Q_DECLARE_METATYPE(SimulatedLine::Kind)
+
+/// A column "kind" with a row for each of the two lines.
+inline void addLineRows()
+{
+    QTest::addColumn<SimulatedLine::Kind>("kind");
+    QTest::newRow("pty") << SimulatedLine::Kind::Pty;
+    QTest::newRow("tcp") << SimulatedLine::Kind::Tcp;
+}
 
 #endif

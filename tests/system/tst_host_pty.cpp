@@ -241,15 +241,7 @@ private Q_SLOTS:
         PtyPlant plant;
         QVERIFY(plant.ready);
         plant.startHost();
-        QVERIFY(plant.waitFor(lastTagRead));
-        for (int time = 0; time < 3; ++time)
-            QVERIFY(plant.readsAgainAfterABreak(lastTagRead));
-        const Statistics statistics = plant.poller->statistics();
-        QCOMPARE(statistics.lineFailures, quint64(3));
-        QCOMPARE(statistics.total.stateChanges, quint64(0));
-        QCOMPARE(statistics.total.exchanges,
-                 statistics.total.outcomes.at(size_t(Outcome::Success)));
-        QVERIFY(plant.recorder.events().switches.isEmpty());
+        plant.checkThatPollingOutlivesBreaks(lastTagRead);
     }
 
     void unfinishedWritesEndWhenTheHostStops()

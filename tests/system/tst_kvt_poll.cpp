@@ -7,8 +7,6 @@
 
 #include <algorithm>
 
-Q_DECLARE_METATYPE(SimulatedLine::Kind)
-
 namespace
 {
 
@@ -87,9 +85,7 @@ private Q_SLOTS:
 
 void TestKvtPoll::everyTagIsShownAsJson_data()
 {
-    QTest::addColumn<SimulatedLine::Kind>("kind");
-    QTest::newRow("pty") << SimulatedLine::Kind::Pty;
-    QTest::newRow("tcp") << SimulatedLine::Kind::Tcp;
+    addLineRows();
 }
 
 void TestKvtPoll::everyTagIsShownAsJson()
@@ -403,9 +399,7 @@ void TestKvtPoll::badInputIsNamed_data()
 void TestKvtPoll::badInputIsNamed()
 {
     QFETCH(QString, named);
-    QCOMPARE(faultAtBadInput(QString::fromLatin1(QTest::currentDataTag()).split(QLatin1Char(' ')),
-                             named),
-             QString());
+    QCOMPARE(faultAtBadRow(named), QString());
 }
 
 void TestKvtPoll::aBadTagListIsNamedByLine()

@@ -4,8 +4,6 @@
 #include <QJsonArray>
 #include <QtTest>
 
-Q_DECLARE_METATYPE(SimulatedLine::Kind)
-
 namespace
 {
 
@@ -61,9 +59,7 @@ private Q_SLOTS:
 
 void TestKvtRead::whatIsWrittenIsReadAgain_data()
 {
-    QTest::addColumn<SimulatedLine::Kind>("kind");
-    QTest::newRow("pty") << SimulatedLine::Kind::Pty;
-    QTest::newRow("tcp") << SimulatedLine::Kind::Tcp;
+    addLineRows();
 }
 
 void TestKvtRead::whatIsWrittenIsReadAgain()
@@ -378,7 +374,7 @@ void TestKvtRead::badInputIsNamedInOneLine_data()
 void TestKvtRead::badInputIsNamedInOneLine()
 {
     QFETCH(QString, named);
-    QCOMPARE(faultAtBadInput(words(QTest::currentDataTag()), named), QString());
+    QCOMPARE(faultAtBadRow(named), QString());
 }
 
 void TestKvtRead::aDriverWithoutAPathIsNotTakenFromTheFolder()

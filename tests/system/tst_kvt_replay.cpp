@@ -3,8 +3,6 @@
 
 #include <QtTest>
 
-Q_DECLARE_METATYPE(SimulatedLine::Kind)
-
 class TestKvtReplay : public QObject
 {
     Q_OBJECT
@@ -54,9 +52,7 @@ private:
 
 void TestKvtReplay::aRunWithFaultsReplaysWithoutDifference_data()
 {
-    QTest::addColumn<SimulatedLine::Kind>("kind");
-    QTest::newRow("pty") << SimulatedLine::Kind::Pty;
-    QTest::newRow("tcp") << SimulatedLine::Kind::Tcp;
+    addLineRows();
 }
 
 void TestKvtReplay::aRunWithFaultsReplaysWithoutDifference()

@@ -10,8 +10,6 @@
 #include <thread>
 #include <unistd.h>
 
-Q_DECLARE_METATYPE(SimulatedLine::Kind)
-
 namespace
 {
 
@@ -93,9 +91,7 @@ private Q_SLOTS:
 
 void TestKvtScan::theStationsThatAnswerAreNamed_data()
 {
-    QTest::addColumn<SimulatedLine::Kind>("kind");
-    QTest::newRow("pty") << SimulatedLine::Kind::Pty;
-    QTest::newRow("tcp") << SimulatedLine::Kind::Tcp;
+    addLineRows();
 }
 
 void TestKvtScan::theStationsThatAnswerAreNamed()
@@ -271,9 +267,7 @@ void TestKvtScan::badInputIsNamedInOneLine_data()
 void TestKvtScan::badInputIsNamedInOneLine()
 {
     QFETCH(QString, named);
-    QCOMPARE(faultAtBadInput(QString::fromLatin1(QTest::currentDataTag()).split(QLatin1Char(' ')),
-                             named),
-             QString());
+    QCOMPARE(faultAtBadRow(named), QString());
 }
 
 QTEST_GUILESS_MAIN(TestKvtScan)

@@ -4,8 +4,6 @@
 #include <QJsonArray>
 #include <QtTest>
 
-Q_DECLARE_METATYPE(SimulatedLine::Kind)
-
 class TestKvtTune : public QObject
 {
     Q_OBJECT
@@ -26,9 +24,7 @@ private Q_SLOTS:
 
 void TestKvtTune::theTimeOutFollowsFromTheSlowestReply_data()
 {
-    QTest::addColumn<SimulatedLine::Kind>("kind");
-    QTest::newRow("pty") << SimulatedLine::Kind::Pty;
-    QTest::newRow("tcp") << SimulatedLine::Kind::Tcp;
+    addLineRows();
 }
 
 void TestKvtTune::theTimeOutFollowsFromTheSlowestReply()
