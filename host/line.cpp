@@ -1,6 +1,7 @@
 #include "host/line.h"
 
 #include <cerrno>
+#include <poll.h>
 #include <system_error>
 #include <unistd.h>
 
@@ -12,9 +13,20 @@ Line::~Line()
     close();
 }
 
+short Line::openingEvents() const
+{
+    return POLLOUT;
+}
+
 Opening Line::finishOpening(QString *)
 {
     return Opening::Done;
+}
+
+Opening Line::giveUpOpening(QString *error)
+{
+    *error = QStringLiteral("no connection in time");
+    return Opening::Failed;
 }
 
 void Line::close()

@@ -11,7 +11,7 @@ namespace kvt
 /// How far the opening of a line has come.
 enum class Opening {
     Done,    ///< the line can be used
-    Pending, ///< call `finishOpening` once the descriptor is writable
+    Pending, ///< call `finishOpening` once `openingEvents` have come to the descriptor
     Failed   ///< not now; try again later
 };
 
@@ -27,8 +27,14 @@ public:
     /// Begins to open the line, which is closed. Failed sets `*error` (not null).
     virtual Opening open(QString *error) = 0;
 
-    /// Ends an opening that was Pending.
+    /// What a Pending opening waits for at the descriptor: POLLIN or POLLOUT.
+    virtual short openingEvents() const;
+
+    /// Goes on with an opening that was Pending, and may be so again.
     virtual Opening finishOpening(QString *error);
+
+    /// A Pending opening has taken too long: goes on with the next way there is, if any.
+    virtual Opening giveUpOpening(QString *error);
 
     /// Closes the line; harmless when it is closed.
     void close();

@@ -105,7 +105,8 @@ bool Poller::waitForLine()
     descriptors[0].fd = wakeUp_.descriptor();
     descriptors[0].events = POLLIN;
     descriptors[1].fd = line_->descriptor();
-    descriptors[1].events = lineState_ == LineState::Opening ? POLLOUT : POLLIN;
+    descriptors[1].events =
+        lineState_ == LineState::Opening ? line_->openingEvents() : static_cast<short>(POLLIN);
     waitUntil(nextDeadline_ns(), descriptors, lineState_ == LineState::Closed ? 1 : 2);
     if (descriptors[0].revents != 0)
         wakeUp_.clear();
@@ -135,11 +136,10 @@ void Poller::serve(bool lineReady)
 
 void Poller::serveOpening(bool lineReady)
 {
-    QString error = QStringLiteral("no connection in time");
-    if (lineReady && line_->finishOpening(&error) == Opening::Done)
-        opened();
-    else if (lineReady || monotonicNow_ns() >= lineDeadline_ns_)
-        closeLine(error);
+    if (lineReady)
+        followOpening(&Line::finishOpening);
+    else if (monotonicNow_ns() >= lineDeadline_ns_)
+        followOpening(&Line::giveUpOpening);
 }
 
 void Poller::serveOpenLine(bool lineReady)
@@ -185,8 +185,14 @@ bool Poller::sendRequests()
 
 void Poller::open()
 {
+    followOpening(&Line::open);
+}
+
+// Takes a step of the opening, and does what follows from it.
+void Poller::followOpening(Opening (Line::*step)(QString *))
+{
     QString error;
-    switch (line_->open(&error)) {
+    switch ((line_.get()->*step)(&error)) {
     case Opening::Done:
         opened();
         break;

@@ -18,7 +18,7 @@ struct PollerSettings {
     SessionSettings session; ///< the engine's character time and pace are taken from the line
     qint64 firstReopen_ns = milliseconds(100); ///< pause before a line is opened again; doubles
     qint64 longestReopen_ns = milliseconds(500);
-    qint64 connectTimeout_ns = seconds(3); ///< for an opening that stays pending
+    qint64 connectTimeout_ns = seconds(3); ///< for each step of an opening that stays pending
 };
 
 /// The time of the polling thread's clock, in nanoseconds.
@@ -79,6 +79,7 @@ private:
     bool readLine();
     bool sendRequests();
     void open();
+    void followOpening(Opening (Line::*step)(QString *));
     void opened();
     void closeLine(const QString &reason);
 

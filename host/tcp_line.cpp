@@ -1,32 +1,18 @@
 #include "host/tcp_line.h"
 
 #include <cerrno>
-#include <memory>
-#include <netdb.h>
+#include <fcntl.h>
 #include <netinet/in.h>
 #include <netinet/tcp.h>
+#include <poll.h>
 #include <sys/socket.h>
+#include <utility>
 
 namespace kvt
 {
 
 namespace
 {
-
-using AddressList = std::unique_ptr<addrinfo, decltype(&freeaddrinfo)>;
-
-AddressList lookUp(const TcpSettings &settings, QString *error)
-{
-    addrinfo wanted = {};
-    wanted.ai_socktype = SOCK_STREAM;
-    wanted.ai_flags = AI_NUMERICSERV;
-    addrinfo *found = nullptr;
-    const int status = getaddrinfo(settings.host.toUtf8().constData(),
-                                   QByteArray::number(settings.port).constData(), &wanted, &found);
-    if (status != 0)
-        *error = QString::fromLocal8Bit(gai_strerror(status));
-    return {found, &freeaddrinfo};
-}
 
 void setOption(int descriptor, int level, int option, int value)
 {
@@ -63,32 +49,43 @@ QString TcpSettings::error() const
     return QString();
 }
 
-TcpLine::TcpLine(const TcpSettings &settings) : settings_(settings) {}
+TcpLine::TcpLine(const TcpSettings &settings, HostLookup lookup)
+    : settings_(settings), lookup_(std::move(lookup))
+{
+}
 
 Opening TcpLine::open(QString *error)
 {
     *error = settings_.error();
     if (!error->isEmpty())
         return Opening::Failed;
-    const AddressList found = lookUp(settings_, error);
-    if (!found)
-        return Opening::Failed;
-    const int descriptor = socket(found->ai_family, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0);
-    setDescriptor(descriptor);
-    if (descriptor >= 0) {
-        setOptions(descriptor);
-        if (connect(descriptor, found->ai_addr, found->ai_addrlen) == 0)
-            return Opening::Done;
-        if (errno == EINPROGRESS)
-            return Opening::Pending;
+    if (isNumericHost(settings_.host)) {
+        found_ = lookup_(settings_.host, settings_.port);
+        return connectNext(error);
     }
-    *error = systemError();
-    close();
-    return Opening::Failed;
+    // One that is still under way, from the opening before, is as good as a new one.
+    if (!lookingUp_)
+        lookingUp_ = std::make_unique<NameLookup>(lookup_, settings_.host, settings_.port);
+    // The line closes what it polls.
+    setDescriptor(fcntl(lookingUp_->descriptor(), F_DUPFD_CLOEXEC, 0));
+    return Opening::Pending;
+}
+
+short TcpLine::openingEvents() const
+{
+    return lookingUp_ ? POLLIN : POLLOUT;
 }
 
 Opening TcpLine::finishOpening(QString *error)
 {
+    if (lookingUp_ && !lookingUp_->hasEnded())
+        return Opening::Pending;
+    if (lookingUp_) {
+        close();
+        found_ = lookingUp_->found();
+        lookingUp_.reset();
+        return connectNext(error);
+    }
     int status = 0;
     socklen_t size = sizeof status;
     if (getsockopt(descriptor(), SOL_SOCKET, SO_ERROR, &status, &size) != 0)
@@ -96,8 +93,40 @@ Opening TcpLine::finishOpening(QString *error)
     if (status == 0)
         return Opening::Done;
     errno = status;
-    *error = systemError();
+    found_.error = systemError();
     close();
+    return connectNext(error);
+}
+
+Opening TcpLine::giveUpOpening(QString *error)
+{
+    close();
+    if (lookingUp_) {
+        *error = QStringLiteral("the name \"%1\" is still being looked up").arg(settings_.host);
+        return Opening::Failed;
+    }
+    found_.error = QStringLiteral("no connection in time");
+    return connectNext(error);
+}
+
+// Begins with the next address that lets itself be tried. What is told is why the last one failed.
+Opening TcpLine::connectNext(QString *error)
+{
+    while (!found_.addresses.isEmpty()) {
+        const SocketAddress to = found_.addresses.takeFirst();
+        setDescriptor(socket(to.address.ss_family, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0));
+        if (descriptor() >= 0) {
+            setOptions(descriptor());
+            if (connect(descriptor(), reinterpret_cast<const sockaddr *>(&to.address), to.size) ==
+                0)
+                return Opening::Done;
+            if (errno == EINPROGRESS)
+                return Opening::Pending;
+        }
+        found_.error = systemError();
+        close();
+    }
+    *error = found_.error;
     return Opening::Failed;
 }
 

@@ -30,7 +30,8 @@ constexpr char JUDGED[] = "judge";
 constexpr char VALUE[] = "value";
 constexpr char ENDED[] = "end";
 constexpr char LINE[] = "line";
-constexpr char FULL[] = "full";
+constexpr char CONTINUED[] = "continued";
+constexpr char LOST[] = "lost";
 constexpr char NO_BYTES[] = "-";
 } // namespace trace
 

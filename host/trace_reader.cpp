@@ -24,7 +24,7 @@ constexpr Form FORMS[] = {
     {trace::NOTHING, "n"},  {trace::ASK, "hn"},         {trace::SENT, "h"},
     {trace::RECEIVED, "h"}, {trace::DROPPED, "wn"},     {trace::JUDGED, "hnnnnn"},
     {trace::ENDED, "wn"},   {trace::VALUE, "nntnnh"},   {trace::LINE, "w"},
-    {trace::FULL, ""},
+    {trace::CONTINUED, ""}, {trace::LOST, "n"},
 };
 
 bool isHexDigit(char c)

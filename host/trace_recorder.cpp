@@ -136,8 +136,8 @@ struct RecordedCalls {
     }
 };
 
-TraceRecorder::TraceRecorder(TraceWriter::Clock clock, qint64 limit_bytes)
-    : writer_(std::move(clock), limit_bytes)
+TraceRecorder::TraceRecorder(TraceWriter::Clock clock, Outlet::WhenFull whenFull)
+    : writer_(std::move(clock), whenFull)
 {
 }
 
@@ -145,14 +145,20 @@ TraceRecorder::~TraceRecorder()
 {
     if (recorder == this)
         recorder = nullptr;
-    writeNothing();
-    writer_.flush();
 }
 
-bool TraceRecorder::open(const QString &path, QString *error)
+bool TraceRecorder::open(const QString &path, QString *error, qint64 limit_bytes,
+                         TraceNotice notice)
 {
     const std::lock_guard<std::mutex> lock(mutex_);
-    return writer_.open(path, error);
+    return writer_.open(path, limit_bytes, std::move(notice), error);
+}
+
+void TraceRecorder::close(qint64 timeout_ns)
+{
+    const std::lock_guard<std::mutex> lock(mutex_);
+    writeNothing();
+    writer_.close(timeout_ns);
 }
 
 DriverApi TraceRecorder::attach(const DriverApi &api)
@@ -172,10 +178,10 @@ DriverApi TraceRecorder::attach(const DriverApi &api)
     return recorded;
 }
 
-QString TraceRecorder::endReason() const
+QString TraceRecorder::problem() const
 {
     const std::lock_guard<std::mutex> lock(mutex_);
-    return writer_.endReason();
+    return writer_.problem();
 }
 
 void TraceRecorder::bytesSent(const QByteArray &bytes)

@@ -19,21 +19,26 @@ class TraceRecorder final : public LineTap
 {
 public:
     /// As TraceWriter.
-    explicit TraceRecorder(TraceWriter::Clock clock, qint64 limit_bytes = TraceWriter::LIMIT_bytes);
+    explicit TraceRecorder(TraceWriter::Clock clock,
+                           Outlet::WhenFull whenFull = Outlet::WhenFull::Drop);
     ~TraceRecorder() override;
     TraceRecorder(const TraceRecorder &) = delete;
     TraceRecorder &operator=(const TraceRecorder &) = delete;
 
-    /// Creates the file, or empties it. On failure returns false and sets `*error` (not null).
-    bool open(const QString &path, QString *error);
+    /// As TraceWriter.
+    bool open(const QString &path, QString *error, qint64 limit_bytes = TraceWriter::LIMIT_bytes,
+              TraceNotice notice = {});
 
     /// Returns entry points that record and then do what those of `api` do. To be called before
     /// the driver is set up. Each call may come from any thread that may make it of `api`; the
     /// order in the trace is the true one only for calls of one thread.
     DriverApi attach(const DriverApi &api);
 
-    /// Why the recording ended before its time; empty while it has not. Any thread.
-    QString endReason() const;
+    /// Ends the recording, as TraceWriter does.
+    void close(qint64 timeout_ns);
+
+    /// Why the recording is not complete; empty while it is. Any thread.
+    QString problem() const;
 
     void bytesSent(const QByteArray &bytes) override;
     void bytesReceived(const char *bytes, int count) override;

@@ -245,7 +245,12 @@ ReplayResult replayTrace(TraceReader *reader, const DriverApi &api)
     ReplayResult result;
     Player player(api);
     TraceRecord record;
-    while (result.difference.isEmpty() && reader->next(&record)) {
+    while (result.difference.isEmpty() && !result.isCut && reader->next(&record)) {
+        if (record.is(trace::CONTINUED)) {
+            result.error = QStringLiteral("it begins in the middle of a run, whose beginning has "
+                                          "made room: it can be decoded, not replayed");
+            return result;
+        }
         const QString difference = player.play(record);
         if (!difference.isEmpty())
             result.difference = QStringLiteral("exchange %1 (line %2): %3")
@@ -253,7 +258,7 @@ ReplayResult replayTrace(TraceReader *reader, const DriverApi &api)
                                     .arg(record.line)
                                     .arg(difference);
         result.exchanges = record.exchange;
-        result.isFull = result.isFull || record.is(trace::FULL);
+        result.isCut = record.is(trace::LOST);
     }
     result.calls = player.calls();
     result.error = reader->error();

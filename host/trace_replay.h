@@ -10,11 +10,11 @@ namespace kvt
 
 /// How a replay went.
 struct ReplayResult {
-    int exchanges = 0;   ///< number of requests that the driver was asked for
-    int calls = 0;       ///< calls of the driver whose outcome was compared
-    QString difference;  ///< the first one, with exchange and line; empty when there is none
-    QString error;       ///< a line that is no record; empty when there is none
-    bool isFull = false; ///< the recording ended because its file was full
+    int exchanges = 0;  ///< number of requests that the driver was asked for
+    int calls = 0;      ///< calls of the driver whose outcome was compared
+    QString difference; ///< the first one, with exchange and line; empty when there is none
+    QString error;      ///< a line that is no record; empty when there is none
+    bool isCut = false; ///< it ended where the recording has lost records
 };
 
 /// Makes every call that the trace records, of a freshly loaded driver, and compares what it

@@ -1,16 +1,20 @@
-// The file of a trace: lines of text with a time stamp, never more than a fixed number of bytes.
+// The records of a trace: lines of text with a time stamp.
 #ifndef KVT_HOST_TRACE_WRITER_H
 #define KVT_HOST_TRACE_WRITER_H
 
-#include <QFile>
+#include "host/outlet.h"
+#include "host/trace_file.h"
+
 #include <QString>
 
 #include <functional>
+#include <memory>
 
 namespace kvt
 {
 
-/// Writes records to a file. Does no locking of its own.
+/// Writes records through an outlet, so that it never waits for the disk. Does no locking of its
+/// own.
 class TraceWriter
 {
 public:
@@ -18,37 +22,37 @@ public:
 
     static constexpr qint64 LIMIT_bytes = 64 * 1024 * 1024;
 
-    /// `clock` yields nanoseconds; the stamps count from the moment the file is opened. The file
-    /// is never longer than `limit_bytes`.
-    explicit TraceWriter(Clock clock, qint64 limit_bytes = LIMIT_bytes);
+    /// `clock` yields nanoseconds; the stamps count from the moment the file is opened. `whenFull`
+    /// says what becomes of records that are added faster than they can be written.
+    explicit TraceWriter(Clock clock, Outlet::WhenFull whenFull = Outlet::WhenFull::Drop);
 
-    /// Creates the file, or empties it. On failure returns false and sets `*error` (not null).
-    bool open(const QString &path, QString *error);
+    /// Opens the file, see TraceFile. On failure returns false and sets `*error` (not null). A disk
+    /// that takes long is not waited for; records are kept meanwhile.
+    bool open(const QString &path, qint64 limit_bytes, TraceNotice notice, QString *error);
 
-    /// Appends a record. Does nothing once the file is full: a record that has no place any more
-    /// is replaced by one that says so, and ends the trace. A disk that takes no more ends it too.
+    /// Appends a record. Does nothing once the trace has ended.
     void add(const QByteArray &record);
 
-    /// Hands what has been added to the system.
+    /// Hands on what has been added. Records that find no room are replaced by one that says so.
     void flush();
 
-    /// False once the trace has ended before its time, or was never opened.
-    bool isRecording() const { return recording_; }
+    /// Hands on the rest and waits until it is written, at most for `timeout_ns`.
+    void close(qint64 timeout_ns);
 
-    /// Why it ended before its time; empty when it did not.
-    QString endReason() const { return endReason_; }
+    /// Why the trace is not complete; empty while it is.
+    QString problem() const;
 
 private:
     QByteArray stamped(const QByteArray &record) const;
-    void end(const QString &reason);
 
     Clock clock_;
-    qint64 limit_bytes_;
-    qint64 written_bytes_ = 0;
+    Outlet::WhenFull whenFull_;
     qint64 startedAt_ns_ = 0;
-    QFile file_;
-    bool recording_ = false;
-    QString endReason_;
+    std::unique_ptr<Outlet> outlet_;
+    QByteArray pending_;
+    int pendingRecords_ = 0;
+    int lostRecords_ = 0; // since the latest that found room
+    qint64 allLost_ = 0;
 };
 
 } // namespace kvt

@@ -55,6 +55,7 @@ public:
 
 private:
     QVector<CellValue> show(const QJsonObject &summary = QJsonObject());
+    void showUnlessStuck();
     int conclude();
     int judge(const QVector<CellValue> &values) const;
     qint64 limitingCharacterTime_ns() const;
@@ -70,6 +71,7 @@ private:
     PollOutput output_;
     HostLink link_;
     qint64 startedAt_ns_ = 0;
+    int skipped_ = 0; // outputs
 };
 
 int Poll::run()
@@ -85,7 +87,7 @@ int Poll::run()
     link_.poller()->start();
 
     QTimer timer;
-    QObject::connect(&timer, &QTimer::timeout, [this] { show(); });
+    QObject::connect(&timer, &QTimer::timeout, [this] { showUnlessStuck(); });
     timer.start(options_.interval_ms);
     if (options_.seconds > 0)
         QTimer::singleShot(std::chrono::seconds(options_.seconds), QCoreApplication::instance(),
@@ -93,6 +95,15 @@ int Poll::run()
     QCoreApplication::exec();
     timer.stop();
     return conclude();
+}
+
+// Who is slow to read gets the latest values later, not all of them one after the other.
+void Poll::showUnlessStuck()
+{
+    if (outputIsBusy())
+        ++skipped_;
+    else
+        show();
 }
 
 // Returns the values that it has shown.
@@ -126,6 +137,9 @@ int Poll::conclude()
     if (!options_.line.json)
         printSummary();
     reportDoubtfulReplies();
+    if (skipped_ > 0)
+        printEvent(QStringLiteral("%1 outputs were left out, nobody read those before in time")
+                       .arg(skipped_));
     return judge(values);
 }
 

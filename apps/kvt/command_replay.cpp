@@ -19,7 +19,7 @@ QJsonObject resultToJson(const ReplayResult &result)
     QJsonObject object{{QStringLiteral("same"), result.difference.isEmpty()},
                        {QStringLiteral("exchanges"), result.exchanges},
                        {QStringLiteral("outcomes_compared"), result.calls},
-                       {QStringLiteral("recording_was_cut"), result.isFull}};
+                       {QStringLiteral("recording_was_cut"), result.isCut}};
     if (!result.difference.isEmpty())
         object.insert(QStringLiteral("difference"), result.difference);
     return {{QStringLiteral("summary"), object}};
@@ -32,8 +32,8 @@ QString resultText(const ReplayResult &result)
     return QStringLiteral("%1 exchanges replayed, %2 outcomes compared, no difference%3\n")
         .arg(result.exchanges)
         .arg(result.calls)
-        .arg(result.isFull ? QStringLiteral(" (the recording ended when its file was full)")
-                           : QString());
+        .arg(result.isCut ? QStringLiteral(" (up to where the recording has lost records)")
+                          : QString());
 }
 
 int replay(const QString &path, const QString &driver, bool json)

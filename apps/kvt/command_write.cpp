@@ -61,7 +61,7 @@ void report(const Tag &tag, const QString &value, const RequestOutcome &outcome,
     else if (outcome.good)
         printOut(verdict + QLatin1Char('\n'));
     // What has become of the value must be known even where standard output takes nothing.
-    if (outputFailed() || (!json && !outcome.good))
+    if ((!json && !outcome.good) || !outputWasTaken())
         printError(verdict);
 }
 

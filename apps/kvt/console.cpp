@@ -1,17 +1,21 @@
 #include "apps/kvt/console.h"
 
 #include "apps/kvt/exit_codes.h"
+#include "apps/kvt/stop_signal.h"
 #include "apps/kvt/table/printable.h"
 #include "apps/kvt/wall_clock.h"
+#include "host/host_time.h"
+#include "host/outlet.h"
 
 #include <QCoreApplication>
 #include <QJsonDocument>
 #include <QStringList>
+#include <QThread>
 
 #include <atomic>
-#include <cerrno>
-#include <cstdio>
 #include <mutex>
+
+#include <unistd.h>
 
 namespace kvt
 {
@@ -19,7 +23,9 @@ namespace kvt
 namespace
 {
 
-std::atomic<int> outputError{0}; // errno of the first text that was lost
+constexpr qint64 QUEUE_bytes = 1024 * 1024;
+constexpr qint64 ORDER_ns = milliseconds(100);
+constexpr qint64 SHORT_DRAIN_ns = milliseconds(300);
 
 std::mutex messageMutex; // for the two below
 bool messagesAreHeld = false;
@@ -27,36 +33,134 @@ QStringList heldMessages;
 
 const QString LINE_ENDS_AND_TABS = QStringLiteral("\n\t");
 
+std::atomic<bool> outputMayWait{true};
+std::atomic<bool> lossReported{false};
+
+void quitEventLoop()
+{
+    if (QCoreApplication::instance() != nullptr)
+        QMetaObject::invokeMethod(QCoreApplication::instance(), &QCoreApplication::quit,
+                                  Qt::QueuedConnection);
+}
+
+// Standard output or standard error. What runs on ends when its output is lost.
+class Stream final : public Sink
+{
+public:
+    Stream(int descriptor, bool quitWhenLost) : descriptor_(descriptor), quitWhenLost_(quitWhenLost)
+    {
+    }
+
+    QString write(const QByteArray &text) override
+    {
+        const QString error = writeAll(descriptor_, text);
+        if (!error.isEmpty() && quitWhenLost_)
+            quitEventLoop();
+        return error;
+    }
+
+private:
+    int descriptor_;
+    bool quitWhenLost_;
+};
+
+Outlet &output()
+{
+    static Outlet outlet(std::make_shared<Stream>(STDOUT_FILENO, true), QUEUE_bytes);
+    return outlet;
+}
+
+Outlet &errors()
+{
+    static Outlet outlet(std::make_shared<Stream>(STDERR_FILENO, false), QUEUE_bytes);
+    return outlet;
+}
+
+// What the main thread prints on both streams stays in its order on a terminal that shows both,
+// unless one of them is stuck.
+void letGoFirst(Outlet *other)
+{
+    static bool isStuck = false;
+    const QCoreApplication *application = QCoreApplication::instance();
+    if (application == nullptr || QThread::currentThread() != application->thread())
+        return;
+    isStuck = isStuck && other->isBusy();
+    isStuck = isStuck || !other->drain(ORDER_ns);
+}
+
+void print(Outlet *outlet, const QString &text)
+{
+    letGoFirst(outlet == &output() ? &errors() : &output());
+    outlet->add(text.toUtf8(), outputMayWait ? Outlet::WhenFull::Wait : Outlet::WhenFull::Drop);
+}
+
 void writeMessage(const QString &text)
 {
-    std::fprintf(stderr, "kvt: %s\n", printable(text).toUtf8().constData());
+    print(&errors(), QStringLiteral("kvt: %1\n").arg(printable(text)));
+}
+
+// Why standard output is not complete; empty when it is.
+QString outputProblem()
+{
+    if (!output().error().isEmpty())
+        return output().error();
+    if (output().dropped() > 0)
+        return QStringLiteral("%1 texts were dropped, nobody read them in time")
+            .arg(output().dropped());
+    return output().isBusy() ? QStringLiteral("nobody reads the last texts") : QString();
 }
 
 } // namespace
 
 void printOut(const QString &text)
 {
-    const QByteArray bytes = printable(text, LINE_ENDS_AND_TABS).toUtf8();
-    const auto size = static_cast<size_t>(bytes.size());
-    const bool written =
-        std::fwrite(bytes.constData(), 1, size, stdout) == size && std::fflush(stdout) == 0;
-    int none = 0;
-    if (!written && outputError.compare_exchange_strong(none, errno))
-        QMetaObject::invokeMethod(QCoreApplication::instance(), &QCoreApplication::quit,
-                                  Qt::QueuedConnection);
+    print(&output(), printable(text, LINE_ENDS_AND_TABS));
+}
+
+bool outputIsBusy()
+{
+    return output().isBusy();
 }
 
 bool outputFailed()
 {
-    return outputError != 0;
+    return !output().error().isEmpty();
 }
 
-int checkOutput(int exitCode)
+bool outputWasTaken()
 {
-    if (!outputFailed())
-        return exitCode;
-    printError(QStringLiteral("standard output: %1").arg(qt_error_string(outputError)));
-    return exitCode == EXIT_GOOD ? EXIT_NO_ANSWER : exitCode;
+    return output().drain(SHORT_DRAIN_ns) && outputProblem().isEmpty();
+}
+
+void letOutputWait(bool mayWait)
+{
+    outputMayWait = mayWait;
+}
+
+qint64 drainTime_ns()
+{
+    return StopSignal::wasRequested() ? SHORT_DRAIN_ns : seconds(5);
+}
+
+void reportLoss(const QString &text)
+{
+    lossReported = true;
+    printEvent(text);
+}
+
+int finishOutput(int exitCode)
+{
+    output().drain(StopSignal::wasRequested() ? SHORT_DRAIN_ns : NEVER);
+    const QString problem = outputProblem();
+    if (!problem.isEmpty()) {
+        lossReported = true;
+        printError(QStringLiteral("standard output: %1").arg(problem));
+    }
+    if (errors().dropped() > 0)
+        printError(QStringLiteral("%1 messages were dropped, nobody read them in time")
+                       .arg(errors().dropped()));
+    errors().drain(StopSignal::wasRequested() ? SHORT_DRAIN_ns : NEVER);
+    return exitCode == EXIT_GOOD && lossReported ? EXIT_NO_ANSWER : exitCode;
 }
 
 QString jsonLine(const QJsonObject &object)
@@ -72,6 +176,11 @@ void printError(const QString &text)
         heldMessages.append(text);
     else
         writeMessage(text);
+}
+
+void printProgress(const QString &text)
+{
+    errors().add(text.toUtf8(), Outlet::WhenFull::Drop);
 }
 
 void printEvent(const QString &text)

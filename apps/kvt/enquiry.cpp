@@ -90,7 +90,7 @@ bool Enquiry::waitUntil(Condition condition)
             const std::lock_guard<std::mutex> lock(mutex_);
             if (condition())
                 return true;
-            if (!lineError_.isEmpty() || stopSignal_.isRequested())
+            if (!lineError_.isEmpty() || StopSignal::wasRequested())
                 return false;
         }
         loop_.exec();

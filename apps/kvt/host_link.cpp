@@ -9,9 +9,12 @@ namespace kvt
 HostLink::~HostLink()
 {
     poller_.reset();
-    if (recorder_ && !recorder_->endReason().isEmpty())
-        printError(QStringLiteral("--trace: %1 is not complete: %2")
-                       .arg(traceFile_, recorder_->endReason()));
+    if (!recorder_)
+        return;
+    recorder_->close(drainTime_ns());
+    if (!recorder_->problem().isEmpty())
+        reportLoss(QStringLiteral("--trace: %1 is not complete: %2")
+                       .arg(traceFile_, recorder_->problem()));
 }
 
 bool HostLink::load(const LineOptions &options)
@@ -23,10 +26,16 @@ bool HostLink::load(const LineOptions &options)
     QString error;
     traceFile_ = options.trace;
     recorder_ = std::make_unique<TraceRecorder>(monotonicNow_ns);
-    const bool recording = recorder_->open(traceFile_, &error);
-    if (!recording)
-        printError(QStringLiteral("--trace: %1: %2").arg(traceFile_, error));
-    return recording;
+    const auto notice = [file = traceFile_](const QString &text) {
+        printEvent(QStringLiteral("--trace: %1: %2").arg(file, text));
+    };
+    const qint64 limit_bytes = options.traceSize_MiB * qint64(1048576);
+    const bool recording = recorder_->open(traceFile_, &error, limit_bytes, notice);
+    if (recording)
+        return true;
+    recorder_.reset();
+    printError(QStringLiteral("--trace: %1: %2").arg(traceFile_, error));
+    return false;
 }
 
 void HostLink::connect(const LineOptions &options, const PollerSettings &settings,

@@ -19,6 +19,7 @@ const QString RETRIES = QStringLiteral("retries");
 const QString REPLY_CHECK = QStringLiteral("reply-check");
 const QString JSON = QStringLiteral("json");
 const QString TRACE = QStringLiteral("trace");
+const QString TRACE_SIZE = QStringLiteral("trace-size");
 
 const int LONGEST_TIMEOUT_ms = 60000;
 const int MOST_RETRIES = 100;
@@ -143,8 +144,15 @@ void addLineOptions(QCommandLineParser *parser, int retries, const char *timeout
          QStringLiteral("HOW"), QStringLiteral("count")});
     parser->addOption({JSON, QStringLiteral("Print JSON.")});
     parser->addOption(
-        {TRACE, QStringLiteral("Record all bytes and verdicts in this file, which is replaced."),
+        {TRACE,
+         QStringLiteral("Record all bytes and verdicts in this file. A trace that is there is "
+                        "replaced, anything else left alone."),
          QStringLiteral("FILE")});
+    parser->addOption(
+        {TRACE_SIZE,
+         QStringLiteral("Greatest size of the trace in MiB, 1 to 65536 (default: 64). "
+                        "The newest records are kept; the older half is in FILE.1."),
+         QStringLiteral("MIB"), QStringLiteral("64")});
     parser->addOption(driverOption());
 }
 
@@ -159,7 +167,8 @@ bool readLineOptions(const QCommandLineParser &parser, LineOptions *options)
     options->trace = parser.value(TRACE);
     if (!readSpeedOptions(parser, &options->serial) ||
         !readTimingOptions(parser, &options->timeout_ms, &options->retries) ||
-        !readReplyCheck(parser, options))
+        !readReplyCheck(parser, options) ||
+        !readNumber(parser, TRACE_SIZE, 1, 65536, &options->traceSize_MiB))
         return false;
     return parser.isSet(TCP) ? readTcp(parser, options) : readSerial(parser, options);
 }

@@ -22,8 +22,9 @@ struct LineOptions {
     int retries = 2;    ///< further attempts at a request
     ReplyChecking replyChecking = ReplyChecking::Count;
     bool json = false;
-    QString driver; ///< path of libKVT.so.1
-    QString trace;  ///< file that records the line; empty: none
+    QString driver;         ///< path of libKVT.so.1
+    QString trace;          ///< file that records the line; empty: none
+    int traceSize_MiB = 64; ///< what is recorded has no more, older records go
 };
 
 /// Adds --baud and --format, for commands that need to know the speed of a line but not which.

@@ -92,5 +92,6 @@ int main(int argc, char *argv[])
     QCoreApplication::setApplicationVersion(QStringLiteral(KVT_VERSION));
     // A reader that goes away is an error of writing, after which links and traces are closed.
     (void)std::signal(SIGPIPE, SIG_IGN);
-    return kvt::checkOutput(runWords(QCoreApplication::arguments().mid(1)));
+    (void)std::signal(SIGXFSZ, SIG_IGN);
+    return kvt::finishOutput(runWords(QCoreApplication::arguments().mid(1)));
 }

@@ -1,9 +1,9 @@
 #include "apps/kvt/progress_bar.h"
 
+#include "apps/kvt/console.h"
 #include "apps/kvt/table/printable.h"
 
 #include <algorithm>
-#include <cstdio>
 
 #include <sys/ioctl.h>
 #include <unistd.h>
@@ -50,14 +50,15 @@ void ProgressBar::show(int done, const QString &text)
     const int width = std::min(displayWidth(line), room);
     // A wider line from before is written over; in a terminal that became narrower it has turned.
     line = fitted(line, std::min(std::max(width, drawn_), room));
-    (void)std::fprintf(stderr, "\r%s", qPrintable(line));
+    printProgress(QLatin1Char('\r') + line);
     drawn_ = width;
 }
 
 void ProgressBar::clear()
 {
+    const int width = std::min(drawn_, terminalColumns() - 1);
     if (drawn_ > 0)
-        (void)std::fprintf(stderr, "\r%*s\r", std::min(drawn_, terminalColumns() - 1), "");
+        printProgress(QLatin1Char('\r') + QString(width, QLatin1Char(' ')) + QLatin1Char('\r'));
     drawn_ = 0;
 }
 

@@ -1,7 +1,10 @@
 #include "apps/kvt/stop_signal.h"
 
+#include "apps/kvt/console.h"
+
 #include <QCoreApplication>
 
+#include <atomic>
 #include <csignal>
 
 #include <sys/signalfd.h>
@@ -19,15 +22,18 @@ sigset_t stopSignals()
     sigemptyset(&signals);
     sigaddset(&signals, SIGINT);
     sigaddset(&signals, SIGTERM);
+    sigaddset(&signals, SIGHUP);
     return signals;
 }
+
+std::atomic<bool> requested{false};
 
 // One that is left would end the process as soon as it is no longer blocked.
 void takeSignals(int descriptor)
 {
     signalfd_siginfo signal = {};
     while (read(descriptor, &signal, sizeof signal) > 0)
-        continue;
+        requested = true;
 }
 
 } // namespace
@@ -35,12 +41,12 @@ void takeSignals(int descriptor)
 StopSignal::StopSignal()
 {
     const sigset_t signals = stopSignals();
+    letOutputWait(false);
     pthread_sigmask(SIG_BLOCK, &signals, nullptr);
     descriptor_ = signalfd(-1, &signals, SFD_CLOEXEC | SFD_NONBLOCK);
     notifier_ = std::make_unique<QSocketNotifier>(descriptor_, QSocketNotifier::Read);
     QObject::connect(notifier_.get(), &QSocketNotifier::activated, this, [this] {
         takeSignals(descriptor_);
-        requested_ = true;
         QCoreApplication::quit();
     });
 }
@@ -52,6 +58,12 @@ StopSignal::~StopSignal()
     close(descriptor_);
     const sigset_t signals = stopSignals();
     pthread_sigmask(SIG_UNBLOCK, &signals, nullptr);
+    letOutputWait(!wasRequested());
+}
+
+bool StopSignal::wasRequested()
+{
+    return requested;
 }
 
 } // namespace kvt

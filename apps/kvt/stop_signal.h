@@ -1,4 +1,4 @@
-// Ctrl-C and the signal to terminate, as an event of the event loop.
+// Ctrl-C and the signals to terminate and to hang up, as an event of the event loop.
 #ifndef KVT_APPS_KVT_STOP_SIGNAL_H
 #define KVT_APPS_KVT_STOP_SIGNAL_H
 
@@ -10,20 +10,19 @@
 namespace kvt
 {
 
-/// While it lives, SIGINT and SIGTERM do not end the process but quit its event loop. Make it
-/// before any thread, so that all of them leave the signals alone.
+/// While it lives, SIGINT, SIGTERM and SIGHUP do not end the process but quit its event loop. Make
+/// it before any thread, so that all of them leave the signals alone.
 class StopSignal : public QObject
 {
 public:
     StopSignal();
     ~StopSignal() override;
 
-    /// True from the first signal on. The thread of the event loop.
-    bool isRequested() const { return requested_; }
+    /// True from the first signal on, be the object gone. Any thread.
+    static bool wasRequested();
 
 private:
     int descriptor_ = -1;
-    bool requested_ = false;
     std::unique_ptr<QSocketNotifier> notifier_;
 };
 

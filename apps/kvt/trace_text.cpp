@@ -136,8 +136,10 @@ QString TraceText::textOf(const TraceRecord &record) const
         return QStringLiteral("read list of %1 entries").arg(record.number(0));
     if (record.is(trace::ENDED))
         return QStringLiteral("attempt %1 ended: %2").arg(record.number(1)).arg(endText(record));
-    if (record.is(trace::FULL))
-        return QStringLiteral("the recording ends, its file is full");
+    if (record.is(trace::CONTINUED))
+        return QStringLiteral("the recording goes on here, what was before is in an older file");
+    if (record.is(trace::LOST))
+        return QStringLiteral("%1 records were lost").arg(record.number(0));
     return QString();
 }
 

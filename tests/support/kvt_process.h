@@ -28,8 +28,9 @@ public:
         }
     }
 
-    /// Before the start: where standard output goes, and the folder to run in.
+    /// Before the start: where standard output and error go, and the folder to run in.
     void sendOutputTo(const QString &file) { process_.setStandardOutputFile(file); }
+    void sendErrorsTo(const QString &file) { process_.setStandardErrorFile(file); }
     void runIn(const QString &folder) { process_.setWorkingDirectory(folder); }
 
     void start(const QStringList &arguments)
@@ -63,7 +64,8 @@ public:
     bool isRunning() const { return process_.state() == QProcess::Running; }
 
     /// What Ctrl-C sends.
-    void interrupt() { ::kill(static_cast<pid_t>(process_.processId()), SIGINT); }
+    void interrupt() { signal(SIGINT); }
+    void signal(int number) { ::kill(static_cast<pid_t>(process_.processId()), number); }
 
     /// Waits for the end. Returns the exit status; -1 when it crashed or did not end.
     int finish()

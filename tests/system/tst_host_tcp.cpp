@@ -5,6 +5,9 @@
 
 #include <QtTest>
 
+#include <condition_variable>
+#include <mutex>
+
 using namespace kvt;
 
 namespace
@@ -24,12 +27,14 @@ class TcpPlant : public Plant<TcpPort>
 public:
     TcpPlant() : Plant(plantTags()) {}
 
-    void startHost()
+    void startHost() { startHost(QStringLiteral("127.0.0.1"), lookUpHost); }
+
+    void startHost(const QString &host, const HostLookup &lookup)
     {
         TcpSettings tcp;
-        tcp.host = QStringLiteral("127.0.0.1");
+        tcp.host = host;
         tcp.port = port.port();
-        Plant::startHost(std::make_unique<TcpLine>(tcp));
+        Plant::startHost(std::make_unique<TcpLine>(tcp, lookup));
     }
 };
 
@@ -79,6 +84,61 @@ private Q_SLOTS:
         QVERIFY(plant.ready);
         plant.startHost();
         plant.checkThatPollingOutlivesBreaks(bothRead);
+    }
+
+    // Nobody listens at the first two; the last one is the plant's.
+    void everyAddressOfAHostIsTried()
+    {
+        TcpPlant plant;
+        QVERIFY(plant.ready);
+        plant.startHost(QStringLiteral("plant.example"), [](const QString &, int port) {
+            FoundAddresses found;
+            for (const char *host : {"::1", "127.0.0.2", "127.0.0.1"})
+                found.addresses += lookUpHost(QString::fromLatin1(host), port).addresses;
+            return found;
+        });
+        QVERIFY(plant.waitFor(bothRead));
+    }
+
+    void aNameThatIsNotKnownIsTold()
+    {
+        TcpPlant plant;
+        QVERIFY(plant.ready);
+        plant.startHost(QStringLiteral("plant.example"), [](const QString &, int) {
+            return FoundAddresses{{}, QStringLiteral("Name or service not known")};
+        });
+        QVERIFY(plant.waitFor([](const RecordedEvents &events) {
+            return events.lineReasons.contains(QStringLiteral("Name or service not known"));
+        }));
+    }
+
+    void aSlowNameServerHoldsNobodyUp()
+    {
+        struct Server {
+            std::mutex mutex;
+            std::condition_variable changed;
+            bool asked = false;
+            bool answers = false;
+        };
+        const auto server = std::make_shared<Server>();
+        TcpPlant plant;
+        QVERIFY(plant.ready);
+        plant.startHost(QStringLiteral("plant.example"), [server](const QString &, int port) {
+            std::unique_lock<std::mutex> lock(server->mutex);
+            server->asked = true;
+            server->changed.notify_all();
+            server->changed.wait(lock, [&] { return server->answers; });
+            return lookUpHost(QStringLiteral("127.0.0.1"), port);
+        });
+        {
+            std::unique_lock<std::mutex> lock(server->mutex);
+            server->changed.wait(lock, [&] { return server->asked; });
+        }
+        // Would wait for good if the polling thread did.
+        plant.poller->stop();
+        const std::lock_guard<std::mutex> lock(server->mutex);
+        server->answers = true;
+        server->changed.notify_all();
     }
 };
 

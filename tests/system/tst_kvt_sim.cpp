@@ -97,10 +97,11 @@ void TestKvtSim::aWrongCommandIsNamed()
 
 void TestKvtSim::helpNamesEveryOption_data()
 {
-    const QStringList line = {
-        QStringLiteral("--serial"), QStringLiteral("--tcp"),     QStringLiteral("--baud"),
-        QStringLiteral("--format"), QStringLiteral("--timeout"), QStringLiteral("--retries"),
-        QStringLiteral("--json"),   QStringLiteral("--driver"),  QStringLiteral("--trace")};
+    const QStringList line = {QStringLiteral("--serial"),  QStringLiteral("--tcp"),
+                              QStringLiteral("--baud"),    QStringLiteral("--format"),
+                              QStringLiteral("--timeout"), QStringLiteral("--retries"),
+                              QStringLiteral("--json"),    QStringLiteral("--driver"),
+                              QStringLiteral("--trace"),   QStringLiteral("--trace-size")};
     QTest::addColumn<QStringList>("options");
     QTest::newRow("sim") << QStringList{
         QStringLiteral("--pty"),    QStringLiteral("--serial"), QStringLiteral("--tcp"),

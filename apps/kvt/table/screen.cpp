@@ -5,6 +5,7 @@
 #include <poll.h>
 #include <sys/ioctl.h>
 #include <sys/signalfd.h>
+#include <termios.h>
 #include <unistd.h>
 
 // Its macros have names like those of functions here and of Qt's.
@@ -76,6 +77,13 @@ bool translate(int status, wint_t code, Key *key)
     return false;
 }
 
+// False while the terminal is stopped, or its other end does not read.
+bool takesOutput()
+{
+    pollfd terminal = {STDOUT_FILENO, POLLOUT, 0};
+    return poll(&terminal, 1, 0) == 1 && (terminal.revents & POLLOUT) != 0;
+}
+
 } // namespace
 
 bool outputIsScreen()
@@ -118,8 +126,10 @@ Screen::~Screen()
     keyNotifier_.reset();
     sizeNotifier_.reset();
     close(sizeSignal_);
-    if (isTaken_)
-        endwin();
+    if (isTaken_) {
+        tcflow(STDOUT_FILENO, TCOON); // Ctrl-S holds nobody up
+        takesOutput() ? endwin() : reset_shell_mode();
+    }
     const sigset_t signals = sizeSignals();
     pthread_sigmask(SIG_UNBLOCK, &signals, nullptr);
 }
@@ -161,6 +171,8 @@ int Screen::lines() const
 
 void Screen::draw(const QVector<TableLine> &lines)
 {
+    if (!takesOutput())
+        return;
     werase(stdscr);
     for (int y = 0; y < lines.size(); ++y) {
         wmove(stdscr, y, 0);
