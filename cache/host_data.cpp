@@ -3,6 +3,7 @@
 #include "cache/value_cache.h"
 #include "driver/byte_access.h"
 #include "driver/driver_object.h"
+#include "driver/no_throw.h"
 #include "varlist/address_text.h"
 
 #include <QtCore/QMutexLocker>
@@ -12,8 +13,6 @@
 
 namespace
 {
-
-const int SEND_TO_PLC = 2; // value of `hostWriteMode`
 
 // A byte array cannot hold more elements of two bytes than this.
 const int MOST_ELEMENTS = std::numeric_limits<int>::max() / 2 - 64;
@@ -80,42 +79,45 @@ QByteArray elementBytes(int kind, const QByteArray &value)
 
 } // namespace
 
-int GetRegisterData(QString, int kind, QString addressText, int station, QByteArray &out,
-                    int count) noexcept
+int GetRegisterData(QString, int kind, QString addressText, int station, QByteArray &out, int count)
 {
-    const int address = StringAddressToInt(kind, addressText);
-    if (address < 0)
-        return 0;
-    QMutexLocker lock(&PLC_driver.areaMutex);
-    if (kind == AREA_X)
-        readBit(out, station, address);
-    else if (kind == AREA_D)
-        readWord(out, station, address);
-    else if (kind == AREA_C)
-        readElements(out, station, address, count);
-    return 1;
+    return noThrow([&]() -> int {
+        const int address = StringAddressToInt(kind, addressText);
+        if (address < 0)
+            return 0;
+        QMutexLocker lock(&PLC_driver.areaMutex);
+        if (kind == AREA_X)
+            readBit(out, station, address);
+        else if (kind == AREA_D)
+            readWord(out, station, address);
+        else if (kind == AREA_C)
+            readElements(out, station, address, count);
+        return 1;
+    });
 }
 
 int SetRegisterData(QString name, int kind, QString addressText, int station, QByteArray &value,
-                    int count, int ownerId, int ownerSubId) noexcept
+                    int count, int ownerId, int ownerSubId)
 {
-    const int address = StringAddressToInt(kind, addressText);
-    if (address < 0)
-        return 0;
-    RW_VAR var = writeRequest(name, kind, addressText, address, station);
-    var.ownerId = ownerId;
-    var.ownerSubId = ownerSubId;
-    if (PLC_driver.comInfo->hostWriteMode != SEND_TO_PLC) {
-        var.count = count;
-        var.data = value;
-        WriteDataToLocal(&var);
-        return 1;
-    }
-    if (kind != AREA_X && kind != AREA_D)
-        return 0;
-    var.count = 1;
-    var.data = elementBytes(kind, value);
-    return AddListWriteVar(&var, 0);
+    return noThrow([&]() -> int {
+        const int address = StringAddressToInt(kind, addressText);
+        if (address < 0)
+            return 0;
+        RW_VAR var = writeRequest(name, kind, addressText, address, station);
+        var.ownerId = ownerId;
+        var.ownerSubId = ownerSubId;
+        if (PLC_driver.comInfo->hostWriteMode != HOST_WRITE_TO_PLC) {
+            var.count = count;
+            var.data = value;
+            WriteDataToLocal(&var);
+            return 1;
+        }
+        if (kind != AREA_X && kind != AREA_D)
+            return 0;
+        var.count = 1;
+        var.data = elementBytes(kind, value);
+        return AddListWriteVar(&var, 0);
+    });
 }
 
 void WriteDataToLocal(RW_VAR *var)

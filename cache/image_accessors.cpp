@@ -3,14 +3,16 @@
 #include "driver/byte_access.h"
 #include "driver/driver_object.h"
 
+#include <limits>
+
 namespace
 {
 
-const int IMAGE_WORDS = IMAGE_AREA_BYTES / 2;
-const int IMAGE_BITS = IMAGE_AREA_BYTES * 8;
-
 // Sums that cannot overflow whatever the caller passes.
 typedef qint64 Index;
+
+// A byte array cannot hold more.
+const int MOST_BYTES = std::numeric_limits<int>::max() - 64;
 
 bool isInside(Index index, int size)
 {
@@ -30,58 +32,53 @@ void putWord(QByteArray &out, int index, int word)
     putByte(out, index + 1, word >> 8);
 }
 
-int wordFrom(const QByteArray &in, int low, int high)
+quint16 wordFrom(const QByteArray &in, int low, int high)
 {
-    return byteOrZero(in, low) | byteOrZero(in, high) << 8;
+    return static_cast<quint16>(byteOrZero(in, low) | byteOrZero(in, high) << 8);
 }
 
-int wordAt(const unsigned short *area, Index index)
-{
-    return isInside(index, IMAGE_WORDS) ? area[index] : 0;
-}
+// Where bit `number` is. Quotient and remainder round toward zero, so that a number below 0 that is
+// no multiple of the unit's bits names a unit but none of its bits.
+template <typename Unit>
+struct BitPlace {
+    static const int UNIT_BITS = 8 * static_cast<int>(sizeof(Unit));
+    explicit BitPlace(Index number)
+        : unit(number / UNIT_BITS), position(static_cast<int>(number % UNIT_BITS))
+    {
+    }
+    int mask() const { return position < 0 ? 0 : 1 << position; }
 
-void setWord(unsigned short *area, Index index, int word)
-{
-    if (isInside(index, IMAGE_WORDS))
-        area[index] = static_cast<unsigned short>(word);
-}
+    Index unit;
+    int position;
+};
 
-// Bit `number` of an area whose units hold `unitBits` bits. Quotient and remainder round toward
-// zero, so a negative remainder names no bit.
 template <typename Unit>
 int bitAt(const Unit *area, Index number)
 {
-    const int unitBits = 8 * static_cast<int>(sizeof(Unit));
-    const Index unit = number / unitBits;
-    const int position = static_cast<int>(number % unitBits);
-    if (!isInside(unit, IMAGE_BITS / unitBits) || position < 0)
-        return 0;
-    return (area[unit] >> position) & 1;
+    const BitPlace<Unit> bit(number);
+    return bit.position < 0 ? 0 : (area[bit.unit] >> bit.position) & 1;
 }
 
+// The unit is stored back even where no bit of it changes.
 template <typename Unit>
 void setBit(Unit *area, Index number, bool on)
 {
-    const int unitBits = 8 * static_cast<int>(sizeof(Unit));
-    const Index unit = number / unitBits;
-    const int position = static_cast<int>(number % unitBits);
-    if (!isInside(unit, IMAGE_BITS / unitBits) || position < 0)
-        return;
-    const int mask = 1 << position;
-    area[unit] = static_cast<Unit>(on ? area[unit] | mask : area[unit] & ~mask);
+    const BitPlace<Unit> bit(number);
+    const int unit = area[bit.unit];
+    area[bit.unit] = static_cast<Unit>(on ? unit | bit.mask() : unit & ~bit.mask());
 }
 
 template <typename Unit>
 void getBits(QByteArray &out, const Unit *area, int start, int count)
 {
-    for (int i = 0; i < qMin(count, IMAGE_BITS); ++i)
+    for (int i = 0; i < qMin(count, MOST_BYTES); ++i)
         putByte(out, i, bitAt(area, Index(start) + i));
 }
 
 template <typename Unit>
 void setBits(int start, Unit *area, const QByteArray &in, int count)
 {
-    for (int i = 0; i < qMin(qMin(count, IMAGE_BITS), in.size()); ++i)
+    for (int i = 0; i < qMin(count, in.size()); ++i)
         setBit(area, Index(start) + i, in.at(i) == 1);
 }
 
@@ -99,18 +96,18 @@ void GetBitFromUS(QByteArray &out, unsigned short *area, int start, int count)
 
 void GetWordFromUS(QByteArray &out, unsigned short *area, int start, int count)
 {
-    for (int i = 0; i < qMin(count, IMAGE_WORDS); ++i)
-        putWord(out, 2 * i, wordAt(area, Index(start) + i));
+    for (int i = 0; i < qMin(count, MOST_BYTES / 2); ++i)
+        putWord(out, 2 * i, area[Index(start) + i]);
 }
 
 void GetWordFromUI(QByteArray &out, unsigned short *area, int start, int count)
 {
     if (count == 1)
-        putWord(out, 0, wordAt(area, Index(start) + 1));
-    for (int k = 0; k < qMin(count, IMAGE_WORDS) / 2; ++k) {
+        putWord(out, 0, area[Index(start) + 1]);
+    for (int k = 0; k < qMin(count / 2, MOST_BYTES / 4); ++k) {
         const Index high = Index(start) + 2 * k;
-        putWord(out, 4 * k, wordAt(area, high + 1));
-        putWord(out, 4 * k + 2, wordAt(area, high));
+        putWord(out, 4 * k, area[high + 1]);
+        putWord(out, 4 * k + 2, area[high]);
     }
 }
 
@@ -126,18 +123,16 @@ void SetBitToUS(int start, unsigned short *area, QByteArray *in, int count)
 
 void SetWordToUS(int start, unsigned short *area, QByteArray *in, int count)
 {
-    const int words = qMin(qMin(count, IMAGE_WORDS), in->size() / 2);
-    for (int i = 0; i < words; ++i)
-        setWord(area, Index(start) + i, wordFrom(*in, 2 * i, 2 * i + 1));
+    for (int i = 0; i < qMin(count, in->size() / 2); ++i)
+        area[Index(start) + i] = wordFrom(*in, 2 * i, 2 * i + 1);
 }
 
 void SetWordToUI(int start, unsigned short *area, QByteArray *in, int count)
 {
-    const int pairs = qMin(qMin(count, IMAGE_WORDS) / 2, in->size() / 4);
-    for (int k = 0; k < pairs; ++k) {
+    for (int k = 0; k < qMin(count / 2, in->size() / 4); ++k) {
         const Index high = Index(start) + 2 * k;
-        setWord(area, high + 1, wordFrom(*in, 4 * k, 4 * k + 1));
-        setWord(area, high, wordFrom(*in, 4 * k + 2, 4 * k + 3));
+        area[high + 1] = wordFrom(*in, 4 * k, 4 * k + 1);
+        area[high] = wordFrom(*in, 4 * k + 2, 4 * k + 3);
     }
 }
 
@@ -146,12 +141,10 @@ void SaveBitToUC(QByteArray *in, unsigned char *area)
     if (PLC_driver.pendingFrames.isEmpty())
         return;
     const Protocol &request = PLC_driver.pendingFrames.first();
-    const Index firstByte = request.var.address / 8;
-    for (int j = 0; j < qMin(request.builderParam2, IMAGE_AREA_BYTES); ++j) {
-        const Index source = Index(request.builderParam1) + j;
-        if (isInside(source, in->size()) && isInside(firstByte + j, IMAGE_AREA_BYTES))
-            area[firstByte + j] = byteOrZero(*in, static_cast<int>(source));
-    }
+    const Index first = request.builderParam1;
+    const Index end = qMin(first + request.builderParam2, Index(in->size()));
+    for (Index source = qMax(first, Index(0)); source < end; ++source)
+        area[request.var.address / 8 + source - first] = byteOrZero(*in, static_cast<int>(source));
 }
 
 void SaveWordToUS(QByteArray *in, unsigned short *area)
@@ -159,11 +152,14 @@ void SaveWordToUS(QByteArray *in, unsigned short *area)
     if (PLC_driver.pendingFrames.isEmpty())
         return;
     const Protocol &request = PLC_driver.pendingFrames.first();
-    for (int i = 0; i < qMin(request.builderParam2 / 2, IMAGE_WORDS); ++i) {
-        const Index source = Index(request.builderParam1) + 2 * i;
-        if (!isInside(source, in->size()) || !isInside(source + 1, in->size()))
-            continue;
-        const int low = static_cast<int>(source) + 1;
-        setWord(area, Index(request.var.address) + i, wordFrom(*in, low, low - 1));
+    const Index first = request.builderParam1;
+    for (Index i = 0; i < request.builderParam2 / 2; ++i) {
+        const Index source = first + 2 * i;
+        if (source + 1 >= in->size())
+            break;
+        if (isInside(source, in->size())) {
+            const int high = static_cast<int>(source);
+            area[request.var.address + i] = wordFrom(*in, high + 1, high);
+        }
     }
 }

@@ -1,15 +1,17 @@
 // Bits and words between an image area and a host's byte buffer.
 //
-// An area is IMAGE_AREA_BYTES long. Bits are packed eight to a byte (UC) or sixteen to a word (US),
-// bit 0 least significant; words are in the processor's order; a double word (UI) is two words,
-// high half first. In a buffer a bit is one byte, a word two and a double word four, low byte
-// first.
+// Bits are packed eight to a byte (UC) or sixteen to a word (US), bit 0 least significant; words
+// are in the processor's order; a double word (UI) is two words, high half first. In a buffer a bit
+// is one byte, a word two and a double word four, low byte first.
 //
-// Reading grows `out` as far as it writes and keeps what lies beyond; writing skips an element
-// whose bytes `in` does not hold. An element outside the area reads as 0 and is not written (of a
-// double word, each half for itself), and no call moves more elements than an area has. A negative
-// bit number reads as 0 and changes nothing. Pointers are not null. All take no
-// lock: the caller owns area and buffers.
+// `area` points to element 0, and how far it reaches, before the pointer as well as behind it, is
+// its owner's business: every element that a call names must be there. Bit -8 is bit 0 of the byte
+// before the pointer. Between two such, where quotient and remainder round toward zero, a negative
+// number names no bit: it reads as 0, and writing it stores the byte or word back as it is.
+//
+// Reading grows `out` as far as it writes, at most to what a byte array can hold, and keeps what
+// lies beyond; writing skips an element whose bytes `in` does not hold. Pointers are not null. All
+// take no lock: the caller owns area and buffers.
 #ifndef KVT_CACHE_IMAGE_ACCESSORS_H
 #define KVT_CACHE_IMAGE_ACCESSORS_H
 

@@ -1,7 +1,10 @@
 #include "cycle/receive_cycle.h"
 
 #include "cycle/result_codes.h"
+#include "driver/callbacks.h"
 #include "driver/driver_object.h"
+#include "driver/no_throw.h"
+#include "driver/ordered_store.h"
 #include "driver/wrapping.h"
 #include "protocol/frame_codec.h"
 #include "protocol/reply_decoding.h"
@@ -16,9 +19,8 @@ const int ANY_LENGTH = -1;
 const int NO_REMOTE_TAG = -1;
 
 // Why the reply's length alone settles the attempt, or REASON_SUCCESS when it is as expected.
-int judgeLength(int receivedLength, int noReply, int wrongLength)
+int judgeLength(int expected, int receivedLength, int noReply, int wrongLength)
 {
-    const int expected = PLC_driver.pendingFrames.first().expectedReplyLength;
     if (receivedLength == 0 && expected != 0)
         return noReply;
     if (receivedLength != expected && expected != ANY_LENGTH)
@@ -31,48 +33,49 @@ bool isSuccess(int code)
     return code == RESULT_SUCCESS || code == RESULT_REMOTE_SUCCESS;
 }
 
-RW_VAR *answer(int result)
+RW_VAR *answer(Modbus_RTU_Master &driver, int result)
 {
-    QMutexLocker lock(&PLC_driver.listMutex);
-    PLC_driver.reply.result = result;
-    return &PLC_driver.reply;
+    QMutexLocker lock(&driver.listMutex);
+    driver.reply.result = result;
+    return &driver.reply;
 }
 
 // Counts the failed attempt; true when the frame has no attempt left.
-bool countFailure()
+bool countFailure(ComInfo &info, qint32 &scanCount, quint8 &errorFlag)
 {
-    ComInfo *const info = PLC_driver.comInfo;
-    PLC_driver.scanCount = 0;
-    PLC_driver.errorFlag = 1;
-    info->retryCount = wrappingSum(info->retryCount, 1);
-    info->scanComplete = 0;
-    if (info->retryCount <= info->retryLimit)
+    const int failures = wrappingSum(info.retryCount, 1);
+    storeInOrder(scanCount, 0);
+    storeInOrder(errorFlag, 1);
+    storeInOrder(info.retryCount, failures);
+    storeInOrder(info.scanComplete, 0);
+    if (failures <= info.retryLimit)
         return false;
-    info->retryCount = 0;
+    storeInOrder(info.retryCount, 0);
     return true;
 }
 
 // Counts the good reply; true when the request needs no further frame.
-bool countReply()
+bool countReply(ComInfo &info, quint8 &errorFlag, QList<Protocol> &pendingFrames)
 {
-    ComInfo *const info = PLC_driver.comInfo;
-    PLC_driver.errorFlag = 0;
-    PLC_driver.pendingFrames.removeFirst();
-    info->framesReceived = wrappingSum(info->framesReceived, 1);
-    return info->framesReceived >= info->framesExpected;
+    storeInOrder(errorFlag, 0);
+    pendingFrames.removeFirst();
+    const int replies = wrappingSum(info.framesReceived, 1);
+    storeInOrder(info.framesReceived, replies);
+    return replies >= info.framesExpected;
 }
 
 // Every local request counts towards a complete scan, whatever its kind. Locked as a whole: a list
 // rebuilt in between would count as scanned though nothing of it has been read.
-void countScan()
+void countScan(Modbus_RTU_Master &driver)
 {
-    QMutexLocker lock(&PLC_driver.listMutex);
-    if (PLC_driver.comInfo->scanComplete != 0)
+    QMutexLocker lock(&driver.listMutex);
+    ComInfo &info = *driver.comInfo;
+    if (info.scanComplete != 0)
         return;
-    PLC_driver.scanCount = wrappingSum(PLC_driver.scanCount, 1);
-    if (PLC_driver.scanCount > PLC_driver.readList.size()) {
-        PLC_driver.scanCount = 0;
-        PLC_driver.comInfo->scanComplete = 1;
+    driver.scanCount = wrappingSum(driver.scanCount, 1);
+    if (driver.scanCount > driver.readList.size()) {
+        storeInOrder(driver.scanCount, 0);
+        storeInOrder(info.scanComplete, 1);
     }
 }
 
@@ -86,106 +89,78 @@ bool isLastOfGroup(const QList<RW_VAR> &queue)
     return true;
 }
 
-void reportOnceRead(const RW_VAR &head)
+void retireCyclicRead(QList<RW_VAR> &list, RW_VAR &reply)
 {
-    if (PLC_driver.onceReadDone) {
-        PLC_driver.onceReadDone(PLC_driver.comInfo->portTag, head.ownerId, head.ownerSubId,
-                                PLC_driver.errorFlag ? 2 : 1);
-    }
-}
-
-void retireWrite()
-{
-    if (PLC_driver.writeList.isEmpty())
+    if (list.isEmpty())
         return;
-    passRetValue(PLC_driver.writeList.first(), PLC_driver.reply);
-    PLC_driver.writeList.removeFirst();
+    passRetValue(list.first(), reply);
+    rotateReadList(list);
 }
 
-void retireOnceRead(bool local)
+void retireQueued(QList<RW_VAR> &queue, RW_VAR &reply)
 {
-    if (PLC_driver.onceReadList.isEmpty())
+    if (queue.isEmpty())
         return;
-    if (local && isLastOfGroup(PLC_driver.onceReadList))
-        reportOnceRead(PLC_driver.onceReadList.first());
-    passRetValue(PLC_driver.onceReadList.first(), PLC_driver.reply);
-    PLC_driver.onceReadList.removeFirst();
+    passRetValue(queue.first(), reply);
+    queue.removeFirst();
 }
 
-void retireCyclicRead()
+void retire(Modbus_RTU_Master &driver, bool local)
 {
-    if (PLC_driver.readList.isEmpty())
-        return;
-    passRetValue(PLC_driver.readList.first(), PLC_driver.reply);
-    rotateReadList();
-}
-
-void retire(bool local)
-{
-    switch (PLC_driver.lastKind) {
+    const QList<RW_VAR> &onceReads = driver.onceReadList;
+    switch (driver.lastKind) {
     case KIND_WRITE:
-        retireWrite();
+        retireQueued(driver.writeList, driver.reply);
         break;
     case KIND_ONCE_READ:
-        retireOnceRead(local);
+        if (local && !onceReads.isEmpty() && isLastOfGroup(onceReads))
+            reportOnceRead(driver.onceReadDone, driver.comInfo->portTag, onceReads.first(),
+                           driver.errorFlag == 0);
+        retireQueued(driver.onceReadList, driver.reply);
         break;
     case KIND_CYCLIC_READ:
-        retireCyclicRead();
+        retireCyclicRead(driver.readList, driver.reply);
         break;
     default:
         break;
     }
 }
 
-void removeStation(QList<RW_VAR> &queue, int station)
+// What waits behind a request that failed for good would most likely fail as well.
+void purge(QList<RW_VAR> &queue, bool byStation, int station)
 {
+    if (!byStation)
+        queue.clear();
     for (int i = queue.size() - 1; i >= 0; --i) {
         if (queue.at(i).station == station)
             queue.removeAt(i);
     }
 }
 
-// What waits behind a request that failed for good would most likely fail as well.
-void purgeQueues()
-{
-    if (PLC_driver.comInfo->purgeByStation == 0) {
-        PLC_driver.onceReadList.clear();
-        PLC_driver.writeList.clear();
-    } else {
-        removeStation(PLC_driver.onceReadList, PLC_driver.reply.station);
-        removeStation(PLC_driver.writeList, PLC_driver.reply.station);
-    }
-}
-
-void reportFailure()
-{
-    if (!PLC_driver.ownerNotify)
-        return;
-    QList<RW_VAR> unread;
-    PLC_driver.ownerNotify(&unread, PLC_driver.reply.ownerId, 1);
-}
-
 // Ends the request: its list entry is retired, and a final failure is told and purged.
-RW_VAR *finish(int code, bool local)
+RW_VAR *finish(Modbus_RTU_Master &driver, int code, bool local)
 {
-    QMutexLocker lock(&PLC_driver.listMutex);
-    retire(local);
-    if (PLC_driver.errorFlag != 0) {
-        reportFailure();
-        purgeQueues();
+    QMutexLocker lock(&driver.listMutex);
+    retire(driver, local);
+    if (driver.errorFlag != 0) {
+        notifyOwner(driver.ownerNotify, driver.reply.ownerId);
+        const bool byStation = driver.comInfo->purgeByStation != 0;
+        purge(driver.onceReadList, byStation, driver.reply.station);
+        purge(driver.writeList, byStation, driver.reply.station);
     }
-    PLC_driver.reply.result = code;
-    return &PLC_driver.reply;
+    driver.reply.result = code;
+    return &driver.reply;
 }
 
 } // namespace
 
 int DealDataOfLocalArea(QByteArray *received, int receivedLength)
 {
-    if (PLC_driver.pendingFrames.isEmpty())
+    const QList<Protocol> &frames = PLC_driver.pendingFrames;
+    if (frames.isEmpty())
         return GetDriverReturnValue(REASON_LOCAL_BAD_REPLY);
-    const int reason =
-        judgeLength(receivedLength, REASON_LOCAL_NO_REPLY, REASON_LOCAL_WRONG_LENGTH);
+    const int reason = judgeLength(frames.first().expectedReplyLength, receivedLength,
+                                   REASON_LOCAL_NO_REPLY, REASON_LOCAL_WRONG_LENGTH);
     if (reason != REASON_SUCCESS)
         return GetDriverReturnValue(reason);
 
@@ -201,17 +176,18 @@ int DealDataOfLocalArea(QByteArray *received, int receivedLength)
 
 int DealDataOfRemoteArea(QByteArray *received, int receivedLength)
 {
-    if (PLC_driver.pendingFrames.isEmpty())
+    const QList<Protocol> &frames = PLC_driver.pendingFrames;
+    if (frames.isEmpty())
         return GetDriverReturnValue(REASON_REMOTE_BAD_REPLY);
-    const int reason =
-        judgeLength(receivedLength, REASON_REMOTE_NO_REPLY, REASON_REMOTE_WRONG_LENGTH);
+    const int reason = judgeLength(frames.first().expectedReplyLength, receivedLength,
+                                   REASON_REMOTE_NO_REPLY, REASON_REMOTE_WRONG_LENGTH);
     if (reason != REASON_SUCCESS)
         return GetDriverReturnValue(reason);
 
     const int check = CheckGetData(received, receivedLength);
     if (check != REPLY_DATA && check != REPLY_ACKNOWLEDGE)
         return GetDriverReturnValue(REASON_REMOTE_BAD_REPLY);
-    if (PLC_driver.pendingFrames.first().var.remoteTag != NO_REMOTE_TAG)
+    if (frames.first().var.remoteTag != NO_REMOTE_TAG)
         return GetDriverReturnValue(REASON_REMOTE_NOT_STORED);
 
     // Without the area mutex, unlike the local path.
@@ -220,24 +196,28 @@ int DealDataOfRemoteArea(QByteArray *received, int receivedLength)
                                                                         : REASON_SUCCESS);
 }
 
-RW_VAR *DataCom(QByteArray *received, int receivedLength) noexcept
+RW_VAR *DataCom(QByteArray *received, int receivedLength)
 {
-    PLC_driver.reply.result = RESULT_SUCCESS;
-    if (PLC_driver.pendingFrames.isEmpty())
-        return &PLC_driver.reply;
+    return noThrow([&]() -> RW_VAR * {
+        Modbus_RTU_Master &driver = PLC_driver;
+        driver.reply.result = RESULT_SUCCESS;
+        if (driver.pendingFrames.isEmpty())
+            return &driver.reply;
 
-    const bool local = PLC_driver.pendingFrames.first().var.plcNo == PLC_driver.comInfo->localPlcNo;
-    const int code = local ? DealDataOfLocalArea(received, receivedLength)
-                           : DealDataOfRemoteArea(received, receivedLength);
-    if (!isSuccess(code)) {
-        if (!countFailure())
-            return answer(0);
-        PLC_driver.pendingFrames.clear();
-        return finish(code, local);
-    }
-    if (!countReply())
-        return answer(code);
-    if (local)
-        countScan();
-    return finish(code, local);
+        ComInfo &info = *driver.comInfo;
+        const bool local = driver.pendingFrames.first().var.plcNo == info.localPlcNo;
+        const int code = local ? DealDataOfLocalArea(received, receivedLength)
+                               : DealDataOfRemoteArea(received, receivedLength);
+        if (!isSuccess(code)) {
+            if (!countFailure(info, driver.scanCount, driver.errorFlag))
+                return answer(driver, RESULT_RETRY);
+            driver.pendingFrames.clear();
+            return finish(driver, code, local);
+        }
+        if (!countReply(info, driver.errorFlag, driver.pendingFrames))
+            return answer(driver, code);
+        if (local)
+            countScan(driver);
+        return finish(driver, code, local);
+    });
 }

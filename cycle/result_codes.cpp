@@ -3,20 +3,12 @@
 #include "driver/driver_object.h"
 #include "driver/wrapping.h"
 
-namespace
-{
-
-// Requesters 0 to 11 have a code of their own within an error class; all others share the first.
-const int REQUESTERS = 12;
-
-} // namespace
-
 int SwitchErrorReturn(int base)
 {
     int requester = 0;
     if (!PLC_driver.pendingFrames.isEmpty())
         requester = PLC_driver.pendingFrames.first().var.ownerId;
-    if (requester < 0 || requester >= REQUESTERS)
+    if (requester < 0 || requester >= RESULT_REQUESTERS)
         requester = 0;
     return wrappingSum(base, requester + 1);
 }
@@ -27,20 +19,20 @@ int GetDriverReturnValue(int reason)
     case REASON_SUCCESS:
         return RESULT_SUCCESS;
     case REASON_LOCAL_BAD_REPLY:
-        return SwitchErrorReturn(10);
+        return SwitchErrorReturn(RESULT_LOCAL_BAD_REPLY);
     case REASON_LOCAL_NO_REPLY:
-        return SwitchErrorReturn(40);
+        return SwitchErrorReturn(RESULT_LOCAL_NO_REPLY);
     case REASON_LOCAL_WRONG_LENGTH:
-        return SwitchErrorReturn(70);
+        return SwitchErrorReturn(RESULT_LOCAL_WRONG_LENGTH);
     case REASON_REMOTE_NOT_STORED:
         return RESULT_REMOTE_SUCCESS;
     case REASON_REMOTE_BAD_REPLY:
-        return SwitchErrorReturn(110);
+        return SwitchErrorReturn(RESULT_REMOTE_BAD_REPLY);
     case REASON_REMOTE_NO_REPLY:
-        return SwitchErrorReturn(140);
+        return SwitchErrorReturn(RESULT_REMOTE_NO_REPLY);
     case REASON_REMOTE_WRONG_LENGTH:
-        return SwitchErrorReturn(170);
+        return SwitchErrorReturn(RESULT_REMOTE_WRONG_LENGTH);
     default:
-        return 200;
+        return RESULT_UNKNOWN;
     }
 }

@@ -2,7 +2,7 @@
 #ifndef KVT_CYCLE_RESULT_CODES_H
 #define KVT_CYCLE_RESULT_CODES_H
 
-#include <QtCore/QtGlobal>
+#include "driver/records.h"
 
 /// Why an attempt ended as it did.
 enum ResultReason {
@@ -15,9 +15,6 @@ enum ResultReason {
     REASON_REMOTE_NO_REPLY = 6,
     REASON_REMOTE_WRONG_LENGTH = 7
 };
-
-/// The two result codes of success.
-enum SuccessCode { RESULT_SUCCESS = 1, RESULT_REMOTE_SUCCESS = 100 };
 
 /// Returns the result code of a ResultReason: 1, 100, an error class plus its requester, or 200
 /// for any other number. Polling thread; no lock.

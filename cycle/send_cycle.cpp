@@ -1,6 +1,7 @@
 #include "cycle/send_cycle.h"
 
 #include "driver/driver_object.h"
+#include "driver/no_throw.h"
 #include "protocol/read_frames.h"
 #include "protocol/remote_envelope.h"
 #include "protocol/write_frames.h"
@@ -57,15 +58,14 @@ void serveOnceRead()
 
 // Brings an entry whose station is polled to the head; false when there is none, after one full
 // turn that leaves the order as it was.
-bool rotateToEnabledStation()
+bool rotateToEnabledStation(QList<RW_VAR> &list)
 {
-    const QList<RW_VAR> &list = PLC_driver.readList;
     for (int moves = list.size(); moves > 0; --moves) {
-        if (!Ethernetcontains(list.first().station))
+        if (!Ethernetcontains(list.at(0).station))
             return true;
-        rotateReadList();
+        rotateReadList(list);
     }
-    return !Ethernetcontains(list.first().station);
+    return !Ethernetcontains(list.at(0).station);
 }
 
 void serveCyclicRead()
@@ -77,7 +77,7 @@ void serveCyclicRead()
         return;
     }
     PLC_driver.lastKind = KIND_CYCLIC_READ;
-    if (!rotateToEnabledStation())
+    if (!rotateToEnabledStation(PLC_driver.readList))
         return;
     buildRead(&PLC_driver.readList.first());
     PLC_driver.writeBurst = 0;
@@ -92,18 +92,20 @@ bool Ethernetcontains(int station)
     return PLC_driver.disabledStations.contains(station);
 }
 
-Protocol *ComCommunication() noexcept
+Protocol *ComCommunication()
 {
-    // A frame is repeated, and a request's further frames follow, without a new choice.
-    if (!PLC_driver.pendingFrames.isEmpty())
-        return &PLC_driver.pendingFrames.first();
+    return noThrow([&]() -> Protocol * {
+        // A frame is repeated, and a request's further frames follow, without a new choice.
+        if (!PLC_driver.pendingFrames.isEmpty())
+            return &PLC_driver.pendingFrames.first();
 
-    QMutexLocker lock(&PLC_driver.listMutex);
-    if (!PLC_driver.writeList.isEmpty() && PLC_driver.writeBurst < BURST_LIMIT)
-        serveWrite();
-    else if (!PLC_driver.onceReadList.isEmpty() && PLC_driver.onceReadBurst < BURST_LIMIT)
-        serveOnceRead();
-    else
-        serveCyclicRead();
-    return PLC_driver.pendingFrames.isEmpty() ? nullptr : &PLC_driver.pendingFrames.first();
+        QMutexLocker lock(&PLC_driver.listMutex);
+        if (!PLC_driver.writeList.isEmpty() && PLC_driver.writeBurst < BURST_LIMIT)
+            serveWrite();
+        else if (!PLC_driver.onceReadList.isEmpty() && PLC_driver.onceReadBurst < BURST_LIMIT)
+            serveOnceRead();
+        else
+            serveCyclicRead();
+        return PLC_driver.pendingFrames.isEmpty() ? nullptr : &PLC_driver.pendingFrames.first();
+    });
 }

@@ -1,4 +1,5 @@
-// The driver object: every piece of state that the driver keeps, and the locks that guard it.
+// The driver object: the state that the driver keeps from call to call, and the locks that guard
+// it.
 #ifndef KVT_DRIVER_DRIVER_OBJECT_H
 #define KVT_DRIVER_DRIVER_OBJECT_H
 
@@ -13,7 +14,8 @@ const int IMAGE_AREA_BYTES = 0x20000;
 /// Kind of the request on the line, as `lastKind` holds it.
 enum RequestKind { KIND_CYCLIC_READ = 0, KIND_WRITE = 1, KIND_ONCE_READ = 2, KIND_NONE = 100 };
 
-/// The state of the driver. There is one, `PLC_driver`, for as long as the library is loaded.
+/// The state of the driver but for the host's areas below and the index of the value cache. There
+/// is one, `PLC_driver`, for as long as the library is loaded.
 ///
 /// Locks are taken in the order listMutex, stationMutex or listMutex, areaMutex, never the other
 /// way round, and stationMutex and areaMutex never together. Members are destroyed in the reverse
@@ -27,7 +29,8 @@ public:
     QList<RW_VAR> onceReadList;      ///< queued one-time reads, first in first out (listMutex)
     QList<RW_VAR> readListWork;      ///< stays empty
     QList<Protocol> pendingFrames;   ///< frames of the request in progress (polling thread only)
-    QList<EXTENDVAR> extendVars;     ///< the value cache, in creation order (areaMutex)
+    QList<EXTENDVAR> extendVars;     ///< the value cache, in creation order (areaMutex); whoever
+                                     ///< edits it from outside keeps every key unique
     QMap<int, int> disabledStations; ///< stations not polled; values are 0 (stationMutex)
     OnceReadDone onceReadDone = nullptr; ///< host callback; not called while null
     OwnerNotify ownerNotify = nullptr;   ///< host callback; not called while null

@@ -1,7 +1,8 @@
-// The records that the driver and its host exchange, and the area codes they use.
+// The records that the driver and its host exchange, and the numbers in them.
 //
-// Every integer is one 32-bit slot and every string or byte array is one pointer, so that on the
-// 32-bit target a record is a plain row of slots; the assertions below hold that layout.
+// Where every integer is one 32-bit slot and every string or byte array one pointer, a record is on
+// the 32-bit target a plain row of slots; only HOST_VAR begins with three bytes. The library
+// asserts the layout of every record when it is built.
 #ifndef KVT_DRIVER_RECORDS_H
 #define KVT_DRIVER_RECORDS_H
 
@@ -24,6 +25,50 @@ enum RequestDirection { RW_READ = 0, RW_WRITE = 1 };
 
 /// Number of one-byte elements that one read of area C delivers.
 const int BLOCK_ELEMENTS = 70;
+
+/// The `result` of the record that DataCom returns, but for the final failures.
+enum ResultCode {
+    RESULT_RETRY = 0,            ///< the attempt failed and will be repeated
+    RESULT_SUCCESS = 1,          ///< done; also when nothing was pending
+    RESULT_REMOTE_SUCCESS = 100, ///< done on the remote path, nothing stored
+    RESULT_UNKNOWN = 200         ///< for a reason that there is not; DataCom never returns it
+};
+
+/// The classes of final failures. The `result` is the class + 1 + the requester (`ownerId`) where
+/// that is below RESULT_REQUESTERS, else the class + 1.
+enum ResultClass {
+    RESULT_LOCAL_BAD_REPLY = 10,     ///< refused, or no end where it should be
+    RESULT_LOCAL_NO_REPLY = 40,      ///< nothing came
+    RESULT_LOCAL_WRONG_LENGTH = 70,  ///< fewer or more bytes than expected
+    RESULT_REMOTE_BAD_REPLY = 110,   ///< the same three on the remote path
+    RESULT_REMOTE_NO_REPLY = 140,    ///< see above
+    RESULT_REMOTE_WRONG_LENGTH = 170 ///< see above
+};
+
+/// Requesters that have a result code of their own within a class.
+const int RESULT_REQUESTERS = 12;
+
+/// Most entries that the queue of writes, and that of once-reads, takes in a mode other than
+/// LIST_APPEND.
+const int QUEUE_LIMIT = 1024;
+
+/// The `mode` of AddListWriteVar and AddListOnceReadVar that appends untested.
+const int LIST_APPEND = 1;
+
+/// The `hostWriteMode` in which SetRegisterData sends to the PLC.
+const int HOST_WRITE_TO_PLC = 2;
+
+/// Word of the host's local words whose low half-byte steers the reads of area C.
+const int BLOCK_SELECT_WORD = 50000;
+
+/// The `status` of the once-read callback.
+enum OnceReadStatus { ONCE_READ_DONE = 1, ONCE_READ_FAILED = 2 };
+
+/// Control characters of the line.
+const char FRAME_ENQ = 0x05; ///< first byte of every request
+const char FRAME_ACK = 0x06; ///< first byte of a reply that is no refusal; not looked at
+const char FRAME_CR = 0x0D;  ///< last byte of every request and of every accepted reply
+const char FRAME_NAK = 0x15; ///< first byte of a refusal
 
 /// One variable to read or write. Copies share the strings and the value bytes.
 struct RW_VAR {
@@ -117,6 +162,11 @@ typedef void (*OwnerNotify)(QList<RW_VAR> *out, int ownerId, int flag);
     static_assert(offsetof(ComInfo, field) == sizeof(qint32) * (index),                            \
                   "ComInfo: word out of place")
 KVT_ASSERT_WORD(hostWord0, 0);
+KVT_ASSERT_WORD(hostWord1, 1);
+KVT_ASSERT_WORD(hostWord2, 2);
+KVT_ASSERT_WORD(hostWord3, 3);
+KVT_ASSERT_WORD(hostWord4, 4);
+KVT_ASSERT_WORD(hostWord5, 5);
 KVT_ASSERT_WORD(defaultStation, 6);
 KVT_ASSERT_WORD(retryLimit, 7);
 KVT_ASSERT_WORD(retryCount, 8);

@@ -16,7 +16,7 @@ int CheckGetData(QByteArray *reply, int received)
 {
     if (!reply || received < 1 || received > reply->size() || PLC_driver.pendingFrames.isEmpty())
         return REPLY_BAD;
-    if (reply->at(received - 1) != CR || reply->at(0) == NAK)
+    if (reply->at(received - 1) != FRAME_CR || reply->at(0) == FRAME_NAK)
         return REPLY_BAD;
     switch (PLC_driver.pendingFrames.first().var.rwKind) {
     case RW_READ:

@@ -5,11 +5,6 @@
 #include <QtCore/QByteArray>
 #include <QtCore/QtGlobal>
 
-/// Control characters of a frame.
-const char ENQ = 0x05; ///< first byte of every request
-const char CR = 0x0D;  ///< last byte of every request and of every accepted reply
-const char NAK = 0x15; ///< first byte of a refusal
-
 /// Result of CheckGetData.
 enum ReplyCheck { REPLY_BAD = 0, REPLY_DATA = 1, REPLY_ACKNOWLEDGE = 2 };
 

@@ -9,9 +9,6 @@
 namespace
 {
 
-// Word of the host's local word area that steers the reads of area C.
-const int BLOCK_SELECT_WORD = 50000;
-
 const ExpectedReply REPLY_X = {6, 3, 2};
 const ExpectedReply REPLY_D = {8, 3, 4};
 const ExpectedReply REPLY_C = {144, 3, 2 * BLOCK_ELEMENTS};

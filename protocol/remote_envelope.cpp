@@ -2,6 +2,7 @@
 
 #include "cache/host_data.h"
 #include "driver/driver_object.h"
+#include "driver/ordered_store.h"
 #include "protocol/block_checks.h"
 
 namespace
@@ -80,10 +81,9 @@ void queueEnvelope(Protocol &request, const RW_VAR &var, const QByteArray &frame
     request.var = var;
     PLC_driver.pendingFrames.append(request);
 
-    // Volatile keeps the order, which here differs from that of the ASCII frames.
-    volatile ComInfo *const info = PLC_driver.comInfo;
-    info->framesExpected = 1;
-    info->framesReceived = 0;
+    // Not in the order of the ASCII frames.
+    storeInOrder(PLC_driver.comInfo->framesExpected, 1);
+    storeInOrder(PLC_driver.comInfo->framesReceived, 0);
 }
 
 } // namespace

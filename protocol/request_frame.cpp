@@ -1,6 +1,7 @@
 #include "protocol/request_frame.h"
 
 #include "driver/driver_object.h"
+#include "driver/ordered_store.h"
 #include "protocol/frame_codec.h"
 
 namespace
@@ -35,9 +36,9 @@ int addressByte(int part3, int high, int writeBit)
 
 QByteArray requestFrame(int station, int command, int address, const quint8 *value, int count)
 {
-    QByteArray frame(LENGTH_WITHOUT_VALUE + 2 * count, CR);
+    QByteArray frame(LENGTH_WITHOUT_VALUE + 2 * count, FRAME_CR);
     char *next = frame.data();
-    *next++ = ENQ;
+    *next++ = FRAME_ENQ;
     next = putByteDigits(next, station);
     next = putByteDigits(next, command);
     next = putByteDigits(next, address);
@@ -57,8 +58,6 @@ void queueFrame(const QByteArray &frame, const RW_VAR &var, const ExpectedReply 
     request.builderParam2 = reply.dataCount;
     request.var = var;
 
-    // Volatile keeps the order: who watches the block must not take an old reply for the new one.
-    volatile ComInfo *const info = PLC_driver.comInfo;
-    info->framesReceived = 0;
-    info->framesExpected = 1;
+    storeInOrder(PLC_driver.comInfo->framesReceived, 0);
+    storeInOrder(PLC_driver.comInfo->framesExpected, 1);
 }

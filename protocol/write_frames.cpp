@@ -2,6 +2,7 @@
 
 #include "cache/host_data.h"
 #include "driver/byte_access.h"
+#include "driver/callbacks.h"
 #include "driver/driver_object.h"
 #include "protocol/request_frame.h"
 #include "varlist/address_text.h"
@@ -26,21 +27,28 @@ bool isWithoutValue(const QString &addressText)
     return addressText == QLatin1String("18.1") || addressText.startsWith(QLatin1String("18.1."));
 }
 
-} // namespace
-
-void WriteRegister(RW_VAR *var)
+void queueByArea(RW_VAR *var)
 {
     if (var->areaType == AREA_X)
         WriteAnalog_X(var);
     else if (var->areaType == AREA_D)
         WriteAnalog_D(var);
+}
 
-    if (PLC_driver.ownerNotify) {
-        QList<RW_VAR> unread;
-        PLC_driver.ownerNotify(&unread, var->ownerId, 1);
-    }
-    if (PLC_driver.errorFlag == 0)
+// While the line fails the PLC has most likely not got it.
+void cacheUnlessFailing(RW_VAR *var, quint8 errorFlag)
+{
+    if (errorFlag == 0)
         WriteDataToLocal(var);
+}
+
+} // namespace
+
+void WriteRegister(RW_VAR *var)
+{
+    queueByArea(var);
+    notifyOwner(PLC_driver.ownerNotify, var->ownerId);
+    cacheUnlessFailing(var, PLC_driver.errorFlag);
 }
 
 void WriteAnalog_X(RW_VAR *var)

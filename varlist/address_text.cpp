@@ -1,5 +1,7 @@
 #include "varlist/address_text.h"
 
+#include "driver/no_throw.h"
+
 #include <algorithm>
 
 namespace
@@ -81,7 +83,7 @@ int StringAddressToInt(int areaType, QString addressText)
     return numericAddress(areaType, addressText);
 }
 
-int PLCAddressChangeIntef(int areaType, QString addressText) noexcept
+int PLCAddressChangeIntef(int areaType, QString addressText)
 {
-    return numericAddress(areaType, addressText);
+    return noThrow([&]() -> int { return numericAddress(areaType, addressText); });
 }

@@ -1,6 +1,7 @@
 #include "varlist/read_list.h"
 
 #include "driver/driver_object.h"
+#include "driver/no_throw.h"
 #include "varlist/address_text.h"
 
 #include <QtCore/QMap>
@@ -48,11 +49,13 @@ bool lowerAddress(const RW_VAR &left, const RW_VAR &right)
 
 } // namespace
 
-int AddListReadVar(RW_VAR *var) noexcept
+int AddListReadVar(RW_VAR *var)
 {
-    if (var)
-        PLC_driver.readList.append(*var);
-    return PLC_driver.readList.size();
+    return noThrow([&]() -> int {
+        if (var)
+            PLC_driver.readList.append(*var);
+        return PLC_driver.readList.size();
+    });
 }
 
 int Add_AddListReadVar(QList<RW_VAR> *group)
@@ -75,45 +78,46 @@ void Bubble_Sort(QList<RW_VAR> *list)
     std::stable_sort(list->begin(), list->end(), lowerAddress);
 }
 
-void rotateReadList()
+void rotateReadList(QList<RW_VAR> &list)
 {
-    QList<RW_VAR> &list = PLC_driver.readList;
     if (list.size() <= SHORT_LIST)
         list.move(0, list.size() - 1);
     else
         list.append(list.takeFirst());
 }
 
-int ReCreatReadVarList(QList<HOST_VAR> *hostVars) noexcept
+int ReCreatReadVarList(QList<HOST_VAR> *hostVars)
 {
-    QMutexLocker lock(&PLC_driver.listMutex);
-    PLC_driver.readList.clear();
-    if (!hostVars || hostVars->isEmpty())
-        return 0;
+    return noThrow([&]() -> int {
+        QMutexLocker lock(&PLC_driver.listMutex);
+        PLC_driver.readList.clear();
+        if (!hostVars || hostVars->isEmpty())
+            return 0;
 
-    PLC_driver.scanCount = 0;
-    PLC_driver.comInfo->scanComplete = 0;
-    RW_VAR entry = entryTemplate();
-    QMap<int, QList<RW_VAR>> groups; // newest first
-    QList<int> keys;                 // in the order first met
-    for (int i = 0; i < hostVars->size(); ++i) {
-        const HOST_VAR &hostVar = hostVars->at(i);
-        const int address = StringAddressToInt(hostVar.areaType, hostVar.addressText);
-        if (address < 0)
-            continue;
-        fillEntry(entry, hostVar, address);
-        const int key = entry.areaType * GROUP_STRIDE + entry.station;
-        QList<RW_VAR> &group = groups[key];
-        if (group.isEmpty())
-            keys.append(key);
-        group.prepend(entry);
-    }
-    for (int i = 0; i < keys.size(); ++i) {
-        QList<RW_VAR> &group = groups[keys.at(i)];
-        Bubble_Sort(&group);
-        Add_AddListReadVar(&group);
-    }
-    return PLC_driver.readList.size();
+        PLC_driver.scanCount = 0;
+        PLC_driver.comInfo->scanComplete = 0;
+        RW_VAR entry = entryTemplate();
+        QMap<int, QList<RW_VAR>> groups; // newest first
+        QList<int> keys;                 // in the order first met
+        for (int i = 0; i < hostVars->size(); ++i) {
+            const HOST_VAR &hostVar = hostVars->at(i);
+            const int address = StringAddressToInt(hostVar.areaType, hostVar.addressText);
+            if (address < 0)
+                continue;
+            fillEntry(entry, hostVar, address);
+            const int key = entry.areaType * GROUP_STRIDE + entry.station;
+            QList<RW_VAR> &group = groups[key];
+            if (group.isEmpty())
+                keys.append(key);
+            group.prepend(entry);
+        }
+        for (int i = 0; i < keys.size(); ++i) {
+            QList<RW_VAR> &group = groups[keys.at(i)];
+            Bubble_Sort(&group);
+            Add_AddListReadVar(&group);
+        }
+        return PLC_driver.readList.size();
+    });
 }
 
 int WhetherGroup(int current, int limit, RW_VAR *var, QList<RW_VAR> *group)

@@ -13,9 +13,9 @@ Q_DECL_EXPORT int Add_AddListReadVar(QList<RW_VAR> *group);
 /// Sorts `list` by rising address; equal addresses keep their order. Any thread; no lock.
 Q_DECL_EXPORT void Bubble_Sort(QList<RW_VAR> *list);
 
-/// Moves the head of the read list, which is not empty, to its end. The caller holds the list
-/// mutex.
-void rotateReadList();
+/// Moves the head of `list`, the read list, which is not empty, to its end. The caller holds the
+/// list mutex.
+void rotateReadList(QList<RW_VAR> &list);
 
 /// Hook for grouping: returns its first argument and touches nothing.
 Q_DECL_EXPORT int WhetherGroup(int current, int limit, RW_VAR *var, QList<RW_VAR> *group);

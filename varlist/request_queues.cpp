@@ -1,15 +1,13 @@
 // The queues of one-off requests: writes and one-time reads.
 #include "driver/driver_object.h"
 #include "driver/entry_points.h"
+#include "driver/no_throw.h"
 #include "varlist/address_text.h"
 
 #include <QtCore/QMutexLocker>
 
 namespace
 {
-
-const int APPEND_UNCHANGED = 1; // value of `mode`
-const int QUEUE_LIMIT = 1024;
 
 bool isSameVariable(const RW_VAR &left, const RW_VAR &right)
 {
@@ -53,39 +51,44 @@ void amendOnceRead(RW_VAR &var, int address)
 
 } // namespace
 
-int AddListWriteVar(RW_VAR *var, int mode) noexcept
+int AddListWriteVar(RW_VAR *var, int mode)
 {
-    QMutexLocker lock(&PLC_driver.listMutex);
-    QList<RW_VAR> &queue = PLC_driver.writeList;
-    if (!var)
-        return queue.size();
-    if (mode == APPEND_UNCHANGED || queue.size() < 2)
-        return append(queue, *var);
-    // Index 0 is left alone: it may be on the line, and what was sent is what gets acknowledged.
-    for (int i = 1; i < queue.size(); ++i) {
-        if (isSameVariable(queue.at(i), *var)) {
-            queue[i] = *var;
+    return noThrow([&]() -> int {
+        QMutexLocker lock(&PLC_driver.listMutex);
+        QList<RW_VAR> &queue = PLC_driver.writeList;
+        if (!var)
             return queue.size();
+        if (mode == LIST_APPEND || queue.size() < 2)
+            return append(queue, *var);
+        // Index 0 is left alone: it may be on the line, and what was sent is what gets
+        // acknowledged.
+        for (int i = 1; i < queue.size(); ++i) {
+            if (isSameVariable(queue.at(i), *var)) {
+                queue[i] = *var;
+                return queue.size();
+            }
         }
-    }
-    return appendWithinLimit(queue, *var);
+        return appendWithinLimit(queue, *var);
+    });
 }
 
-int AddListOnceReadVar(RW_VAR *var, int mode) noexcept
+int AddListOnceReadVar(RW_VAR *var, int mode)
 {
-    QList<RW_VAR> &queue = PLC_driver.onceReadList;
-    if (!var || mode == APPEND_UNCHANGED) {
+    return noThrow([&]() -> int {
+        QList<RW_VAR> &queue = PLC_driver.onceReadList;
+        if (!var || mode == LIST_APPEND) {
+            QMutexLocker lock(&PLC_driver.listMutex);
+            return var ? append(queue, *var) : queue.size();
+        }
+        const int address = StringAddressToInt(var->areaType, var->addressText);
+        if (address < 0)
+            return 0;
+        amendOnceRead(*var, address);
         QMutexLocker lock(&PLC_driver.listMutex);
-        return var ? append(queue, *var) : queue.size();
-    }
-    const int address = StringAddressToInt(var->areaType, var->addressText);
-    if (address < 0)
-        return 0;
-    amendOnceRead(*var, address);
-    QMutexLocker lock(&PLC_driver.listMutex);
-    for (int i = 0; i < queue.size(); ++i) {
-        if (isSameRequest(queue.at(i), *var))
-            return queue.size();
-    }
-    return appendWithinLimit(queue, *var);
+        for (int i = 0; i < queue.size(); ++i) {
+            if (isSameRequest(queue.at(i), *var))
+                return queue.size();
+        }
+        return appendWithinLimit(queue, *var);
+    });
 }

@@ -1,5 +1,5 @@
-// Image areas on the heap, exactly as long as the driver's, so that a sanitizer sees a step
-// outside.
+// Image areas on the heap, exactly as long as the driver's or with a margin on both sides, so that
+// a sanitizer sees a step outside.
 #ifndef KVT_TESTS_SUPPORT_IMAGE_AREAS_H
 #define KVT_TESTS_SUPPORT_IMAGE_AREAS_H
 
@@ -51,5 +51,35 @@ inline Changes changesAt(std::initializer_list<std::pair<int, int>> all)
         result.insert(change.first, change.second);
     return result;
 }
+
+/// Elements on either side of the driver's own length.
+const int AREA_MARGIN = 16;
+
+/// An area that reaches beyond the driver's length on both sides; indices are those of the pointer.
+template <typename Unit>
+class WideArea
+{
+public:
+    explicit WideArea(Unit fill = 0)
+        : m_fill(fill), m_units(2 * AREA_MARGIN + IMAGE_AREA_BYTES / sizeof(Unit), fill)
+    {
+    }
+    Unit *data() { return m_units.data() + AREA_MARGIN; }
+    Changes changed() const
+    {
+        Changes result;
+        for (size_t i = 0; i < m_units.size(); ++i) {
+            if (m_units[i] != m_fill)
+                result.insert(int(i) - AREA_MARGIN, int(m_units[i]));
+        }
+        return result;
+    }
+
+private:
+    Unit m_fill;
+    std::vector<Unit> m_units;
+};
+typedef WideArea<quint8> WideBytes;
+typedef WideArea<quint16> WideWords;
 
 #endif

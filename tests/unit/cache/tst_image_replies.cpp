@@ -59,17 +59,18 @@ private Q_SLOTS:
             << 3 << 3 << 0 << reply.left(5) << changesAt({{0, 0xA5}});
         QTest::newRow("reply ends before the data") << 3 << 3 << 0 << reply.left(3) << Changes();
         QTest::newRow("empty reply") << 3 << 3 << 0 << QByteArray() << Changes();
-        QTest::newRow("last byte")
-            << 3 << 3 << AREA_BITS - 8 << reply << changesAt({{IMAGE_AREA_BYTES - 1, 0xA5}});
-        QTest::newRow("past the end") << 3 << 3 << AREA_BITS << reply << Changes();
-        QTest::newRow("highest address") << 3 << 3 << HIGHEST << reply << Changes();
-        QTest::newRow("lowest address") << 3 << 3 << LOWEST << reply << Changes();
+        QTest::newRow("over the driver's length")
+            << 3 << 3 << AREA_BITS - 8 << reply
+            << changesAt({{IMAGE_AREA_BYTES - 1, 0xA5}, {IMAGE_AREA_BYTES + 1, 0xFF}});
+        QTest::newRow("behind the driver's length")
+            << 3 << 1 << AREA_BITS << reply << changesAt({{IMAGE_AREA_BYTES, 0xA5}});
         QTest::newRow("below zero, remainder ignored")
             << 3 << 1 << -7 << reply << changesAt({{0, 0xA5}});
-        QTest::newRow("first two bytes below") << 3 << 3 << -16 << reply << changesAt({{0, 0xFF}});
+        QTest::newRow("first two bytes below")
+            << 3 << 3 << -16 << reply << changesAt({{-2, 0xA5}, {0, 0xFF}});
         QTest::newRow("first two data before the front")
             << -2 << 4 << 0 << reply << changesAt({{2, 0x06}, {3, 0x30}});
-        QTest::newRow("far below") << 3 << 3 << -24 << reply << Changes();
+        QTest::newRow("all below") << 3 << 3 << -24 << reply << changesAt({{-3, 0xA5}, {-1, 0xFF}});
         QTest::newRow("data after the end") << HIGHEST << 3 << 0 << reply << Changes();
         QTest::newRow("data at the last byte") << 6 << 2 << 0 << reply << changesAt({{0, 0x0D}});
         QTest::newRow("data before the front") << LOWEST << 3 << 0 << reply << Changes();
@@ -85,9 +86,9 @@ private Q_SLOTS:
         QFETCH(Changes, changed);
         pending(first, count, address);
         const QByteArray before(reply.constData(), reply.size());
-        ByteArea area = byteArea();
+        WideBytes area;
         SaveBitToUC(&reply, area.data());
-        QCOMPARE(changes(area), changed);
+        QCOMPARE(area.changed(), changed);
         QCOMPARE(reply, before);
         QCOMPARE(PLC_driver.pendingFrames.size(), 1);
     }
@@ -110,12 +111,11 @@ private Q_SLOTS:
         QTest::newRow("count -4") << 3 << -4 << 40 << reply << Changes();
         QTest::newRow("high bytes") << 0 << 2 << 40 << bytes("FF 80") << changesAt({{40, 0xFF80}});
         QTest::newRow("from the front") << 2 << 2 << 40 << reply << changesAt({{40, 0x0012}});
-        QTest::newRow("last word")
-            << 3 << 4 << AREA_WORDS - 1 << reply << changesAt({{AREA_WORDS - 1, 0x1234}});
-        QTest::newRow("past the end") << 3 << 4 << AREA_WORDS << reply << Changes();
-        QTest::newRow("highest address") << 3 << 4 << HIGHEST << reply << Changes();
-        QTest::newRow("lowest address") << 3 << 4 << LOWEST << reply << Changes();
-        QTest::newRow("address -1") << 3 << 4 << -1 << reply << changesAt({{0, 0x5678}});
+        QTest::newRow("over the driver's length")
+            << 3 << 4 << AREA_WORDS - 1 << reply
+            << changesAt({{AREA_WORDS - 1, 0x1234}, {AREA_WORDS, 0x5678}});
+        QTest::newRow("address -1")
+            << 3 << 4 << -1 << reply << changesAt({{-1, 0x1234}, {0, 0x5678}});
         QTest::newRow("first word before the front")
             << -2 << 6 << 40 << reply << changesAt({{42, 0x0012}});
         QTest::newRow("first word astride the front")
@@ -133,9 +133,9 @@ private Q_SLOTS:
         QFETCH(Changes, changed);
         pending(first, count, address);
         const QByteArray before(reply.constData(), reply.size());
-        WordArea area = wordArea();
+        WideWords area;
         SaveWordToUS(&reply, area.data());
-        QCOMPARE(changes(area), changed);
+        QCOMPARE(area.changed(), changed);
         QCOMPARE(reply, before);
         QCOMPARE(PLC_driver.pendingFrames.size(), 1);
     }

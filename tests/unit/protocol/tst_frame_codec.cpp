@@ -1,5 +1,7 @@
 // Hexadecimal digits, both ways.
 #include "protocol/frame_codec.h"
+
+#include "driver/records.h"
 #include "tests/support/row_names.h"
 
 #include <QtTest>
@@ -106,9 +108,9 @@ private Q_SLOTS:
 
     void controlCharactersAreThoseOfTheLine()
     {
-        QCOMPARE(static_cast<int>(ENQ), 0x05);
-        QCOMPARE(static_cast<int>(CR), 0x0D);
-        QCOMPARE(static_cast<int>(NAK), 0x15);
+        QCOMPARE(static_cast<int>(FRAME_ENQ), 0x05);
+        QCOMPARE(static_cast<int>(FRAME_CR), 0x0D);
+        QCOMPARE(static_cast<int>(FRAME_NAK), 0x15);
     }
 };
 
