@@ -1,11 +1,24 @@
-# What every target of the project is compiled with: warnings are errors in our own builds.
-option(KVT_WERROR "Treat warnings as errors" ON)
+# What every target of the project is compiled and linked with.
+option(KVT_WERROR "Treat warnings as errors; the scripts and the presets do" OFF)
+option(KVT_HARDEN "Stack protector, checked library calls, memory read-only after relocation" ON)
 
 add_library(kvt_options INTERFACE)
-target_include_directories(kvt_options INTERFACE "${CMAKE_SOURCE_DIR}")
+target_include_directories(kvt_options INTERFACE "${PROJECT_SOURCE_DIR}")
 target_compile_options(kvt_options INTERFACE -Wall -Wextra -Wpedantic -Wshadow -Wconversion
                                              $<$<BOOL:${KVT_WERROR}>:-Werror>)
 target_compile_definitions(kvt_options INTERFACE QT_NO_KEYWORDS QT_NO_CAST_TO_ASCII)
+
+if(KVT_HARDEN)
+  target_compile_options(kvt_options INTERFACE -fstack-protector-strong)
+  # glibc warns where nothing is optimised. A distribution may have asked for a level already.
+  if(NOT KVT_COVERAGE AND NOT KVT_SANITIZE AND NOT CMAKE_CXX_FLAGS MATCHES "_FORTIFY_SOURCE|-O0")
+    target_compile_definitions(kvt_options INTERFACE
+      $<$<CONFIG:Release,RelWithDebInfo,MinSizeRel>:_FORTIFY_SOURCE=2>)
+  endif()
+  target_link_options(kvt_options INTERFACE LINKER:-z,relro LINKER:-z,now LINKER:-z,noexecstack)
+endif()
+include(CheckPIESupported)
+check_pie_supported(LANGUAGES CXX)
 
 if(KVT_SANITIZE)
   target_compile_options(kvt_options INTERFACE -fsanitize=${KVT_SANITIZE} -fno-omit-frame-pointer

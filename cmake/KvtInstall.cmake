@@ -12,11 +12,13 @@ function(kvt_compress from to)
     COMMAND_ERROR_IS_FATAL ANY)
 endfunction()
 
-set(KVT_PUBLIC_HEADERS driver/records.h driver/entry_points.h)
+set(KVT_PUBLIC_HEADERS
+  driver/records.h driver/entry_points.h driver/version.h driver/version_note.h
+  driver/loaded_version.h)
 set(KVT_CMAKE_DIR "${CMAKE_INSTALL_LIBDIR}/cmake/KVT")
-set(KVT_GENERATED "${CMAKE_BINARY_DIR}/install")
+set(KVT_GENERATED "${PROJECT_BINARY_DIR}/install")
 
-install(TARGETS KVT EXPORT KVTTargets
+install(TARGETS KVT kvt_headers EXPORT KVTTargets
   LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}" COMPONENT runtime NAMELINK_COMPONENT devel)
 install(FILES ${KVT_PUBLIC_HEADERS}
   DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/kvt/driver" COMPONENT devel)
@@ -63,6 +65,16 @@ if(TARGET kvt)
   install(FILES apps/kvt/completion/kvt.fish
     DESTINATION "${CMAKE_INSTALL_DATADIR}/fish/vendor_completions.d" COMPONENT tools)
 endif()
+
+# The guide, what it refers to, and the examples, as a project that builds.
+set(KVT_DOC_DIR "${CMAKE_INSTALL_DOCDIR}")
+if(KVT_DEBIAN_PACKAGES)
+  set(KVT_DOC_DIR "${CMAKE_INSTALL_DATADIR}/doc/libkvt-dev")
+endif()
+install(FILES docs/integrating.md docs/line.md docs/protocol.md docs/versions.md
+  DESTINATION "${KVT_DOC_DIR}" COMPONENT devel)
+install(FILES examples/minimal_host.cpp examples/polling_host.cpp examples/installed/CMakeLists.txt
+  DESTINATION "${KVT_DOC_DIR}/examples" COMPONENT devel)
 
 # Manual pages; Debian wants them compressed.
 function(kvt_install_manual section component)

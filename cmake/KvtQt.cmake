@@ -22,7 +22,9 @@ function(kvt_import_qt4_module module)
   add_library(Qt4::${module} SHARED IMPORTED GLOBAL)
   set_target_properties(Qt4::${module} PROPERTIES
     IMPORTED_LOCATION "${library}"
-    INTERFACE_INCLUDE_DIRECTORIES "${KVT_QT4_ROOT}/include;${headers}")
+    INTERFACE_INCLUDE_DIRECTORIES "${KVT_QT4_ROOT}/include;${headers}"
+    # or Qt's own assertions print and end the process
+    INTERFACE_COMPILE_DEFINITIONS "$<$<NOT:$<CONFIG:Debug>>:QT_NO_DEBUG>")
 endfunction()
 
 function(kvt_import_qt4_moc)

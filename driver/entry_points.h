@@ -12,6 +12,7 @@
 #define KVT_DRIVER_ENTRY_POINTS_H
 
 #include "driver/records.h"
+#include "driver/version.h"
 
 extern "C" {
 

@@ -1,5 +1,7 @@
 #include "host/driver_library.h"
 
+#include "driver/loaded_version.h"
+
 #include <QFile>
 #include <QStringList>
 
@@ -45,6 +47,12 @@ QStringList resolveAll(void *handle, DriverApi *api)
     return missing;
 }
 
+QString fileAt(const void *address)
+{
+    Dl_info place = {};
+    return dladdr(address, &place) != 0 ? QFile::decodeName(place.dli_fname) : QString();
+}
+
 } // namespace
 
 DriverLibrary::~DriverLibrary()
@@ -65,12 +73,25 @@ bool DriverLibrary::load(const QString &path, QString *error)
         return false;
     }
     const QStringList missing = resolveAll(handle_, &api_);
-    if (missing.isEmpty())
+    if (missing.isEmpty()) {
+        const void *const entryPoint = dlsym(handle_, "SetComInfo");
+        version_ = kvtLoadedVersion(entryPoint);
+        file_ = fileAt(entryPoint);
         return true;
+    }
     unload();
     *error = QStringLiteral("%1: not the driver, it lacks %2")
                  .arg(path, missing.join(QLatin1String(", ")));
     return false;
+}
+
+QString DriverLibrary::versionText() const
+{
+    return version_ == 0 ? QStringLiteral("unknown")
+                         : QStringLiteral("%1.%2.%3")
+                               .arg(version_ / 10000)
+                               .arg(version_ / 100 % 100)
+                               .arg(version_ % 100);
 }
 
 void DriverLibrary::unload()
@@ -78,6 +99,8 @@ void DriverLibrary::unload()
     if (handle_ == nullptr)
         return;
     api_ = DriverApi();
+    version_ = 0;
+    file_.clear();
     dlclose(handle_);
     handle_ = nullptr;
     driverLoaded = false;

@@ -46,11 +46,22 @@ public:
 
     bool isLoaded() const { return handle_ != nullptr; }
 
+    /// Version of the loaded driver as KVT_VERSION codes it; 0 when it does not tell.
+    int version() const { return version_; }
+
+    /// The same as text: "1.0.0", or "unknown".
+    QString versionText() const;
+
+    /// The file that was loaded, as the system's loader names it; empty while none is.
+    QString file() const { return file_; }
+
     /// The entry points; all null until `load` has succeeded.
     const DriverApi &api() const { return api_; }
 
 private:
     void *handle_ = nullptr;
+    int version_ = 0;
+    QString file_;
     DriverApi api_;
 };
 

@@ -8,6 +8,7 @@ namespace
 {
 
 const int LENGTH_WITHOUT_VALUE = 8;
+const int MOST_VALUE_BYTES = 2;
 
 // Returns where the next digits go.
 char *putByteDigits(char *at, int value)
@@ -36,15 +37,16 @@ int addressByte(int part3, int high, int writeBit)
 
 QByteArray requestFrame(int station, int command, int address, const quint8 *value, int count)
 {
-    QByteArray frame(LENGTH_WITHOUT_VALUE + 2 * count, FRAME_CR);
-    char *next = frame.data();
+    char frame[LENGTH_WITHOUT_VALUE + 2 * MOST_VALUE_BYTES];
+    char *next = frame;
     *next++ = FRAME_ENQ;
     next = putByteDigits(next, station);
     next = putByteDigits(next, command);
     next = putByteDigits(next, address);
-    for (int i = 0; i < count; ++i)
+    for (int i = 0; i < count && i < MOST_VALUE_BYTES; ++i)
         next = putByteDigits(next, value[i]);
-    return frame;
+    *next++ = FRAME_CR;
+    return QByteArray(frame, static_cast<int>(next - frame));
 }
 
 void queueFrame(const QByteArray &frame, const RW_VAR &var, const ExpectedReply &reply)

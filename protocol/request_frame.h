@@ -21,8 +21,8 @@ int highNibble(int value);
 int addressByte(int part3, int high, int writeBit);
 
 /// Returns a whole frame: ENQ, `station`, `command`, `address` and the `count` bytes of `value`,
-/// CR; the low 8 bits of each number as two hexadecimal digits. `value` may be null when `count` is
-/// 0.
+/// CR; the low 8 bits of each number as two hexadecimal digits. `count` is 0 to 2; `value`
+/// may be null when it is 0.
 QByteArray requestFrame(int station, int command, int address, const quint8 *value, int count);
 
 /// Appends `frame` to `pendingFrames` with a copy of `var`, and tells the host's block that one

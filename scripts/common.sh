@@ -37,6 +37,12 @@ print_help()
     awk 'NR > 1 && !/^#/ { exit } NR > 1 { sub(/^# ?/, ""); print }' "$0"
 }
 
+# Prints the version of driver/version.h, e.g. 1.2.3.
+header_version()
+{
+    sed -nE 's/^#define KVT_VERSION_(MAJOR|MINOR|PATCH) ([0-9]+)$/\2/p' "$root/driver/version.h" | paste -sd .
+}
+
 # Prints the files under the folders given that have one of the endings in $1 ("h cpp").
 sources_in()
 {

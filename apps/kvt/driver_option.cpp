@@ -3,6 +3,7 @@
 #include "apps/kvt/console.h"
 
 #include <QCoreApplication>
+#include <QDir>
 #include <QFileInfo>
 
 namespace kvt
@@ -21,17 +22,26 @@ QString driverPath(const QCommandLineParser &parser)
 {
     if (parser.isSet(QStringLiteral("driver")))
         return parser.value(QStringLiteral("driver"));
+    return defaultDriverPath();
+}
+
+QString defaultDriverPath()
+{
     const QString name = QStringLiteral("libKVT.so.1");
     const QString beside =
         QCoreApplication::applicationDirPath() + QStringLiteral("/../lib/") + name;
-    return QFileInfo::exists(beside) ? beside : name;
+    return QFileInfo::exists(beside) ? QDir::cleanPath(beside) : name;
 }
 
 bool loadDriver(const QString &path, DriverLibrary *library)
 {
     QString error;
-    if (library->load(path, &error))
+    if (library->load(path, &error)) {
+        if (path == defaultDriverPath())
+            printError(QStringLiteral("driver %1, version %2")
+                           .arg(library->file(), library->versionText()));
         return true;
+    }
     if (!path.contains(QLatin1Char('/')) && QFileInfo::exists(path))
         error += QStringLiteral("; the file in this folder is ./%1").arg(path);
     printError(QStringLiteral("--driver: %1").arg(error));

@@ -15,7 +15,12 @@ QCommandLineOption driverOption();
 /// The path that --driver or the place of this program gives.
 QString driverPath(const QCommandLineParser &parser);
 
-/// Loads the driver. False, with a message, when it cannot be loaded.
+/// What is loaded without --driver: libKVT.so.1 beside this program, else the system's.
+QString defaultDriverPath();
+
+/// Loads the driver, and names the one loaded on standard error unless --driver has named it, which
+/// is what a name with a folder that is not `defaultDriverPath` is. False, with a message, when it
+/// cannot be loaded.
 bool loadDriver(const QString &path, DriverLibrary *library);
 
 } // namespace kvt

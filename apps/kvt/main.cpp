@@ -1,8 +1,10 @@
 // kvt: the command line. Finds the sub-command and hands it the rest of the line.
 #include "apps/kvt/commands.h"
 #include "apps/kvt/console.h"
+#include "apps/kvt/driver_option.h"
 #include "apps/kvt/exit_codes.h"
 #include "apps/kvt/options.h"
+#include "driver/version.h"
 
 #include <QCoreApplication>
 
@@ -53,6 +55,18 @@ QStringList commandNames()
     return names;
 }
 
+// Of this program and of the driver that it would load.
+QString versions()
+{
+    kvt::DriverLibrary library;
+    QString error;
+    const bool loaded = library.load(kvt::defaultDriverPath(), &error);
+    return QStringLiteral("kvt %1\ndriver %2\n")
+        .arg(QLatin1String(KVT_VERSION_STRING),
+             loaded ? QStringLiteral("%1 %2").arg(library.versionText(), library.file())
+                    : QStringLiteral("none: ") + error);
+}
+
 int runNamed(const QString &name, const QStringList &arguments)
 {
     const auto command =
@@ -77,7 +91,7 @@ int runWords(const QStringList &words)
         return kvt::EXIT_GOOD;
     }
     if (name == QLatin1String("--version")) {
-        kvt::printOut(QStringLiteral("kvt %1\n").arg(QLatin1String(KVT_VERSION)));
+        kvt::printOut(versions());
         return kvt::EXIT_GOOD;
     }
     return runNamed(name, words.mid(1));
@@ -89,7 +103,7 @@ int main(int argc, char *argv[])
 {
     QCoreApplication app(argc, argv);
     QCoreApplication::setApplicationName(QStringLiteral("kvt"));
-    QCoreApplication::setApplicationVersion(QStringLiteral(KVT_VERSION));
+    QCoreApplication::setApplicationVersion(QStringLiteral(KVT_VERSION_STRING));
     // A reader that goes away is an error of writing, after which links and traces are closed.
     (void)std::signal(SIGPIPE, SIG_IGN);
     (void)std::signal(SIGXFSZ, SIG_IGN);

@@ -28,8 +28,7 @@ TAGS = [memory.Tag(*fields) for fields in (
     ("byte_high", "X", "1.2.1", 1, "u8"), ("byte_first", "X", "0.0.0", 1, "u8"),
     ("other_word", "D", "5.2.1", 2, "u16"), ("other_byte", "X", "1.2.0", 2, "u8"),
     ("block", "C", "7.9.0.4", 2, "u8"), ("block_high", "C", "7.9.1.69", 2, "u8"),
-    ("command_word", "D", "18.1.0", 1, "u16"), ("zero", "D", "5.2.1", 0, "u16"),
-    ("last", "D", "5.2.1", 255, "u16"))]
+    ("zero", "D", "5.2.1", 0, "u16"), ("last", "D", "5.2.1", 255, "u16"))]
 UNKNOWN_STATION = 9
 ANSWER = 2.0    # seconds that an answer may take
 SILENCE = 0.25  # seconds after which none is taken to come
@@ -125,7 +124,7 @@ def check_values(examination, rng):
     expected = {tag.name: examination.read(tag) for tag in TAGS}
     for _ in range(12):
         for tag in rng.sample(TAGS, len(TAGS)):
-            if tag.area != "C" and tag.name != "command_word" and rng.random() < 0.7:
+            if tag.area != "C" and rng.random() < 0.7:
                 width = wire.DATA_BYTES[tag.area]
                 value = rng.choice([0, 256 ** width - 1, rng.randrange(256 ** width)])
                 examination.write(tag, value)
@@ -144,18 +143,6 @@ def check_refusals(examination):
     examination.expect_refusal(2, wire.write_request(2, word, 1))
     examination.expect(wire.read_request(UNKNOWN_STATION, byte), None, "no such station")
     examination.expect(wire.write_request(UNKNOWN_STATION, byte, 1), None, "no such station")
-
-
-def check_commands(examination):
-    """D 18.1.0 carries no value and looks like a read; it is acknowledged and changes nothing."""
-    tag = next(tag for tag in TAGS if tag.name == "command_word")
-    before = examination.read(tag)
-    request = wire.command_request(tag.station, wire.parse_address(tag.area, tag.address))
-    answer = examination.ask(request, wire.WRITE_REPLY_LENGTH)
-    if len(answer) != 6 or answer[:3] != b"\x0601" or answer[-1:] != b"\r":
-        examination.wrong.append("%s is answered by %s" % (request.hex(" "), answer.hex(" ")))
-    if examination.read(tag) != before:
-        examination.wrong.append("a command has changed the word of its name")
 
 
 def check_broken_requests(examination):
@@ -194,7 +181,6 @@ def examine(kvt, kind, tags_path, seed):
             examination = Examination(line)
             check_values(examination, random.Random(seed))
             check_refusals(examination)
-            check_commands(examination)
             check_broken_requests(examination)
             check_one_at_a_time(examination, line)
             line.close()

@@ -84,7 +84,13 @@ public:
 
     /// All of standard output that has not been read.
     QByteArray output() { return process_.readAllStandardOutput(); }
-    QByteArray errors() { return process_.readAllStandardError(); }
+
+    /// All of standard error, without the line that names the driver.
+    QByteArray errors()
+    {
+        const QByteArray text = process_.readAllStandardError();
+        return text.startsWith("kvt: driver ") ? text.mid(text.indexOf('\n') + 1) : text;
+    }
 
     /// The same, as one JSON object; empty when it is none.
     QJsonObject outputObject() { return QJsonDocument::fromJson(output()).object(); }

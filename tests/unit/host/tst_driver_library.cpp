@@ -1,6 +1,9 @@
 // Loading the driver, and everything that is not the driver.
 #include "host/driver_library.h"
 
+#include "driver/version.h"
+
+#include <QFileInfo>
 #include <QTemporaryFile>
 #include <QtTest>
 
@@ -25,6 +28,9 @@ private Q_SLOTS:
         QVERIFY(!library.isLoaded());
         QVERIFY2(library.load(DRIVER, &error), qPrintable(error));
         QVERIFY(library.isLoaded());
+        QCOMPARE(library.version(), KVT_VERSION);
+        QCOMPARE(library.versionText(), QStringLiteral(KVT_VERSION_STRING));
+        QCOMPARE(QFileInfo(library.file()), QFileInfo(DRIVER));
         QCOMPARE(library.api().QueryFinishFlag(), 1);
         QCOMPARE(library.api().FlashLocalRegister(nullptr, nullptr, nullptr), 396);
         QCOMPARE(library.api().PLCAddressChangeIntef(AREA_D, QStringLiteral("1.2.3")), 39);
