@@ -16,8 +16,10 @@ class LineTap;
 /// data digits are none.
 enum class ReplyChecking {
     Off,   ///< not looked at
-    Count, ///< counted, and the reply taken all the same
-    Refuse ///< counted, and the attempt fails
+    Count, ///< taken as doubtful
+    Auto,  ///< as Refuse with a station that has sent a good reply which looks like one; until then
+           ///< as Count
+    Refuse ///< the attempt fails
 };
 
 /// Timing of one station; times in nanoseconds, not negative.
@@ -44,7 +46,15 @@ struct EngineSettings {
 
     qint64 idlePoll_ns = milliseconds(10); ///< how often the driver is asked while it has nothing
     qint64 longestQuiet_ns = seconds(1);   ///< how long bytes that go on arriving extend a silence
-    ReplyChecking replyChecking = ReplyChecking::Count;
+    ReplyChecking replyChecking = ReplyChecking::Auto;
+
+    /// The part of the line's time, 0 to 1, that pauses between exchanges may take, in which a
+    /// reply would be heard that is one too many. 0: there are none, and no such reply is noticed.
+    double checkpointShare = 0.01;
+
+    /// Each reply is followed by a pause, and its value counts only if nothing was heard there.
+    bool confirm = false;
+
     bool remoteMode = false; ///< binary envelopes: CR ends nothing and replies are not checked
 
     LineTap *tap = nullptr; ///< sees what passes on the line; outlives the engine; may be null
@@ -66,7 +76,8 @@ struct EngineSettings {
     /// known: what the stations and the line should need must do, unless a quiet time is set.
     qint64 listeningTime_ns(int station, int expectedLength) const;
 
-    /// Time for which the line is kept silent after a failed attempt.
+    /// Time for which the line is kept silent after an attempt that did not end with one good
+    /// reply, from the time on that its reply was due at the latest.
     ///
     /// It equals the time-out unless set: a station that kept us waiting is allowed twice the time
     /// it should need, and the silence costs no more than the time-out itself did.

@@ -1,7 +1,6 @@
 #include "host/exchange_engine.h"
 
 #include "host/line_tap.h"
-#include "host/reply_check.h"
 
 #include <algorithm>
 
@@ -10,7 +9,8 @@ namespace kvt
 
 ExchangeEngine::ExchangeEngine(const DriverApi &api, const EngineSettings &settings,
                                ExchangeObserver *observer)
-    : api_(api), settings_(settings), observer_(observer)
+    : api_(api), settings_(settings), observer_(observer), judge_(settings.replyChecking),
+      steps_(settings.checkpointShare, settings.confirm)
 {
 }
 
@@ -19,17 +19,20 @@ void ExchangeEngine::lineUp(qint64 now_ns)
     if (settings_.tap != nullptr)
         settings_.tap->lineChanged(true);
     observer_->lineChanged(true, now_ns);
+    steps_.lineUp(now_ns);
     // Until something was sent, no reply to an own request can be under way.
     const bool isFirst = sentAt_ns_ == 0;
-    hold(now_ns,
-         isFirst ? settings_.listeningTime_ns(request_.station, request_.expectedLength)
-                 : settings_.quietTime_ns(request_.station, request_.expectedLength),
+    hold(now_ns + (isFirst ? settings_.listeningTime_ns(request_.station, request_.expectedLength)
+                           : settings_.quietTime_ns(request_.station, request_.expectedLength)),
          DroppedBytes::Stale);
 }
 
 void ExchangeEngine::lineDown(qint64 now_ns)
 {
-    // The driver still holds the frame in flight and returns it again when asked.
+    // The driver still holds the frame in flight and returns it again when asked. A command that
+    // may have been carried out is not sent again.
+    if (request_.isCommand && (state_ == State::Waiting || state_ == State::Refused))
+        endAttempt(now_ns, AttemptEnd::NoReply);
     state_ = State::Down;
     deadline_ns_ = NEVER;
     toSend_.clear();
@@ -46,8 +49,8 @@ void ExchangeEngine::received(qint64 now_ns, const char *bytes, int count)
     case State::Down:
         break;
     case State::Idle:
-        hold(now_ns, settings_.characterGap_ns(), DroppedBytes::Stale);
-        drop(DroppedBytes::Stale, count);
+    case State::Pausing:
+        bytesInPause(now_ns, count);
         break;
     case State::Holding:
         bytesWhileSilent(now_ns, count);
@@ -57,6 +60,10 @@ void ExchangeEngine::received(qint64 now_ns, const char *bytes, int count)
         break;
     case State::Waiting:
         takeReplyBytes(now_ns, bytes, count);
+        break;
+    case State::Refused:
+        drop(DroppedBytes::Stale, count);
+        endAttempt(now_ns, AttemptEnd::Disturbed);
         break;
     }
 }
@@ -72,12 +79,15 @@ void ExchangeEngine::sent(qint64 at_ns)
     // A line without a pace takes the request at once and may still be sending it.
     const qint64 sending_ns =
         settings_.paced ? 0 : request_.frame.size() * settings_.characterTime_ns;
-    deadline_ns_ =
+    replyDue_ns_ =
         at_ns + sending_ns + settings_.replyTimeout_ns(request_.station, request_.expectedLength);
+    deadline_ns_ = replyDue_ns_;
+    ++timesSent_;
+    steps_.sent(request_);
     if (disturbed_)
-        endAttempt(at_ns, AttemptEnd::Disturbed, false, 0);
+        endAttempt(at_ns, AttemptEnd::Disturbed);
     else if (request_.expectedLength == 0)
-        endAttempt(at_ns, AttemptEnd::Replied, false, 0);
+        endAttempt(at_ns, AttemptEnd::Replied);
 }
 
 void ExchangeEngine::deadlineReached(qint64 now_ns)
@@ -87,10 +97,13 @@ void ExchangeEngine::deadlineReached(qint64 now_ns)
     if (now_ns < deadline_ns_)
         return;
     if (state_ == State::Holding)
-        begin(now_ns);
+        goOn(now_ns);
+    else if (state_ == State::Pausing)
+        pauseOver(now_ns);
     else if (state_ == State::Waiting)
-        endAttempt(now_ns, reply_.bytes().isEmpty() ? AttemptEnd::NoReply : AttemptEnd::BrokenOff,
-                   false, 0);
+        endAttempt(now_ns, reply_.bytes().isEmpty() ? AttemptEnd::NoReply : AttemptEnd::BrokenOff);
+    else if (state_ == State::Refused)
+        endAttempt(now_ns, AttemptEnd::Refused);
 }
 
 bool ExchangeEngine::takeRequest(QByteArray *out)
@@ -100,6 +113,27 @@ bool ExchangeEngine::takeRequest(QByteArray *out)
     *out = toSend_;
     toSend_.clear();
     return true;
+}
+
+// After an exchange and the silence behind it.
+void ExchangeEngine::goOn(qint64 now_ns)
+{
+    if (!steps_.isPauseDue(now_ns)) {
+        begin(now_ns);
+        return;
+    }
+    state_ = State::Pausing;
+    pauseBegan_ns_ = now_ns;
+    deadline_ns_ = steps_.pauseEnd_ns(now_ns, sentAt_ns_);
+}
+
+void ExchangeEngine::pauseOver(qint64 now_ns)
+{
+    if (steps_.pauseWasSilent(pauseBegan_ns_, now_ns))
+        observer_->checkpointPassed(pauseBegan_ns_);
+    else
+        observer_->checkpointVoid();
+    begin(now_ns);
 }
 
 void ExchangeEngine::begin(qint64 now_ns)
@@ -116,6 +150,7 @@ void ExchangeEngine::begin(qint64 now_ns)
         replyOutstanding_ = false;
         observer_->requestChosen(request_, now_ns);
         attemptNumber_ = 1;
+        timesSent_ = 0;
     }
     state_ = State::Sending;
     deadline_ns_ = NEVER;
@@ -136,21 +171,26 @@ void ExchangeEngine::takeReplyBytes(qint64 now_ns, const char *bytes, int count)
     if (now_ns < sentAt_ns_) {
         bytesBeforeSent(bytes, count);
         if (disturbed_)
-            endAttempt(sentAt_ns_, AttemptEnd::Disturbed, false, 0);
+            endAttempt(sentAt_ns_, AttemptEnd::Disturbed);
         return;
     }
     const int echo = reply_.skipEcho(bytes, count);
     if (echo > 0)
         drop(DroppedBytes::Echo, echo);
+    if (echo < count && reply_.bytes().isEmpty())
+        replyBegan_ns_ = now_ns;
     const int taken = echo + reply_.add(bytes + echo, count - echo);
     if (cameTooSoon(now_ns)) {
         drop(DroppedBytes::Stale, reply_.bytes().size() + count - taken);
         reply_.start(request_, settings_.remoteMode);
-        endAttempt(now_ns, AttemptEnd::Disturbed, false, 0);
-    } else if (reply_.isComplete()) {
-        replyComplete(now_ns, bytes + taken, count - taken);
-    } else if (!reply_.bytes().isEmpty()) {
-        deadline_ns_ = now_ns + settings_.characterGap_ns();
+        endAttempt(now_ns, AttemptEnd::Disturbed);
+    } else if (!reply_.isComplete()) {
+        if (!reply_.bytes().isEmpty())
+            deadline_ns_ = now_ns + settings_.characterGap_ns();
+    } else if (taken < count) {
+        replyWithSurplus(now_ns, bytes + taken, count - taken);
+    } else {
+        replyComplete(now_ns);
     }
 }
 
@@ -166,36 +206,31 @@ bool ExchangeEngine::cameTooSoon(qint64 now_ns) const
     return now_ns < sentAt_ns_ + duration_ns - tolerance_ns;
 }
 
-void ExchangeEngine::replyComplete(qint64 now_ns, const char *surplus, int surplusCount)
+void ExchangeEngine::replyComplete(qint64 now_ns)
 {
-    qint64 leastSilence_ns = 0;
-    bool untrustworthy = false;
-    if (surplusCount > 0) {
-        drop(DroppedBytes::Stale, surplusCount);
-        leastSilence_ns = settings_.characterGap_ns();
-        untrustworthy = contradicts(surplus, surplusCount);
-    }
     const QByteArray &reply = reply_.bytes();
-    const bool doubtful = !settings_.remoteMode && settings_.replyChecking != ReplyChecking::Off &&
-                          !looksLikeReply(request_, reply);
-    AttemptEnd end = AttemptEnd::Replied;
-    if (untrustworthy)
-        end = AttemptEnd::Disturbed;
-    else if (doubtful && settings_.replyChecking == ReplyChecking::Refuse)
-        end = AttemptEnd::Foreign;
-    else if (!settings_.remoteMode && isRefusal(reply))
-        end = AttemptEnd::Refused;
-    endAttempt(now_ns, end, doubtful, leastSilence_ns);
+    if (settings_.remoteMode) {
+        endAttempt(now_ns, AttemptEnd::Replied);
+    } else if (isRefusal(request_, reply)) {
+        state_ = State::Refused;
+        deadline_ns_ = std::max(now_ns, replyDue_ns_);
+    } else {
+        const ReplyJudge::Verdict verdict = judge_.judge(request_, reply);
+        if (verdict == ReplyJudge::Verdict::Foreign)
+            endAttempt(now_ns, AttemptEnd::Foreign, true);
+        else
+            endAttempt(now_ns, AttemptEnd::Replied, verdict == ReplyJudge::Verdict::Doubtful);
+    }
 }
 
-// Bytes that follow a reply at once and do not repeat it may be the true answer behind a late one.
-bool ExchangeEngine::contradicts(const char *surplus, int count) const
+// One of the two is too many, and nothing tells which: the true answer may be behind a late one,
+// even where the bytes that have come so far are the same.
+void ExchangeEngine::replyWithSurplus(qint64 now_ns, const char *surplus, int count)
 {
-    const QByteArray &reply = reply_.bytes();
-    for (int i = 0; i < count; ++i)
-        if (surplus[i] != reply.at(i % reply.size()))
-            return true;
-    return false;
+    drop(DroppedBytes::Stale, count);
+    if (steps_.answersPrevious(reply_.bytes() + QByteArray(surplus, count)))
+        observer_->outOfStep(steps_.foundBehind());
+    endAttempt(now_ns, AttemptEnd::Disturbed);
 }
 
 void ExchangeEngine::bytesBeforeSent(const char *bytes, int count)
@@ -213,17 +248,27 @@ void ExchangeEngine::bytesWhileSilent(qint64 now_ns, int count)
 {
     drop(heldBytes_, count);
     replyOutstanding_ = false;
+    steps_.somethingOdd();
     const qint64 until_ns = std::min(now_ns + settings_.characterGap_ns(), holdLimit_ns_);
     deadline_ns_ = std::max(deadline_ns_, until_ns);
 }
 
-void ExchangeEngine::endAttempt(qint64 now_ns, AttemptEnd end, bool doubtful,
-                                qint64 leastSilence_ns)
+// Nobody was asked: what comes is the answer to a request whose answer we believe to have had.
+void ExchangeEngine::bytesInPause(qint64 now_ns, int count)
+{
+    drop(DroppedBytes::Stale, count);
+    observer_->outOfStep(steps_.heardUnasked(now_ns));
+    hold(now_ns + settings_.quietTime_ns(request_.station, request_.expectedLength),
+         DroppedBytes::Stale);
+}
+
+void ExchangeEngine::endAttempt(qint64 now_ns, AttemptEnd end, bool doubtful)
 {
     Attempt attempt;
     attempt.request = &request_;
     attempt.end = end;
     attempt.number = attemptNumber_;
+    attempt.timesSent = timesSent_;
     attempt.doubtful = doubtful;
     attempt.receivedBytes = reply_.bytes().size();
     attempt.sentAt_ns = sentAt_ns_;
@@ -231,17 +276,17 @@ void ExchangeEngine::endAttempt(qint64 now_ns, AttemptEnd end, bool doubtful,
 
     const RW_VAR *reply = handOver(end);
     attempt.resultCode = reply->result;
+    noteSteps(&attempt);
     attemptNumber_ = attempt.isFinal() ? 0 : attemptNumber_ + 1;
     if (settings_.tap != nullptr)
         settings_.tap->attemptEnded(attempt);
     observer_->attemptEnded(attempt, *reply);
 
-    const bool replied = attempt.isSuccess() || end == AttemptEnd::Refused;
-    const qint64 silence_ns = silenceAfter(attempt, leastSilence_ns);
-    if (silence_ns > 0)
-        hold(now_ns, silence_ns, replied ? DroppedBytes::Stale : DroppedBytes::Late);
+    const qint64 silenceEnd_ns = this->silenceEnd_ns(attempt);
+    if (silenceEnd_ns > now_ns)
+        hold(silenceEnd_ns, attempt.isSuccess() ? DroppedBytes::Stale : DroppedBytes::Late);
     else
-        begin(now_ns);
+        goOn(now_ns);
 }
 
 const RW_VAR *ExchangeEngine::handOver(AttemptEnd end)
@@ -253,30 +298,47 @@ const RW_VAR *ExchangeEngine::handOver(AttemptEnd end)
     return api_.DataCom(&bytes, bytes.size());
 }
 
-qint64 ExchangeEngine::silenceAfter(const Attempt &attempt, qint64 leastSilence_ns)
+void ExchangeEngine::noteSteps(Attempt *attempt)
 {
-    const int station = request_.station;
-    const qint64 quiet_ns = settings_.quietTime_ns(station, request_.expectedLength);
-    if (attempt.isSuccess() || attempt.end == AttemptEnd::Refused) {
-        // An earlier attempt may have been answered just now, and this one still be.
-        const qint64 outstanding_ns = replyOutstanding_ && attempt.isFinal() ? quiet_ns : 0;
-        return std::max(
-            {settings_.timingOf(station).gapAfterReply_ns, leastSilence_ns, outstanding_ns});
+    if (attempt->isSuccess()) {
+        attempt->unproven =
+            steps_.replied(attempt->endedAt_ns, replyBegan_ns_ - sentAt_ns_, timesSent_ == 1);
+        if (!attempt->doubtful)
+            judge_.accepted(request_);
+        return;
     }
-    if (attempt.end == AttemptEnd::NoReply)
-        replyOutstanding_ = true;
-    if (attempt.end != AttemptEnd::Disturbed)
-        return quiet_ns;
-    // Nothing was waited for, so the answer has the whole of its time still before it.
-    replyOutstanding_ = true;
-    return quiet_ns + settings_.replyTimeout_ns(station, request_.expectedLength);
+    if (attempt->end == AttemptEnd::Refused)
+        return;
+    steps_.somethingOdd();
+    // What came unasked may be the true answer to a request whose answer we believed to have had.
+    if (attempt->end == AttemptEnd::Disturbed)
+        observer_->outOfStep(steps_.heardUnasked(attempt->endedAt_ns));
+    else if (steps_.answersPrevious(reply_.bytes()))
+        observer_->outOfStep(steps_.foundBehind());
 }
 
-void ExchangeEngine::hold(qint64 now_ns, qint64 silence_ns, DroppedBytes meaning)
+// The line is kept silent until no answer to the attempt can come any more. One good reply with
+// nothing behind it is the answer; behind anything else it may still be on its way.
+qint64 ExchangeEngine::silenceEnd_ns(const Attempt &attempt)
+{
+    const int station = request_.station;
+    const qint64 answered_ns = std::max(attempt.endedAt_ns, replyDue_ns_) +
+                               settings_.quietTime_ns(station, request_.expectedLength);
+    if (!attempt.isSuccess()) {
+        if (attempt.end != AttemptEnd::Refused && attempt.end != AttemptEnd::BrokenOff)
+            replyOutstanding_ = true;
+        return answered_ns;
+    }
+    // An earlier attempt may have been answered just now, and this one still be.
+    return replyOutstanding_ ? answered_ns
+                             : attempt.endedAt_ns + settings_.timingOf(station).gapAfterReply_ns;
+}
+
+void ExchangeEngine::hold(qint64 until_ns, DroppedBytes meaning)
 {
     state_ = State::Holding;
     heldBytes_ = meaning;
-    deadline_ns_ = now_ns + silence_ns;
+    deadline_ns_ = until_ns;
     holdLimit_ns_ = deadline_ns_ + settings_.longestQuiet_ns;
 }
 

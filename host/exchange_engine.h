@@ -5,7 +5,9 @@
 #include "host/driver_library.h"
 #include "host/engine_settings.h"
 #include "host/exchange_observer.h"
+#include "host/reply_check.h"
 #include "host/reply_collector.h"
+#include "host/step_watch.h"
 
 namespace kvt
 {
@@ -53,6 +55,10 @@ public:
     /// called before `lineUp`.
     void setPaced(bool paced) { settings_.paced = paced; }
 
+    /// Somebody waits for what is unproven: the line is listened to before the next request. For
+    /// the observer, while an attempt is reported to it.
+    void askForProof() { steps_.askForProof(); }
+
     const EngineSettings &settings() const { return settings_; }
 
 private:
@@ -60,22 +66,28 @@ private:
         Down,    // the line cannot be used
         Idle,    // the driver has nothing to send
         Holding, // the line is kept silent until the deadline
+        Pausing, // listening whether replies are in step, from pauseBegan_ns_ on
         Sending, // a request has been handed out and has not left
-        Waiting  // for the reply, from sentAt_ns_ on
+        Waiting, // for the reply, from sentAt_ns_ on
+        Refused  // a refusal is complete; what comes until the reply was due makes it void
     };
 
+    void goOn(qint64 now_ns);
+    void pauseOver(qint64 now_ns);
     void begin(qint64 now_ns);
     Protocol *nextFrame();
     void takeReplyBytes(qint64 now_ns, const char *bytes, int count);
     bool cameTooSoon(qint64 now_ns) const;
-    void replyComplete(qint64 now_ns, const char *surplus, int surplusCount);
-    bool contradicts(const char *surplus, int count) const;
+    void replyComplete(qint64 now_ns);
+    void replyWithSurplus(qint64 now_ns, const char *surplus, int count);
     void bytesBeforeSent(const char *bytes, int count);
     void bytesWhileSilent(qint64 now_ns, int count);
-    void endAttempt(qint64 now_ns, AttemptEnd end, bool doubtful, qint64 leastSilence_ns);
+    void bytesInPause(qint64 now_ns, int count);
+    void endAttempt(qint64 now_ns, AttemptEnd end, bool doubtful = false);
     const RW_VAR *handOver(AttemptEnd end);
-    qint64 silenceAfter(const Attempt &attempt, qint64 leastSilence_ns);
-    void hold(qint64 now_ns, qint64 silence_ns, DroppedBytes meaning);
+    void noteSteps(Attempt *attempt);
+    qint64 silenceEnd_ns(const Attempt &attempt);
+    void hold(qint64 until_ns, DroppedBytes meaning);
     void drop(DroppedBytes kind, int count);
 
     DriverApi api_;
@@ -84,12 +96,18 @@ private:
     State state_ = State::Down;
     qint64 deadline_ns_ = NEVER;
     qint64 sentAt_ns_ = 0;
+    qint64 replyBegan_ns_ = 0; // first byte of the reply
+    qint64 replyDue_ns_ = 0;   // latest time for the reply to begin
+    qint64 pauseBegan_ns_ = 0;
     qint64 holdLimit_ns_ = 0;                      // bytes extend a silence up to here
     DroppedBytes heldBytes_ = DroppedBytes::Stale; // what bytes in a silence count as
     Request request_;
     QByteArray toSend_;
     ReplyCollector reply_;
+    ReplyJudge judge_;
+    StepWatch steps_;
     int attemptNumber_ = 0;         // 0: the driver's next frame is a new request
+    int timesSent_ = 0;             // of the request
     bool disturbed_ = false;        // bytes came while the request was leaving
     bool replyOutstanding_ = false; // an attempt at this request may still be answered
 };

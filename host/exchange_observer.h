@@ -14,7 +14,8 @@ enum class AttemptEnd {
     NoReply,   ///< nothing came in time
     BrokenOff, ///< a reply began and did not end
     Foreign,   ///< a reply that does not look like one to the request was refused
-    Disturbed  ///< bytes came before the request was out, so that no reply could be trusted
+    Disturbed  ///< bytes came before the request was out or behind a reply, so that none of them
+               ///< could be trusted
 };
 
 /// One attempt at a request. Times in nanoseconds.
@@ -24,7 +25,9 @@ struct Attempt {
     int number = 1;        ///< 1 for the first attempt at the request
     int resultCode = 0;    ///< of the driver; 0: it will be repeated
     int receivedBytes = 0; ///< bytes of the reply
+    int timesSent = 1;     ///< how often the request has left for the line so far
     bool doubtful = false; ///< the reply does not look like one to the request
+    bool unproven = false; ///< a good reply counts once `checkpointPassed` has followed
     qint64 sentAt_ns = 0;  ///< the request's last byte
     qint64 endedAt_ns = 0; ///< the reply's last byte, or when it was given up
 
@@ -57,6 +60,18 @@ public:
 
     /// Bytes were thrown away; `station` is that of the latest request, -1 before the first.
     virtual void bytesDropped(DroppedBytes kind, int station, int count) = 0;
+
+    /// The line was silent in a pause between two exchanges: all good replies before `began_ns`,
+    /// or at that time, answered their own requests.
+    virtual void checkpointPassed(qint64 began_ns) = 0;
+
+    /// The line was silent, but that proves nothing since replies were found to be one behind: what
+    /// is unproven stays so for good.
+    virtual void checkpointVoid() = 0;
+
+    /// Replies have answered other requests than their own: all good ones after `provedUntil_ns`
+    /// may have, and what is unproven stays so for good.
+    virtual void outOfStep(qint64 provedUntil_ns) = 0;
 
     /// The line can be used, or no longer.
     virtual void lineChanged(bool up, qint64 now_ns) = 0;

@@ -4,6 +4,7 @@
 
 #include "host/exchange_observer.h"
 #include "host/station_supervisor.h"
+#include "host/value_table.h"
 #include "host/write_tracker.h"
 
 namespace kvt
@@ -31,7 +32,22 @@ public:
     virtual void lineChanged(bool up, const QString &reason) = 0;
 
     /// A tag has a new reading.
-    virtual void tagRead(int tag, quint16 raw, qint64 readAt_ns) = 0;
+    virtual void tagRead(int tag, const Reading &reading) = 0;
+
+    /// The latest reading of a tag may be another tag's: its value is no longer good. Until it has
+    /// been read again it is Suspect.
+    virtual void tagSuspect(int) {}
+
+    /// A reply of the station was taken that does not look like one of it. Reported once for each
+    /// station.
+    virtual void stationDoubtful(int) {}
+
+    /// All that was unproven so far has been decided about.
+    virtual void proofEnded() {}
+
+    /// Replies were found that answer other requests than their own; the tags concerned are
+    /// reported after it.
+    virtual void outOfStep() {}
 
     /// An attempt at a request has ended; what follows from it is reported after it. Few receivers
     /// want to know.

@@ -6,13 +6,21 @@
 namespace kvt
 {
 
+namespace
+{
+
+// As many as the driver serves of one kind before it goes on to the next.
+constexpr int MOST_UNPROVEN = 5;
+
+} // namespace
+
 HostSession::HostSession(const DriverApi &api, const SessionSettings &settings,
                          const QVector<Tag> &tags, HostEvents *events)
     : api_(api), settings_(settings), tags_(tags), events_(events), index_(tags),
       setup_(api, tags, settings.retryLimit, settings.engine.remoteMode),
       supervisor_(settings.supervisor, index_.stations()),
       writes_([this](const WriteReport &report) { onWriteChanged(report); }),
-      onceReads_([this](int id, int tag, bool good) { events_->onceReadEnded(id, tag, good); }),
+      onceReads_([this](int id, int tag) { events_->onceReadEnded(id, tag, false); }),
       engine_(api, settings.engine, this), values_(index_.cells().size())
 {
     if (!settings.readCyclically)
@@ -21,6 +29,7 @@ HostSession::HostSession(const DriverApi &api, const SessionSettings &settings,
 
 void HostSession::stop()
 {
+    giveUpUnproven(WriteReason::HostStopped);
     writes_.stopped();
     QVector<Command> left;
     {
@@ -74,6 +83,7 @@ QVector<CellValue> HostSession::values(qint64 now_ns) const
         const qint64 limit_ns =
             settings_.staleAfterOf_ns.value(tags_.at(tag).name, settings_.staleAfter_ns);
         values.append(values_.value(index_.cellOf(tag), now_ns, limit_ns));
+        values.last().provedUntil_ns = statistics_.provedUntil_ns;
     }
     return values;
 }
@@ -179,7 +189,8 @@ void HostSession::onWriteChanged(const WriteReport &report)
 void HostSession::requestChosen(const Request &request, qint64)
 {
     const bool probe = supervisor_.state(request.station) == StationState::Probing;
-    setup_.comInfo().retryLimit = probe ? 0 : settings_.retryLimit;
+    const int limit = request.isCommand ? settings_.commandRetryLimit : settings_.retryLimit;
+    setup_.comInfo().retryLimit = probe ? 0 : limit;
     // The driver keeps the count over a success; each request has a budget of its own.
     setup_.comInfo().retryCount = 0;
     if (request.kind == RequestKind::Write)
@@ -199,6 +210,42 @@ void HostSession::attemptEnded(const Attempt &attempt, const RW_VAR &)
     events_->attemptEnded(attempt);
     if (attempt.isFinal())
         requestEnded(attempt);
+    // A few requests share a proof; the last of them does not wait for more.
+    const bool isLast = writes_.count() == 0 && onceReads_.count() == 0;
+    if (unproven_.size() >= MOST_UNPROVEN || (!unproven_.isEmpty() && isLast))
+        engine_.askForProof();
+}
+
+void HostSession::checkpointPassed(qint64 began_ns)
+{
+    {
+        const std::lock_guard<std::mutex> lock(mutex_);
+        statistics_.checkpointPassed(began_ns);
+    }
+    const QVector<Unproven> proved = std::exchange(unproven_, QVector<Unproven>());
+    for (const Unproven &entry : proved)
+        prove(entry);
+    events_->proofEnded();
+}
+
+void HostSession::checkpointVoid()
+{
+    giveUpUnproven(WriteReason::NotProved);
+}
+
+void HostSession::outOfStep(qint64 provedUntil_ns)
+{
+    QVector<int> cells;
+    {
+        const std::lock_guard<std::mutex> lock(mutex_);
+        ++statistics_.timesOutOfStep;
+        cells = values_.withdraw(provedUntil_ns);
+    }
+    events_->outOfStep();
+    for (const int cell : std::as_const(cells))
+        for (const int tag : index_.cells().at(cell).tags)
+            events_->tagSuspect(tag);
+    giveUpUnproven(WriteReason::NotProved);
 }
 
 void HostSession::bytesDropped(DroppedBytes kind, int station, int count)
@@ -213,96 +260,9 @@ void HostSession::lineChanged(bool up, qint64 now_ns)
         const std::lock_guard<std::mutex> lock(mutex_);
         statistics_.lineChanged(up, now_ns);
     }
+    if (!up)
+        giveUpUnproven(WriteReason::NotProved);
     events_->lineChanged(up, up ? QString() : lineReason_);
-}
-
-void HostSession::requestEnded(const Attempt &attempt)
-{
-    const Request &request = *attempt.request;
-    const ReadKey key{request.station, request.area, request.address};
-    if (request.kind == RequestKind::Write)
-        endWrite(attempt);
-    else if (attempt.isSuccess())
-        storeReadings(key, attempt.endedAt_ns);
-    else
-        readingsFailed(index_.cellsRead(key));
-    if (request.kind == RequestKind::OnceRead)
-        onceReads_.ended(request.id, attempt.isSuccess());
-
-    if (!attempt.isSuccess())
-        requestFailed(attempt);
-    else if (supervisor_.succeeded(request.station))
-        countStationSwitch(request.station, true);
-}
-
-void HostSession::requestFailed(const Attempt &attempt)
-{
-    const int station = attempt.request->station;
-    writes_.stationFailed(station);
-    onceReads_.stationFailed(station);
-    const bool wasPolled = supervisor_.state(station) == StationState::On;
-    if (!supervisor_.failed(station, attempt.endedAt_ns))
-        return;
-    api_.EnCommStation(station, 0);
-    readingsFailed(index_.cellsOfStation(station));
-    if (wasPolled)
-        countStationSwitch(station, false);
-}
-
-void HostSession::storeReadings(const ReadKey &key, qint64 now_ns)
-{
-    const QVector<int> cells = index_.cellsRead(key);
-    for (const int cell : cells)
-        storeReading(cell, now_ns);
-}
-
-void HostSession::storeReading(int cell, qint64 now_ns)
-{
-    const TagCell &source = index_.cells().at(cell);
-    const int found = api_.GetRegisterData(QString(), source.area, source.addressText,
-                                           source.station, reading_, 1);
-    if (found == 0 || reading_.size() < 2)
-        return;
-    const auto raw = static_cast<quint16>(static_cast<quint8>(reading_.at(0)) |
-                                          (static_cast<quint8>(reading_.at(1)) << 8));
-    {
-        const std::lock_guard<std::mutex> lock(mutex_);
-        if (!values_.read(cell, raw, now_ns)) {
-            ++statistics_.heldBackReadings;
-            return;
-        }
-    }
-    for (const int tag : source.tags)
-        events_->tagRead(tag, raw, now_ns);
-}
-
-void HostSession::readingsFailed(const QVector<int> &cells)
-{
-    const std::lock_guard<std::mutex> lock(mutex_);
-    for (const int cell : cells)
-        values_.readFailed(cell);
-}
-
-void HostSession::endWrite(const Attempt &attempt)
-{
-    const int id = attempt.request->id;
-    if (attempt.isSuccess())
-        writes_.retired(id, WriteState::Acknowledged, WriteReason::None);
-    else if (attempt.end == AttemptEnd::Refused)
-        writes_.retired(id, WriteState::Refused, WriteReason::RefusedByStation);
-    else if (attempt.end == AttemptEnd::NoReply)
-        writes_.retired(id, WriteState::TimedOut, WriteReason::NoReply);
-    else
-        writes_.retired(id, WriteState::TimedOut, WriteReason::BadReply);
-}
-
-void HostSession::countStationSwitch(int station, bool on)
-{
-    {
-        const std::lock_guard<std::mutex> lock(mutex_);
-        statistics_.stationSwitched(station);
-    }
-    events_->stationSwitched(station, on);
 }
 
 } // namespace kvt

@@ -8,7 +8,9 @@
 #include "host/once_reads.h"
 #include "host/statistics.h"
 #include "host/tag_index.h"
-#include "host/value_table.h"
+#include "host/unproven.h"
+
+#include <QSet>
 
 #include <mutex>
 
@@ -20,6 +22,8 @@ struct SessionSettings {
     EngineSettings engine;
     SupervisorSettings supervisor;
     int retryLimit = 2;                     ///< extra attempts for each request, not negative
+    int commandRetryLimit = 0;              ///< the same for commands without a value, which a
+                                            ///< repeated attempt may have carried out twice
     qint64 staleAfter_ns = seconds(5);      ///< age at which a reading is no longer good
     bool readCyclically = true;             ///< false: only what `readOnce` and `write` request
     QHash<QString, qint64> staleAfterOf_ns; ///< the same for single tags, by name
@@ -84,6 +88,9 @@ private:
     void requestChosen(const Request &request, qint64 now_ns) override;
     void attemptEnded(const Attempt &attempt, const RW_VAR &reply) override;
     void bytesDropped(DroppedBytes kind, int station, int count) override;
+    void checkpointPassed(qint64 began_ns) override;
+    void checkpointVoid() override;
+    void outOfStep(qint64 provedUntil_ns) override;
     void lineChanged(bool up, qint64 now_ns) override;
 
     void run(const Command &command);
@@ -94,10 +101,20 @@ private:
 
     void requestEnded(const Attempt &attempt);
     void requestFailed(const Attempt &attempt);
-    void storeReadings(const ReadKey &key, qint64 now_ns);
-    void storeReading(int cell, qint64 now_ns);
+    void storeReadings(const ReadKey &key, const Attempt &attempt);
+    void storeReading(int cell, const Attempt &attempt);
+    void publish(int cell, const Reading &reading);
+    void holdBack(int cell, const Reading &reading);
     void readingsFailed(const QVector<int> &cells);
     void endWrite(const Attempt &attempt);
+    WriteReport verdictOn(const Attempt &attempt) const;
+    void endOnceRead(const Attempt &attempt);
+    bool needsProof() const { return settings_.engine.checkpointShare > 0; }
+    void prove(const Unproven &entry);
+    quint32 writesTo(int cell) const;
+    void giveUp(const Unproven &entry, WriteReason reason);
+    void giveUpUnproven(WriteReason reason);
+    void tellDoubt(int station);
     void countStationSwitch(int station, bool on);
 
     DriverApi api_;
@@ -111,6 +128,8 @@ private:
     OnceReads onceReads_;
     ExchangeEngine engine_;
     QString lineReason_;
+    QVector<Unproven> unproven_;  // in the order of their replies
+    QSet<int> doubtfulStations_;  // that have been reported
     QByteArray reading_{2, '\0'}; // what the driver fills in, kept so that none is made for each
 
     mutable std::mutex mutex_; // the members below; never held while calling out

@@ -12,28 +12,31 @@ void OnceReads::queued(int id, int tag, int station)
     queue_.append({id, tag, station});
 }
 
-void OnceReads::ended(int id, bool good)
+int OnceReads::ended(int id)
 {
-    endWhere([id](const Entry &entry) { return entry.id == id; }, good);
+    for (int i = 0; i < queue_.size(); ++i)
+        if (queue_.at(i).id == id)
+            return queue_.takeAt(i).tag;
+    return -1;
 }
 
 void OnceReads::stationFailed(int station)
 {
-    endWhere([station](const Entry &entry) { return entry.station == station; }, false);
+    failWhere([station](const Entry &entry) { return entry.station == station; });
 }
 
 void OnceReads::stopped()
 {
-    endWhere([](const Entry &) { return true; }, false);
+    failWhere([](const Entry &) { return true; });
 }
 
 template <typename Condition>
-void OnceReads::endWhere(Condition condition, bool good)
+void OnceReads::failWhere(Condition condition)
 {
     const QList<Entry> before = std::exchange(queue_, QList<Entry>());
     for (const Entry &entry : before) {
         if (condition(entry))
-            report_(entry.id, entry.tag, good);
+            report_(entry.id, entry.tag);
         else
             queue_.append(entry);
     }

@@ -14,16 +14,17 @@ namespace kvt
 class OnceReads
 {
 public:
-    /// Called at the end of each, from within the call that ends it.
-    using Report = std::function<void(int id, int tag, bool good)>;
+    /// Called for each that fails without being served, from within the call that brings it about.
+    using Report = std::function<void(int id, int tag)>;
 
     explicit OnceReads(Report report);
 
     /// One has been queued.
     void queued(int id, int tag, int station);
 
-    /// The one with this id has been served.
-    void ended(int id, bool good);
+    /// The one with this id has been served. Its end is the caller's to report. Returns its tag, -1
+    /// when there is none.
+    int ended(int id);
 
     /// A request to `station` has failed for good: the driver has purged that station's.
     void stationFailed(int station);
@@ -42,7 +43,7 @@ private:
     };
 
     template <typename Condition>
-    void endWhere(Condition condition, bool good);
+    void failWhere(Condition condition);
 
     Report report_;
     QList<Entry> queue_;

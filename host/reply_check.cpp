@@ -36,9 +36,15 @@ bool hasDataDigits(const Request &request, const QByteArray &reply)
 
 } // namespace
 
-bool isRefusal(const QByteArray &reply)
+bool isRefusal(const Request &request, const QByteArray &reply)
 {
-    return reply.startsWith(NAK) && reply.endsWith(CARRIAGE_RETURN);
+    return reply.size() == 4 && reply.at(0) == NAK && namesStation(reply, request.station) &&
+           reply.at(3) == CARRIAGE_RETURN;
+}
+
+bool beginsAsReplyOf(int station, const QByteArray &reply)
+{
+    return reply.size() >= 3 && reply.at(0) == ACK && namesStation(reply, station);
 }
 
 bool looksLikeReply(const Request &request, const QByteArray &reply)
@@ -52,6 +58,15 @@ bool looksLikeReply(const Request &request, const QByteArray &reply)
     // Only a reply of full length has its data where the request expects them.
     return reply.at(0) == NAK || reply.size() != request.expectedLength ||
            hasDataDigits(request, reply);
+}
+
+ReplyJudge::Verdict ReplyJudge::judge(const Request &request, const QByteArray &reply) const
+{
+    if (checking_ == ReplyChecking::Off || looksLikeReply(request, reply))
+        return Verdict::Sound;
+    const bool refuse = checking_ == ReplyChecking::Refuse ||
+                        (checking_ == ReplyChecking::Auto && conforming_.test(indexOf(request)));
+    return refuse ? Verdict::Foreign : Verdict::Doubtful;
 }
 
 } // namespace kvt

@@ -6,6 +6,9 @@ namespace kvt
 namespace
 {
 
+// ENQ, station, command, address byte, CR; a write with a value is longer.
+constexpr int COMMAND_LENGTH = 8;
+
 RequestKind kindOf(const RW_VAR &var)
 {
     if (var.rwKind == RW_WRITE)
@@ -27,6 +30,7 @@ Request requestOf(const Protocol &frame)
     request.expectedLength = frame.expectedReplyLength;
     request.dataStart = frame.builderParam1;
     request.dataLength = frame.builderParam2;
+    request.isCommand = request.kind == RequestKind::Write && frame.frameLength == COMMAND_LENGTH;
     return request;
 }
 

@@ -24,6 +24,7 @@ struct Request {
     int expectedLength = 0; ///< bytes; -1 any, 0 none
     int dataStart = 0;      ///< index of the reply's first data digit
     int dataLength = 0;     ///< number of data digits
+    bool isCommand = false; ///< a write without a value: the PLC does something each time it comes
 };
 
 /// Returns what `frame` of the driver says about its request.

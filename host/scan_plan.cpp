@@ -1,5 +1,6 @@
 #include "host/scan_plan.h"
 
+#include "host/reply_times.h"
 #include "host/tag_index.h"
 
 #include <QMap>
@@ -47,6 +48,7 @@ public:
 private:
     qint64 exchange_ns(int station, int bytes) const;
     qint64 failedAttempt_ns(int station, int expectedLength) const;
+    qint64 pauses_ns(qint64 requests) const;
     void planDeath(StationPlan *station, int longestReply) const;
 
     PlanSettings settings_;
@@ -103,11 +105,22 @@ void Planner::planDeath(StationPlan *station, int longestReply) const
     station->deathUnsupervised_ns = station->reads * failure_ns - station->share_ns;
 }
 
+// Every few requests share a pause that proves their replies.
+qint64 Planner::pauses_ns(qint64 requests) const
+{
+    if (settings_.engine.checkpointShare <= 0)
+        return 0;
+    return (requests + BURST - 1) / BURST * ReplyTimes::pauseAfter_ns(settings_.turnaround_ns);
+}
+
 // A write can come just after a request has gone out and must wait for its answer. At worst that
 // is the fifth write in a row: then five one-time reads and a cyclic read are served first, and
 // again after every five of the writes in front.
 ScanPlan Planner::finish()
 {
+    // Pauses take their share of all that the line does.
+    plan_.scan_ns +=
+        static_cast<qint64>(static_cast<double>(plan_.scan_ns) * settings_.engine.checkpointShare);
     for (StationPlan &station : stations_) {
         planDeath(&station, longestReply_.value(station.station));
         plan_.stations.append(station);
@@ -116,8 +129,9 @@ ScanPlan Planner::finish()
         const qint64 turns = 1 + settings_.writesAhead / BURST;
         const qint64 others_ns = (BURST + 1) * plan_.longestRead_ns;
         const qint64 writes = settings_.writesAhead + 2; // one under way, and the operator's own
-        plan_.writeAlone_ns = plan_.longestRead_ns + plan_.write_ns;
-        plan_.writeBusy_ns = writes * plan_.write_ns + turns * others_ns;
+        plan_.writeAlone_ns = plan_.longestRead_ns + plan_.write_ns + pauses_ns(1);
+        plan_.writeBusy_ns =
+            writes * plan_.write_ns + turns * others_ns + pauses_ns(writes + turns * (BURST + 1));
     }
     return plan_;
 }

@@ -52,6 +52,8 @@ void StationStatistics::add(const Attempt &attempt)
         ++retries;
     if (attempt.doubtful)
         ++doubtfulReplies;
+    if (attempt.doubtful && attempt.isSuccess())
+        ++doubtfulTaken;
     if (attempt.isSuccess() && attempt.number == 1)
         replyTime.add(attempt.endedAt_ns - attempt.sentAt_ns);
     if (!attempt.isFinal())
@@ -120,6 +122,12 @@ void Statistics::lineChanged(bool up, qint64 now_ns)
         scan.interrupted();
     }
     lineIsUp = up;
+}
+
+void Statistics::checkpointPassed(qint64 began_ns)
+{
+    ++checkpoints;
+    provedUntil_ns = began_ns;
 }
 
 double Statistics::utilisation(qint64 now_ns, qint64 characterTime_ns) const

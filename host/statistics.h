@@ -28,7 +28,7 @@ enum class Outcome {
 };
 constexpr int OUTCOMES = 9;
 constexpr int ATTEMPT_ENDS = 6;
-constexpr int WRITE_STATES = 6;
+constexpr int WRITE_STATES = 7;
 
 /// The class of a result code other than 0.
 Outcome outcomeOf(int resultCode);
@@ -45,6 +45,7 @@ struct StationStatistics {
     /// refusals nor what was kept from it, and has only its nearest class for these.
     std::array<std::array<quint64, OUTCOMES>, ATTEMPT_ENDS> failures = {};
     quint64 doubtfulReplies = 0; ///< replies that do not look like one to their request
+    quint64 doubtfulTaken = 0;   ///< those of them that were taken all the same
     quint64 staleBytes = 0;      ///< dropped: before a request was out, or behind a reply
     quint64 lateBytes = 0;       ///< dropped: in the silence after a failed attempt
     quint64 echoBytes = 0;       ///< dropped: the host's own request
@@ -69,6 +70,7 @@ public:
     void stationSwitched(int station);
     void writeChanged(const WriteReport &report);
     void lineChanged(bool up, qint64 now_ns);
+    void checkpointPassed(qint64 began_ns);
 
     StationStatistics total;
     QMap<int, StationStatistics> stations;         ///< by station number
@@ -77,6 +79,9 @@ public:
     quint64 heldBackReadings = 0; ///< readings not shown because a write was pending
     quint64 queueMismatches = 0;  ///< times the driver's queue was not as expected; always 0
     quint64 lineFailures = 0;     ///< times the line went away
+    quint64 checkpoints = 0;      ///< pauses in which the line was silent
+    quint64 timesOutOfStep = 0;   ///< times that replies were found to answer other requests
+    qint64 provedUntil_ns = 0;    ///< good replies up to then are proved; 0 before any is
     quint64 wireBytes = 0;        ///< bytes on the line, both ways
     qint64 startedAt_ns = 0;      ///< when the line was first up
     bool started = false;         ///< the line has been up

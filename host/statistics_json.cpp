@@ -70,6 +70,7 @@ QJsonObject countsToJson(const StationStatistics &station)
         {QStringLiteral("retries"), number(station.retries)},
         {QStringLiteral("recoveries"), number(station.recoveries)},
         {QStringLiteral("doubtful_replies"), number(station.doubtfulReplies)},
+        {QStringLiteral("doubtful_taken"), number(station.doubtfulTaken)},
         {QStringLiteral("stale_bytes"), number(station.staleBytes)},
         {QStringLiteral("late_bytes"), number(station.lateBytes)},
         {QStringLiteral("echo_bytes"), number(station.echoBytes)},
@@ -122,6 +123,8 @@ QJsonObject statisticsToJson(const Statistics &statistics, qint64 now_ns, qint64
         {QStringLiteral("held_back_readings"), number(statistics.heldBackReadings)},
         {QStringLiteral("queue_mismatches"), number(statistics.queueMismatches)},
         {QStringLiteral("line_failures"), number(statistics.lineFailures)},
+        {QStringLiteral("checkpoints"), number(statistics.checkpoints)},
+        {QStringLiteral("times_out_of_step"), number(statistics.timesOutOfStep)},
         {QStringLiteral("wire_bytes"), number(statistics.wireBytes)},
     };
     if (characterTime_ns > 0)

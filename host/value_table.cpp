@@ -3,17 +3,40 @@
 namespace kvt
 {
 
+namespace
+{
+
+bool isFresh(Quality quality)
+{
+    return quality == Quality::Good || quality == Quality::Doubtful;
+}
+
+} // namespace
+
 ValueTable::ValueTable(int cells) : cells_(cells) {}
 
-bool ValueTable::read(int cell, quint16 raw, qint64 now_ns)
+bool ValueTable::read(int cell, const Reading &reading)
 {
     Cell &entry = cells_[cell];
     if (entry.pendingWrites > 0)
         return false;
-    entry.raw = raw;
-    entry.quality = Quality::Good;
-    entry.readAt_ns = now_ns;
+    entry.raw = reading.raw;
+    entry.quality = reading.doubtful ? Quality::Doubtful : Quality::Good;
+    entry.readAt_ns = reading.readAt_ns;
     return true;
+}
+
+QVector<int> ValueTable::withdraw(qint64 provedUntil_ns)
+{
+    QVector<int> withdrawn;
+    for (int cell = 0; cell < cells_.size(); ++cell) {
+        const Cell &entry = cells_.at(cell);
+        if (!isFresh(entry.quality) || entry.readAt_ns <= provedUntil_ns)
+            continue;
+        cells_[cell].quality = Quality::Suspect;
+        withdrawn.append(cell);
+    }
+    return withdrawn;
 }
 
 void ValueTable::readFailed(int cell)
@@ -26,6 +49,7 @@ void ValueTable::readFailed(int cell)
 void ValueTable::writeRequested(int cell)
 {
     ++cells_[cell].pendingWrites;
+    ++cells_[cell].writes;
 }
 
 void ValueTable::writeEnded(int cell)
@@ -41,7 +65,7 @@ CellValue ValueTable::value(int cell, qint64 now_ns, qint64 staleAfter_ns) const
     value.quality = entry.quality;
     value.readAt_ns = entry.readAt_ns;
     value.writePending = entry.pendingWrites > 0;
-    if (value.quality == Quality::Good && now_ns - entry.readAt_ns > staleAfter_ns)
+    if (isFresh(value.quality) && now_ns - entry.readAt_ns > staleAfter_ns)
         value.quality = Quality::Stale;
     return value;
 }

@@ -12,8 +12,17 @@ namespace kvt
 enum class Quality {
     NeverRead, ///< there is no reading
     Good,      ///< the latest reading, younger than its limit
-    Stale,     ///< a good reading that has grown old
+    Doubtful,  ///< the latest reading, from a reply that does not look like one of its station
+    Suspect,   ///< the latest reading, from a reply that may have answered another request
+    Stale,     ///< a good or doubtful reading that has grown old
     Failed     ///< the latest attempt to read it has failed; the value is the one before
+};
+
+/// What one good reply says of a cell.
+struct Reading {
+    quint16 raw = 0;       ///< the value's bits
+    qint64 readAt_ns = 0;  ///< when the reply was complete
+    bool doubtful = false; ///< the reply does not look like one of its station
 };
 
 /// A reading of one cell.
@@ -22,6 +31,7 @@ struct CellValue {
     Quality quality = Quality::NeverRead;
     qint64 readAt_ns = 0;      ///< when the reply with it was complete
     bool writePending = false; ///< a write to the cell has not ended
+    qint64 provedUntil_ns = 0; ///< readings up to then are proved to be the cell's own
 };
 
 /// The cells by number. Does no locking of its own.
@@ -32,9 +42,16 @@ public:
 
     int count() const { return cells_.size(); }
 
-    /// A good reply brought this value. Returns false, and changes nothing, while a write to the
+    /// A good reply brought this reading. Returns false, and changes nothing, while a write to the
     /// cell is pending: the request may have gone out before the write took effect.
-    bool read(int cell, quint16 raw, qint64 now_ns);
+    bool read(int cell, const Reading &reading);
+
+    /// Readings after `provedUntil_ns` may be another cell's. Returns the cells that have one and
+    /// are Suspect from now on.
+    QVector<int> withdraw(qint64 provedUntil_ns);
+
+    /// Number of writes to the cell so far, pending ones included.
+    quint32 writesTo(int cell) const { return cells_.at(cell).writes; }
 
     /// An attempt to read the cell has failed for good. Its value stays.
     void readFailed(int cell);
@@ -43,7 +60,8 @@ public:
     void writeRequested(int cell);
     void writeEnded(int cell);
 
-    /// The cell's value at `now_ns`; good readings older than `staleAfter_ns` are Stale.
+    /// The cell's value at `now_ns`; good and doubtful readings older than `staleAfter_ns` are
+    /// Stale.
     CellValue value(int cell, qint64 now_ns, qint64 staleAfter_ns) const;
 
 private:
@@ -52,6 +70,7 @@ private:
         Quality quality = Quality::NeverRead;
         qint64 readAt_ns = 0;
         int pendingWrites = 0;
+        quint32 writes = 0;
     };
 
     QVector<Cell> cells_;

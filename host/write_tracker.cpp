@@ -33,6 +33,8 @@ QString writeStateName(WriteState state)
         return QStringLiteral("timed out");
     case WriteState::Dropped:
         return QStringLiteral("dropped");
+    case WriteState::Uncertain:
+        return QStringLiteral("uncertain");
     }
     return QString();
 }
@@ -60,6 +62,12 @@ QString writeReasonText(WriteReason reason)
         return QStringLiteral("another request to the station failed");
     case WriteReason::HostStopped:
         return QStringLiteral("the host was stopped");
+    case WriteReason::DoubtfulReply:
+        return QStringLiteral("its acknowledgement does not look like the station's");
+    case WriteReason::NotProved:
+        return QStringLiteral("its acknowledgement may be that of another request");
+    case WriteReason::SentTwice:
+        return QStringLiteral("it was sent more than once and may have been carried out each time");
     }
     return QString();
 }
@@ -93,12 +101,12 @@ void WriteTracker::sent(int id)
     report(queue_.first(), WriteState::Sent, WriteReason::None);
 }
 
-void WriteTracker::retired(int id, WriteState state, WriteReason reason)
+int WriteTracker::retired(int id)
 {
     if (queue_.isEmpty() || queue_.first().id != id)
-        return;
+        return -1;
     firstIsSent_ = false;
-    report(queue_.takeFirst(), state, reason);
+    return queue_.takeFirst().tag;
 }
 
 void WriteTracker::stationFailed(int station)
@@ -117,7 +125,8 @@ void WriteTracker::stationFailed(int station)
 void WriteTracker::stopped()
 {
     if (firstIsSent_)
-        retired(queue_.first().id, WriteState::TimedOut, WriteReason::HostStopped);
+        report(queue_.takeFirst(), WriteState::TimedOut, WriteReason::HostStopped);
+    firstIsSent_ = false;
     while (!queue_.isEmpty())
         dropFront(WriteReason::HostStopped);
 }

@@ -17,7 +17,8 @@ enum class WriteState {
     Acknowledged, ///< final: the station has confirmed it
     Refused,      ///< final: it was not accepted, by the host or by the station
     TimedOut,     ///< final: no valid acknowledgement came; whether it took effect is not known
-    Dropped       ///< final: it was given up before it was sent
+    Dropped,      ///< final: it was given up before it was sent
+    Uncertain     ///< final: an acknowledgement came, and what it is worth is not known
 };
 
 enum class WriteReason {
@@ -30,7 +31,10 @@ enum class WriteReason {
     BadReply,         ///< TimedOut: what came was no acknowledgement
     Replaced,         ///< Dropped: a newer value for the same address took its place
     PurgedByFailure,  ///< Dropped: another request to its station failed for good
-    HostStopped       ///< Dropped, or TimedOut when it was sent: the host ended first
+    HostStopped,      ///< Dropped, or TimedOut when it was sent: the host ended first
+    DoubtfulReply,    ///< Uncertain: the acknowledgement does not look like one of its station
+    NotProved,        ///< Uncertain: the acknowledgement may be that of another request
+    SentTwice         ///< Uncertain: a command that may have been carried out more than once
 };
 
 /// A change in the life of a write.
@@ -39,6 +43,7 @@ struct WriteReport {
     int tag = 0; ///< index of its tag
     WriteState state = WriteState::Queued;
     WriteReason reason = WriteReason::None;
+    int timesSent = 0; ///< how often it has left for the line, once it has ended there
 
     bool isFinal() const { return state != WriteState::Queued && state != WriteState::Sent; }
 };
@@ -79,8 +84,9 @@ public:
     /// the driver because their stations are off.
     void sent(int id);
 
-    /// The driver has retired the write `id`, which was sent, with this final state.
-    void retired(int id, WriteState state, WriteReason reason);
+    /// The driver has retired the write `id`, which was sent. Its final state is the caller's to
+    /// report. Returns its tag, -1 when it is not the first in the queue.
+    int retired(int id);
 
     /// A request to `station` has failed for good: the driver has purged that station's writes.
     void stationFailed(int station);

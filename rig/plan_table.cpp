@@ -65,7 +65,7 @@ class BusyOperator final : public NoEvents
 {
 public:
     // The first reading tells that the line is in use.
-    void tagRead(int, quint16, qint64) override
+    void tagRead(int, const Reading &) override
     {
         if (requestedAt_ns_.isEmpty())
             requestWrite();
@@ -80,9 +80,13 @@ public:
     {
         if (report.state == WriteState::Sent)
             requestWrite();
-        if (!report.isFinal())
-            return;
-        longest_ns = std::max(longest_ns, line->now_ns() - requestedAt_ns_.take(report.id));
+    }
+    // What is predicted is when the station acknowledges it, not when that is proved.
+    void attemptEnded(const Attempt &attempt) override
+    {
+        const auto requested = requestedAt_ns_.constFind(attempt.request->id);
+        if (attempt.isFinal() && requested != requestedAt_ns_.cend())
+            longest_ns = std::max(longest_ns, attempt.endedAt_ns - *requested);
     }
     void requestWrite()
     {
@@ -150,14 +154,14 @@ qint64 longestWriteOnVirtualClock_ns(const Case &what)
 class ScanWatch final : public NoEvents
 {
 public:
-    void tagRead(int tag, quint16, qint64 readAt_ns) override
+    void tagRead(int tag, const Reading &reading) override
     {
         if (tag != 0)
             return;
         const std::lock_guard<std::mutex> lock(mutex_);
         if (lastReading_ns_ > 0)
-            scans_ns_.append(readAt_ns - lastReading_ns_);
-        lastReading_ns_ = readAt_ns;
+            scans_ns_.append(reading.readAt_ns - lastReading_ns_);
+        lastReading_ns_ = reading.readAt_ns;
         changed_.notify_all();
     }
 

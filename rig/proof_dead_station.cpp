@@ -13,7 +13,7 @@ constexpr int DEAD_STATION = 10;
 class ReadingCounter : public NoEvents
 {
 public:
-    void tagRead(int, quint16, qint64) override { ++readings; }
+    void tagRead(int, const Reading &) override { ++readings; }
     void stationSwitched(int, bool) override { ++switches; }
 
     qint64 readings = 0;

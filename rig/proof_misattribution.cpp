@@ -19,14 +19,17 @@ public:
         memory_ = memory;
     }
 
-    void tagRead(int tag, quint16 raw, qint64 readAt_ns) override
+    void tagRead(int tag, const Reading &reading) override
     {
+        // What is said to be doubtful misleads nobody.
+        if (reading.doubtful)
+            return;
         const Tag &description = tags_.at(tag);
         ++values;
-        if (memory_->serialOwner(description.area, raw) != description.name)
+        if (memory_->serialOwner(description.area, reading.raw) != description.name)
             ++misattributed;
         else if (!memory_->wasSentTo(description.station, description.area, description.address,
-                                     raw, readAt_ns - seconds(1)))
+                                     reading.raw, reading.readAt_ns - seconds(1)))
             ++outdated;
     }
 
@@ -57,7 +60,8 @@ RigSettings settingsFor(const ProofRun &run, const QuietTrial &trial)
     settings.tags = makePlant({10, 10, 2, 1});
     settings.seed = run.seed;
     EngineSettings &engine = settings.session.engine;
-    engine.replyChecking = ReplyChecking::Refuse;
+    if (!trial.checkpoints)
+        engine.checkpointShare = 0;
     engine.defaultTiming.replyTimeout_ns = milliseconds(60);
     engine.defaultTiming.quietTime_ns =
         qMax<qint64>(1, milliseconds(60) * trial.quietPercent / 100);

@@ -23,6 +23,7 @@ public:
         int tag = 0;
         int value = 0;
         int finals = 0;
+        bool wasInMemory = false;
     };
 
     void watch(const QVector<Tag> &tags, const PlcMemory *memory)
@@ -33,7 +34,7 @@ public:
 
     void requested(int id, int tag, int value)
     {
-        entries_.insert(id, {tag, value, 0});
+        entries_.insert(id, {tag, value});
         ++open;
     }
 
@@ -45,10 +46,18 @@ public:
         ++entry.finals;
         --open;
         ++perState.at(static_cast<size_t>(report.state));
-        const Tag &tag = tags_.at(entry.tag);
-        if (report.state == WriteState::Acknowledged &&
-            memory_->value(tag.station, tag.area, tag.address) != entry.value)
+        if (report.state == WriteState::Acknowledged && !entry.wasInMemory)
             ++notInMemory;
+    }
+
+    // When the acknowledgement came; by the time that it is proved another write may have followed.
+    void attemptEnded(const Attempt &attempt) override
+    {
+        const auto found = entries_.find(attempt.request->id);
+        if (found == entries_.end() || !attempt.isSuccess())
+            return;
+        const Tag &tag = tags_.at(found->tag);
+        found->wasInMemory = memory_->value(tag.station, tag.area, tag.address) == found->value;
     }
 
     qint64 withOtherThanOneFinal() const
@@ -77,7 +86,6 @@ RigSettings settingsFor(const ProofRun &run)
     settings.driverPath = run.driverPath;
     settings.tags = makePlant({10, 20, 5, 0});
     settings.seed = run.seed;
-    settings.session.engine.replyChecking = ReplyChecking::Refuse;
     settings.session.engine.defaultTiming.replyTimeout_ns = milliseconds(60);
     settings.plc.turnaround_ns = milliseconds(2);
     settings.plc.faults = parseFaults(QLatin1String(FAULTS)).rules;
@@ -116,7 +124,8 @@ QString stateCounts(const Ledger &ledger)
 {
     QStringList texts;
     for (const WriteState state :
-         {WriteState::Acknowledged, WriteState::Refused, WriteState::TimedOut, WriteState::Dropped})
+         {WriteState::Acknowledged, WriteState::Refused, WriteState::TimedOut, WriteState::Dropped,
+          WriteState::Uncertain})
         texts.append(QStringLiteral("%1 %2")
                          .arg(writeStateName(state))
                          .arg(ledger.perState.at(static_cast<size_t>(state))));

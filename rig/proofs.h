@@ -24,6 +24,7 @@ struct ProofRun {
 struct QuietTrial {
     int quietPercent = 100;  ///< of the reply time-out
     int latestPercent = 190; ///< latest start of a late reply, of the reply time-out
+    bool checkpoints = true; ///< with listening pauses, as delivered
 };
 
 /// No value is ever delivered to another tag, over `count` exchanges with 1 % each of no reply,
@@ -39,7 +40,8 @@ ProofResult proveDeadStationCostsLittle(const ProofRun &run);
 ProofResult proveWritesAreAccountedFor(const ProofRun &run);
 
 /// At 9,600, 38,400 and 115,200 baud without turnaround the line is in use for at least 99 % of the
-/// time. `count` is the length of each run in seconds of the virtual clock.
+/// time without listening pauses, and with them for at least 99 % of that. `count` is the length of
+/// each run in seconds of the virtual clock.
 ProofResult proveLineIsUsed(const ProofRun &run);
 
 } // namespace kvt

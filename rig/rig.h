@@ -53,7 +53,7 @@ public:
     void writeChanged(const WriteReport &) override {}
     void onceReadEnded(int, int, bool) override {}
     void lineChanged(bool, const QString &) override {}
-    void tagRead(int, quint16, qint64) override {}
+    void tagRead(int, const Reading &) override {}
 };
 
 } // namespace kvt

@@ -63,9 +63,9 @@ QByteArray acknowledgement(int station, int mark)
     return makeReply(ACK, station, QByteArray(1, static_cast<char>(mark)));
 }
 
-QByteArray refusal(int station, RefusalCode code)
+QByteArray refusal(int station)
 {
-    return makeReply(NAK, station, QByteArray(1, static_cast<char>(code)));
+    return makeReply(NAK, station, QByteArray());
 }
 
 QByteArray withStation(const QByteArray &reply, int station)

@@ -2,7 +2,7 @@
 //
 // A reply begins with ACK or NAK and the station's two digits and ends with CR; digits are
 // upper-case hexadecimal. Read: the data digits, high byte first. Acknowledgement: two digits of
-// the request. Refusal: two digits of a RefusalCode.
+// the request. A refusal has nothing between digits and CR.
 #ifndef KVT_SIMULATOR_REPLY_CODEC_H
 #define KVT_SIMULATOR_REPLY_CODEC_H
 
@@ -13,21 +13,14 @@
 namespace kvt
 {
 
-/// Why a request is refused.
-enum class RefusalCode {
-    UnknownCell = 1, ///< the station has no such cell
-    BadFrame = 2,    ///< wrong length or digits
-    Injected = 3     ///< by a fault rule
-};
-
 /// Returns the reply to a read: 06 s s, two digits for each byte of `data`, 0D.
 QByteArray dataReply(int station, const QByteArray &data);
 
 /// Returns the acknowledgement of a write: 06 s s m m 0D, `mark` being a byte of the request.
 QByteArray acknowledgement(int station, int mark);
 
-/// Returns a refusal: 15 s s e e 0D.
-QByteArray refusal(int station, RefusalCode code);
+/// Returns a refusal: 15 s s 0D.
+QByteArray refusal(int station);
 
 /// Returns `reply` with another station's digits.
 QByteArray withStation(const QByteArray &reply, int station);

@@ -99,9 +99,8 @@ void SimulatedPlc::answer(const QByteArray &frame, qint64 end_ns, PlcReaction *r
         return;
     }
     const qint64 reply_ns = end_ns + config_.turnaround_ns + decision.delay_ns;
-    QByteArray reply = decision.hasContentFault(FaultKind::Refusal)
-                           ? refusal(request.station, RefusalCode::Injected)
-                           : carryOut(request, reply_ns);
+    QByteArray reply = decision.hasContentFault(FaultKind::Refusal) ? refusal(request.station)
+                                                                    : carryOut(request, reply_ns);
     if (decision.hasContentFault(FaultKind::NoReply))
         return;
     if (decision.hasContentFault(FaultKind::ForeignStation))
@@ -133,10 +132,10 @@ FaultDecision SimulatedPlc::decideFaults(int station, qint64 end_ns)
     return decision;
 }
 
-QByteArray SimulatedPlc::refuse(int station, RefusalCode code)
+QByteArray SimulatedPlc::refuse(int station)
 {
     ++counters_.refusals;
-    return refusal(station, code);
+    return refusal(station);
 }
 
 std::optional<PlcTarget> SimulatedPlc::targetOf(const PlcRequest &request, int offset) const
@@ -159,7 +158,7 @@ QByteArray SimulatedPlc::carryOut(const PlcRequest &request, qint64 time_ns)
     case PlcRequest::Kind::Bad:
         break;
     }
-    return refuse(request.station, RefusalCode::BadFrame);
+    return refuse(request.station);
 }
 
 QByteArray SimulatedPlc::carryOutRead(const PlcRequest &request, qint64 time_ns)
@@ -170,7 +169,7 @@ QByteArray SimulatedPlc::carryOutRead(const PlcRequest &request, qint64 time_ns)
         return dataReply(request.station, memory_.read(*target, time_ns));
     }
     if (!isNoValueCommand(request))
-        return refuse(request.station, RefusalCode::UnknownCell);
+        return refuse(request.station);
     ++counters_.commands;
     return acknowledgement(request.station, request.mark);
 }
@@ -182,7 +181,7 @@ QByteArray SimulatedPlc::carryOutWrite(const PlcRequest &request)
     for (int i = 0; i < request.values.size(); ++i) {
         const auto target = targetOf(request, i);
         if (!target || target->area == Area::C)
-            return refuse(request.station, RefusalCode::UnknownCell);
+            return refuse(request.station);
         targets.append(*target);
     }
     for (int i = 0; i < targets.size(); ++i)

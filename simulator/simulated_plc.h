@@ -104,7 +104,7 @@ private:
     QByteArray carryOutRead(const PlcRequest &request, qint64 time_ns);
     QByteArray carryOutWrite(const PlcRequest &request);
     std::optional<PlcTarget> targetOf(const PlcRequest &request, int offset) const;
-    QByteArray refuse(int station, RefusalCode code);
+    QByteArray refuse(int station);
     QByteArray foreignReply(const PlcRequest &request, const QByteArray &own, qint64 time_ns);
     bool isSilent(int station, qint64 time_ns) const;
     void transmit(qint64 earliest_ns, const QByteArray &bytes, PlcReaction *reaction);

@@ -146,15 +146,21 @@ int Poll::conclude()
 // What counts is the end: values that were good once are no proof that the PLC still answers.
 int Poll::judge(const QVector<CellValue> &values) const
 {
-    const auto bad = std::count_if(values.begin(), values.end(), [](const CellValue &value) {
-        return value.quality != Quality::Good;
+    const auto bad = std::count_if(values.begin(), values.end(), [this](const CellValue &value) {
+        const bool tolerated = !options_.line.strict && value.quality == Quality::Doubtful;
+        return value.quality != Quality::Good && !tolerated;
+    });
+    const bool anyGood = std::any_of(values.begin(), values.end(), [](const CellValue &value) {
+        return value.quality == Quality::Good;
     });
     const QString lineError = watcher_.lineError();
     if (!lineError.isEmpty())
         printEvent(QStringLiteral("the line is still down: %1").arg(lineError));
     if (bad > 0)
         printEvent(QStringLiteral("%1 of %2 tags have no good value").arg(bad).arg(tags_.size()));
-    return bad > 0 || !lineError.isEmpty() ? EXIT_NO_ANSWER : EXIT_GOOD;
+    else if (!anyGood)
+        printEvent(QStringLiteral("no tag has more than a doubtful value"));
+    return bad > 0 || !anyGood || !lineError.isEmpty() ? EXIT_NO_ANSWER : EXIT_GOOD;
 }
 
 // Use of the line makes sense only where its speed limits it, which a pseudo-terminal's does not.
@@ -181,11 +187,11 @@ void Poll::printSummary() const
 
 void Poll::reportDoubtfulReplies() const
 {
-    const quint64 count = link_.poller()->statistics().total.doubtfulReplies;
-    if (count == 0 || options_.line.replyChecking != ReplyChecking::Count)
+    const quint64 count = link_.poller()->statistics().total.doubtfulTaken;
+    if (count == 0)
         return;
-    printEvent(QStringLiteral("%1 replies do not look like the station's own and were taken all "
-                              "the same: --reply-check refuse drops such replies")
+    printEvent(QStringLiteral("%1 replies do not look like the station's own and were taken as "
+                              "doubtful: --reply-check refuse drops such replies")
                    .arg(count));
 }
 

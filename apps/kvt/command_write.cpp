@@ -38,7 +38,7 @@ QString badText(const Tag &tag, const RequestOutcome &outcome)
         return QStringLiteral("%1: %2 %3").arg(placeText(tag), object, fate);
     }
     QString text = failureText(tag, outcome);
-    if (!outcome.asked)
+    if (!outcome.asked || outcome.write.state == WriteState::Uncertain)
         text += QStringLiteral(", ") + writeReasonText(outcome.write.reason);
     if (outcome.isUncertain())
         text += QStringLiteral("; whether %1 was %2 is not known").arg(object, done);

@@ -50,10 +50,10 @@ void DemoWitness::lineChanged(bool up, const QString &reason)
         printError(QStringLiteral("the line is down: %1").arg(reason));
 }
 
-void DemoWitness::tagRead(int tag, quint16 raw, qint64)
+void DemoWitness::tagRead(int tag, const Reading &reading)
 {
     ++valuesRead_;
-    if (write_ == Write::Confirmed && tag == writtenTag_ && raw == writtenValue_) {
+    if (write_ == Write::Confirmed && tag == writtenTag_ && reading.raw == writtenValue_) {
         ++writesReadBack_;
         write_ = Write::None;
     }

@@ -37,7 +37,7 @@ public:
     void writeChanged(const WriteReport &report) override;
     void onceReadEnded(int id, int tag, bool good) override;
     void lineChanged(bool up, const QString &reason) override;
-    void tagRead(int tag, quint16 raw, qint64 readAt_ns) override;
+    void tagRead(int tag, const Reading &reading) override;
     void attemptEnded(const Attempt &attempt) override { results_.attemptEnded(attempt); }
 
 private:

@@ -6,6 +6,8 @@
 #include <QDir>
 #include <QFileInfo>
 
+#include <utility>
+
 namespace kvt
 {
 
@@ -37,7 +39,9 @@ bool loadDriver(const QString &path, DriverLibrary *library)
 {
     QString error;
     if (library->load(path, &error)) {
-        if (path == defaultDriverPath())
+        // Which one was found is worth a line, but not one for each line of many that is opened.
+        static bool named = false;
+        if (path == defaultDriverPath() && !std::exchange(named, true))
             printError(QStringLiteral("driver %1, version %2")
                            .arg(library->file(), library->versionText()));
         return true;

@@ -119,7 +119,7 @@ void Enquiry::onceReadEnded(int, int, bool good)
 {
     {
         const std::lock_guard<std::mutex> lock(mutex_);
-        outcome_.good = good;
+        outcome_.good = good && !(options_.strict && outcome_.doubtful);
         ended_ = true;
     }
     wakeUp();
@@ -137,11 +137,11 @@ void Enquiry::lineChanged(bool up, const QString &reason)
     wakeUp();
 }
 
-void Enquiry::tagRead(int tag, quint16 raw, qint64)
+void Enquiry::tagRead(int tag, const Reading &reading)
 {
     const std::lock_guard<std::mutex> lock(mutex_);
     if (tag == tag_)
-        outcome_.raw = raw;
+        outcome_.raw = reading.raw;
 }
 
 void Enquiry::attemptEnded(const Attempt &attempt)
@@ -151,6 +151,7 @@ void Enquiry::attemptEnded(const Attempt &attempt)
     outcome_.end = attempt.end;
     outcome_.resultCode = attempt.resultCode;
     outcome_.attempts = attempt.number;
+    outcome_.timesSent = attempt.timesSent;
     outcome_.doubtful = attempt.doubtful;
     outcome_.endedAt = QDateTime::currentDateTime();
     outcome_.replyTime_ns = attempt.endedAt_ns - attempt.sentAt_ns;

@@ -22,6 +22,7 @@ struct RequestOutcome {
     AttemptEnd end = AttemptEnd::NoReply; ///< of the last attempt
     int resultCode = 0;                   ///< of the driver
     int attempts = 0;
+    int timesSent = 0;       ///< times that the request has left for the line
     bool doubtful = false;   ///< the last reply does not look like one to the request
     qint64 replyTime_ns = 0; ///< last attempt: from the request's last byte to the end
     QDateTime endedAt;       ///< last attempt: when it ended
@@ -31,8 +32,14 @@ struct RequestOutcome {
     /// True when the station was heard, even if it refused.
     bool stationAnswered() const { return asked && (good || end == AttemptEnd::Refused); }
 
+    /// True when the station's good reply is not enough to go by.
+    bool isUnproved() const { return asked && !good && (resultCode == 1 || resultCode == 100); }
+
     /// True when a write that failed may have taken effect all the same.
-    bool isUncertain() const { return write.state == WriteState::TimedOut; }
+    bool isUncertain() const
+    {
+        return write.state == WriteState::TimedOut || write.state == WriteState::Uncertain;
+    }
 };
 
 /// Asks the PLC for one thing at a time; nothing is polled meanwhile. All calls from the thread of
@@ -61,7 +68,7 @@ private:
     void writeChanged(const WriteReport &report) override;
     void onceReadEnded(int id, int tag, bool good) override;
     void lineChanged(bool up, const QString &reason) override;
-    void tagRead(int tag, quint16 raw, qint64 readAt_ns) override;
+    void tagRead(int tag, const Reading &reading) override;
     void attemptEnded(const Attempt &attempt) override;
 
     void begin(int tag);

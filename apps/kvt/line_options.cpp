@@ -18,6 +18,9 @@ const QString TIMEOUT = QStringLiteral("timeout");
 const QString RETRIES = QStringLiteral("retries");
 const QString REPLY_CHECK = QStringLiteral("reply-check");
 const QString JSON = QStringLiteral("json");
+const QString CHECKPOINTS = QStringLiteral("checkpoints");
+const QString CONFIRM = QStringLiteral("confirm");
+const QString STRICT = QStringLiteral("strict");
 const QString TRACE = QStringLiteral("trace");
 const QString TRACE_SIZE = QStringLiteral("trace-size");
 
@@ -52,14 +55,27 @@ bool readReplyCheck(const QCommandLineParser &parser, LineOptions *options)
 {
     // In the order of ReplyChecking.
     const QStringList words = {QStringLiteral("off"), QStringLiteral("count"),
-                               QStringLiteral("refuse")};
+                               QStringLiteral("auto"), QStringLiteral("refuse")};
     const int found = words.indexOf(parser.value(REPLY_CHECK));
     if (found < 0)
-        printError(QStringLiteral("--reply-check: \"%1\" is not off, count or refuse")
+        printError(QStringLiteral("--reply-check: \"%1\" is not off, count, auto or refuse")
                        .arg(parser.value(REPLY_CHECK)));
     else
         options->replyChecking = static_cast<ReplyChecking>(found);
     return found >= 0;
+}
+
+bool readProofOptions(const QCommandLineParser &parser, LineOptions *options)
+{
+    int percent = 0;
+    if (!readNumber(parser, CHECKPOINTS, 0, 50, &percent))
+        return false;
+    options->checkpointShare = percent / 100.0;
+    options->confirm = parser.isSet(CONFIRM);
+    options->strict = parser.isSet(STRICT);
+    if (options->confirm && percent == 0)
+        printError(QStringLiteral("--confirm: nothing can be confirmed with --checkpoints 0"));
+    return !options->confirm || percent > 0;
 }
 
 } // namespace
@@ -139,9 +155,19 @@ void addLineOptions(QCommandLineParser *parser, int retries, const char *timeout
     parser->addOption(
         {REPLY_CHECK,
          QStringLiteral("Replies that do not begin with ACK or NAK and the station's number, or "
-                        "whose data are no digits: off takes them unseen, count takes and counts "
-                        "them, refuse fails the attempt (default: count)."),
-         QStringLiteral("HOW"), QStringLiteral("count")});
+                        "whose data are no digits: off takes them unseen, count takes them as "
+                        "doubtful, refuse fails the attempt, auto does so with a station that has "
+                        "once answered properly, and takes them as doubtful from any other "
+                        "(default: auto)."),
+         QStringLiteral("HOW"), QStringLiteral("auto")});
+    parser->addOption({CHECKPOINTS,
+                       QStringLiteral("Percentage of the line's time for pauses in which a reply "
+                                      "would be heard that is one too many, 0 (none) to 50 "
+                                      "(default: 1)."),
+                       QStringLiteral("N"), QStringLiteral("1")});
+    parser->addOption({CONFIRM, QStringLiteral("Pause behind each reply, and take its value only "
+                                               "if nothing was heard.")});
+    parser->addOption({STRICT, QStringLiteral("A doubtful value counts as a failure.")});
     parser->addOption({JSON, QStringLiteral("Print JSON.")});
     parser->addOption(
         {TRACE,
@@ -165,9 +191,12 @@ bool readLineOptions(const QCommandLineParser &parser, LineOptions *options)
     options->json = parser.isSet(JSON);
     options->driver = driverPath(parser);
     options->trace = parser.value(TRACE);
+    if (parser.isSet(RETRIES) &&
+        !readNumber(parser, RETRIES, 0, MOST_RETRIES, &options->commandRetries))
+        return false;
     if (!readSpeedOptions(parser, &options->serial) ||
         !readTimingOptions(parser, &options->timeout_ms, &options->retries) ||
-        !readReplyCheck(parser, options) ||
+        !readReplyCheck(parser, options) || !readProofOptions(parser, options) ||
         !readNumber(parser, TRACE_SIZE, 1, 65536, &options->traceSize_MiB))
         return false;
     return parser.isSet(TCP) ? readTcp(parser, options) : readSerial(parser, options);
@@ -189,7 +218,10 @@ PollerSettings pollerSettings(const LineOptions &options)
 {
     PollerSettings settings;
     settings.session.retryLimit = options.retries;
+    settings.session.commandRetryLimit = options.commandRetries;
     settings.session.engine.replyChecking = options.replyChecking;
+    settings.session.engine.confirm = options.confirm;
+    settings.session.engine.checkpointShare = options.checkpointShare;
     settings.session.engine.defaultTiming.replyTimeout_ns = milliseconds(options.timeout_ms);
     return settings;
 }

@@ -20,7 +20,11 @@ struct LineOptions {
     TcpSettings tcp;
     int timeout_ms = 0; ///< from a request's last byte to its reply's first; 0: worked out
     int retries = 2;    ///< further attempts at a request
-    ReplyChecking replyChecking = ReplyChecking::Count;
+    ReplyChecking replyChecking = ReplyChecking::Auto;
+    int commandRetries = 0;        ///< the same for commands without a value; 0 unless asked for
+    bool strict = false;           ///< what is doubtful counts as failed
+    bool confirm = false;          ///< each reply is followed by a listening pause
+    double checkpointShare = 0.01; ///< of the line's time, for listening pauses
     bool json = false;
     QString driver;         ///< path of libKVT.so.1
     QString trace;          ///< file that records the line; empty: none

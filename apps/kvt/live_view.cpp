@@ -19,6 +19,8 @@ Concern concernOf(Quality quality)
     switch (quality) {
     case Quality::Failed:
         return Concern::Bad;
+    case Quality::Doubtful:
+    case Quality::Suspect:
     case Quality::Stale:
         return Concern::Stale;
     case Quality::NeverRead:

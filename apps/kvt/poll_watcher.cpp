@@ -106,13 +106,42 @@ void PollWatcher::attemptEnded(const Attempt &attempt)
     lastEnd_ = attempt.end;
     lastResult_ = attempt.resultCode;
     const std::lock_guard<std::mutex> lock(mutex_);
-    const int before = counter_.scans();
     counter_.attemptEnded(attempt);
-    if (counter_.scans() != before && counter_.scans() == lastScan_) {
-        quitEventLoop();
-        if (lastScanDone)
-            lastScanDone();
-    }
+    isProved_ = isProved_ && !(attempt.isSuccess() && attempt.unproven);
+    endIfDone();
+}
+
+void PollWatcher::proofEnded()
+{
+    const std::lock_guard<std::mutex> lock(mutex_);
+    isProved_ = true;
+    endIfDone();
+}
+
+// The readings of the last scan count once they are proved.
+void PollWatcher::endIfDone()
+{
+    if (lastScan_ == 0 || counter_.scans() < lastScan_ || !isProved_)
+        return;
+    quitEventLoop();
+    if (lastScanDone)
+        lastScanDone();
+}
+
+void PollWatcher::stationDoubtful(int station)
+{
+    if (verbose_)
+        printEvent(
+            QStringLiteral("station %1: replies do not begin with ACK and its number, or hold "
+                           "no digits; their values are doubtful")
+                .arg(station));
+}
+
+void PollWatcher::outOfStep()
+{
+    if (verbose_)
+        printEvent(QStringLiteral("replies came that nobody had asked for; values since the last "
+                                  "check are suspect until they are read again"));
 }
 
 } // namespace kvt

@@ -36,11 +36,16 @@ public:
     void writeChanged(const WriteReport &) override {}
     void onceReadEnded(int, int, bool) override {}
     void lineChanged(bool up, const QString &reason) override;
-    void tagRead(int, quint16, qint64) override {}
+    void tagRead(int, const Reading &) override {}
     void attemptEnded(const Attempt &attempt) override;
+    void tagSuspect(int) override {}
+    void stationDoubtful(int station) override;
+    void outOfStep() override;
+    void proofEnded() override;
 
 private:
     QString withRival(bool up, const QString &reason);
+    void endIfDone();
 
     TagResults results_;
     int lastScan_;
@@ -53,6 +58,7 @@ private:
     mutable std::mutex mutex_; // the members below
     ScanCounter counter_;
     QSet<int> stationsOff_;
+    bool isProved_ = true; // no reading waits for a proof
     QString lineError_;
     bool wasUp_ = false;
 };

@@ -47,6 +47,10 @@ QJsonObject polledTagToJson(const Tag &tag, const CellValue &value, const TagRes
     insertValue(tag, value.raw, &object);
     object.insert(QStringLiteral("age_ms"), millisecondsOf(now_ns - value.readAt_ns));
     object.insert(QStringLiteral("read_time"), isoTimeBefore(now_ns - value.readAt_ns));
+    object.insert(QStringLiteral("proved"), value.readAt_ns <= value.provedUntil_ns);
+    if (value.provedUntil_ns > 0)
+        object.insert(QStringLiteral("checkpoint_age_ms"),
+                      millisecondsOf(now_ns - value.provedUntil_ns));
     return object;
 }
 
@@ -57,6 +61,7 @@ QJsonObject requestToJson(const Tag &tag, const RequestOutcome &outcome)
     object.insert(QStringLiteral("outcome"), jsonWord(requestWord(outcome)));
     object.insert(QStringLiteral("result"), outcome.resultCode);
     object.insert(QStringLiteral("attempts"), outcome.attempts);
+    object.insert(QStringLiteral("doubtful"), outcome.asked && outcome.doubtful);
     if (outcome.stationAnswered() && outcome.attempts == 1)
         object.insert(QStringLiteral("reply_ms"), millisecondsOf(outcome.replyTime_ns));
     if (outcome.asked)
@@ -80,6 +85,7 @@ QJsonObject writeToJson(const Tag &tag, const QString &text, const RequestOutcom
     object.insert(QStringLiteral("state"), jsonWord(writeStateName(outcome.write.state)));
     object.insert(QStringLiteral("reason"), writeReasonText(outcome.write.reason));
     object.insert(QStringLiteral("uncertain"), outcome.isUncertain());
+    object.insert(QStringLiteral("times_sent"), outcome.timesSent);
     return object;
 }
 

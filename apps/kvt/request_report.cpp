@@ -15,6 +15,8 @@ QString wordOr(const RequestOutcome &outcome, QString (*text)(AttemptEnd, int))
 {
     if (outcome.interrupted)
         return outcome.lineLost ? QStringLiteral("line lost") : QStringLiteral("interrupted");
+    if (outcome.isUnproved())
+        return outcome.doubtful ? QStringLiteral("doubtful") : QStringLiteral("not proved");
     return outcome.asked ? text(outcome.end, outcome.resultCode) : QStringLiteral("not sent");
 }
 
@@ -40,11 +42,10 @@ QString failureText(const Tag &tag, const RequestOutcome &outcome)
 
 void reportDoubt(const Tag &tag, const RequestOutcome &outcome)
 {
-    if (outcome.stationAnswered() && outcome.doubtful)
-        printError(
-            QStringLiteral("%1: the reply does not look like the station's own and was taken "
-                           "all the same: --reply-check refuse drops such replies")
-                .arg(placeText(tag)));
+    if (outcome.asked && outcome.doubtful && (outcome.good || outcome.isUnproved()))
+        printError(QStringLiteral("%1: the reply does not look like the station's own, so that it "
+                                  "is doubtful: --reply-check refuse drops such replies")
+                       .arg(placeText(tag)));
 }
 
 QString replyText(const RequestOutcome &outcome)

@@ -13,6 +13,10 @@ QString qualityName(Quality quality)
         return QStringLiteral("never read");
     case Quality::Good:
         return QStringLiteral("good");
+    case Quality::Doubtful:
+        return QStringLiteral("doubtful");
+    case Quality::Suspect:
+        return QStringLiteral("suspect");
     case Quality::Stale:
         return QStringLiteral("stale");
     case Quality::Failed:

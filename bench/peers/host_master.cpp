@@ -20,9 +20,9 @@ public:
     /// Waits for the end of the run. Returns false when a transaction failed.
     bool wait() { return ended_.get_future().get(); }
 
-    void tagRead(int, quint16 raw, qint64) override
+    void tagRead(int, const Reading &reading) override
     {
-        if (!over_ && !meter_->transactionEnded(raw))
+        if (!over_ && !meter_->transactionEnded(reading.raw))
             end(true);
     }
 

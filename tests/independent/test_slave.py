@@ -49,7 +49,8 @@ class OnLine(unittest.TestCase):
     def kvt(self, verb, *words):
         command = [KVT, verb, *self.server.end.options(), "--json", "--tags", self.tags, *words]
         status, objects, messages = program.run(command, 20.0)
-        self.assertEqual((status, messages), (0, ""))
+        others = [line for line in messages.splitlines() if not line.startswith("kvt: driver ")]
+        self.assertEqual((status, others), (0, []))
         return objects
 
     def sent(self):

@@ -19,6 +19,7 @@ public:
         int resultCode;
         int receivedBytes;
         bool doubtful;
+        bool unproven;
         qint64 sentAt_ns;
         qint64 endedAt_ns;
         int station;
@@ -29,7 +30,7 @@ public:
     void attemptEnded(const kvt::Attempt &attempt, const RW_VAR &) override
     {
         ended.append({attempt.end, attempt.number, attempt.resultCode, attempt.receivedBytes,
-                      attempt.doubtful, attempt.sentAt_ns, attempt.endedAt_ns,
+                      attempt.doubtful, attempt.unproven, attempt.sentAt_ns, attempt.endedAt_ns,
                       attempt.request->station});
     }
     void bytesDropped(kvt::DroppedBytes kind, int station, int count) override
@@ -42,12 +43,18 @@ public:
         else
             echo += count;
     }
+    void checkpointPassed(qint64 began_ns) override { passed.append(began_ns); }
+    void checkpointVoid() override { ++timesVoid; }
+    void outOfStep(qint64 provedUntil_ns) override { outOfSteps.append(provedUntil_ns); }
     void lineChanged(bool up, qint64) override { lineStates.append(up); }
 
     int timesAsked = 0;
     QVector<kvt::Request> chosen;
     QVector<EndedAttempt> ended;
     QVector<bool> lineStates;
+    QVector<qint64> passed;
+    QVector<qint64> outOfSteps;
+    int timesVoid = 0;
     int stale = 0;
     int late = 0;
     int echo = 0;
@@ -74,6 +81,7 @@ inline const QByteArray REPLY("\x06"
 /// takes 1 ms, a station answers within 50 ms, the interface holds nothing back: the time-out of
 /// an eight-byte reply is 58 ms, the silence after a failure as long, a gap in a reply 4 ms. The
 /// line has no pace unless the settings give it one, so a request is allowed its 8 ms besides.
+/// There are no listening pauses unless the settings ask for them.
 class EngineBench
 {
 public:
@@ -102,6 +110,7 @@ public:
         library.api().ReCreatReadVarList(&list);
         settings.characterTime_ns = MS;
         settings.latency_ns = 0;
+        settings.checkpointShare = 0;
     }
 
     /// Makes the engine of `settings`, which may have been changed.

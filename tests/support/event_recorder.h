@@ -31,6 +31,8 @@ struct RecordedEvents {
     QVector<kvt::WriteReport> writes;
     QVector<Reading> readings;
     QVector<OnceRead> onceReads;
+    QVector<int> suspects;
+    QVector<int> doubtfulStations;
     QVector<bool> lineStates;
     QVector<QString> lineReasons;
 
@@ -89,9 +91,18 @@ public:
             events_.lineReasons.append(reason);
         });
     }
-    void tagRead(int tag, quint16 raw, qint64 readAt_ns) override
+    void tagRead(int tag, const kvt::Reading &reading) override
     {
-        add([&] { events_.readings.append({tag, raw, readAt_ns}); });
+        add([&] { events_.readings.append({tag, reading.raw, reading.readAt_ns}); });
+    }
+
+    void tagSuspect(int tag) override
+    {
+        add([&] { events_.suspects.append(tag); });
+    }
+    void stationDoubtful(int station) override
+    {
+        add([&] { events_.doubtfulStations.append(station); });
     }
 
     /// A copy of everything so far.

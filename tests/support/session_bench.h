@@ -36,6 +36,7 @@ public:
             qFatal("%s", qPrintable(error));
         settings.engine.characterTime_ns = kvt::milliseconds(1);
         settings.engine.latency_ns = 0;
+        settings.engine.checkpointShare = 0;
         settings.retryLimit = 0;
         settings.supervisor.failuresToSwitchOff = 2;
     }

@@ -188,10 +188,10 @@ private Q_SLOTS:
         const SimulatedLine line(SimulatedLine::Kind::Pty,
                                  {QStringLiteral("--faults"), QStringLiteral("refuse=100%")});
         QVERIFY(line.isReady());
-        // This refusal is as long as an acknowledgement, too short for a word. The cache keeps a
-        // value that the PLC has refused until another is read.
+        // A refusal is shorter than any reply that is expected. The cache keeps a value that the
+        // PLC has refused until another is read.
         QCOMPARE(run("polling_host", line),
-                 QByteArray("1: write 11, read failure 71, values 4660 and 0\n"));
+                 QByteArray("1: write 71, read failure 71, values 4660 and 0\n"));
     }
 
     void theWholeHostMixesNoValuesUp_data()

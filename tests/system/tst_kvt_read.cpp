@@ -200,7 +200,7 @@ void TestKvtRead::aRefusedWriteIsToldInWords()
     const SimulatedLine line(SimulatedLine::Kind::Pty);
     KvtProcess text;
     QCOMPARE(text.run(line.arguments(QStringLiteral("write D 9.9.0 1 --retries 0"))), 1);
-    QCOMPARE(text.errors(), QByteArray("kvt: D 9.9.0 at station 1: refused (11)\n"));
+    QCOMPARE(text.errors(), QByteArray("kvt: D 9.9.0 at station 1: refused (71)\n"));
     KvtProcess json;
     QCOMPARE(json.run(line.arguments(QStringLiteral("write D 9.9.0 1 --retries 0 --json"))), 1);
     const QJsonObject object = onlyWrite(&json);

@@ -170,7 +170,8 @@ void TestKvtScan::noAnswerAtAllIsAFailure()
 void TestKvtScan::ctrlCEndsWithTheSummary()
 {
     const SimulatedLine line(SimulatedLine::Kind::Pty);
-    const QString scan = QStringLiteral("scan --stations 2-255 --timeout 1000 --retries 100");
+    const QString scan =
+        QStringLiteral("scan --stations 2-255 --address 5.2.1 --timeout 1000 --retries 100");
     KvtProcess json;
     json.start(line.arguments(scan + QStringLiteral(" --json")));
     QCOMPARE(json.readObject().value(QStringLiteral("station")).toInt(), 2);

@@ -141,7 +141,7 @@ void TestKvtWrite::theVerdictIsToldWithoutOutput_data()
     QTest::newRow("JSON") << "write D 5.2.1 5 --json"
                           << QByteArray("kvt: D 5.2.1 at station 1: 5 acknowledged, ");
     QTest::newRow("refused") << "write D 9.9.0 5 --retries 0 --json"
-                             << QByteArray("kvt: D 9.9.0 at station 1: refused (11)\n");
+                             << QByteArray("kvt: D 9.9.0 at station 1: refused (71)\n");
 }
 
 void TestKvtWrite::theVerdictIsToldWithoutOutput()

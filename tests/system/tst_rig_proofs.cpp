@@ -24,10 +24,11 @@ private Q_SLOTS:
         QVERIFY2(result.held, qPrintable(result.text));
     }
 
-    // The proof must be able to fail: without silence, late replies are taken for the next answer.
+    // The proof must be able to fail: without silence and pauses, late replies are taken for the
+    // next answer.
     void shortSilenceIsFoundOut()
     {
-        const kvt::QuietTrial trial = {0, 300};
+        const kvt::QuietTrial trial = {0, 300, false};
         const kvt::ProofResult result = kvt::proveNoMisattribution(runOf(50000), trial);
         QVERIFY2(!result.held, qPrintable(result.text));
     }

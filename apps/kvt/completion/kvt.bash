@@ -16,7 +16,7 @@ _kvt_values() {
         --format) echo 8N1 8E1 8O1 8N2 7E1 7O1 7N2 ;;
         --type) echo bool u8 s16 u16 hex ;;
         --area) echo X D C ;;
-        --reply-check) echo off count refuse ;;
+        --reply-check) echo off count auto refuse ;;
         --values) echo constant counter ramp sine walk serial mixed ;;
         *) return 1 ;;
     esac

@@ -38,6 +38,6 @@ complete -c kvt -n '__kvt_behind --baud' -f -a '1200 2400 4800 9600 19200 38400 
 complete -c kvt -n '__kvt_behind --format' -f -a '8N1 8E1 8O1 8N2 7E1 7O1 7N2'
 complete -c kvt -n '__kvt_behind --type' -f -a 'bool u8 s16 u16 hex'
 complete -c kvt -n '__kvt_behind --area' -f -a 'X D C'
-complete -c kvt -n '__kvt_behind --reply-check' -f -a 'off count refuse'
+complete -c kvt -n '__kvt_behind --reply-check' -f -a 'off count auto refuse'
 complete -c kvt -n '__kvt_behind --values' -f -a 'constant counter ramp sine walk serial mixed'
 complete -c kvt -n __kvt_types_area -f -a 'X D C'

@@ -17,7 +17,7 @@ _kvt_values() {
         --format) print 8N1 8E1 8O1 8N2 7E1 7O1 7N2 ;;
         --type) print bool u8 s16 u16 hex ;;
         --area) print X D C ;;
-        --reply-check) print off count refuse ;;
+        --reply-check) print off count auto refuse ;;
         --values) print constant counter ramp sine walk serial mixed ;;
         *) return 1 ;;
     esac

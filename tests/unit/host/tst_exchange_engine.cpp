@@ -9,7 +9,7 @@ namespace
 {
 
 const QByteArray REFUSAL("\x15"
-                         "0103\r");
+                         "01\r");
 
 } // namespace
 
@@ -30,7 +30,9 @@ private Q_SLOTS:
     void aReplyThatHasBegunIsNotCutOffAtTheTimeout();
     void aGapInsideAReplyEndsIt();
     void aReplyWithoutCarriageReturnFails();
-    void aRefusalIsRepeatedWithoutSilence();
+    void aRefusalCountsOnceNothingCanFollowIt();
+    void aReplyBehindARefusalMakesBothWorthless();
+    void halfARefusalIsABadReply();
     void aFailedAttemptIsRepeatedUpToTheLimit();
     void aStationCanHaveTimingOfItsOwn();
     void aGapAfterTheReplyIsKeptWhereAStationNeedsOne();
@@ -109,9 +111,9 @@ void TestExchangeEngine::aReplyIsCompleteAtCarriageReturn()
     QCOMPARE(bench.log.ended.size(), 1);
     QCOMPARE(bench.log.ended[0].end, AttemptEnd::Replied);
     QCOMPARE(bench.log.ended[0].resultCode, 71);
-    // More may follow what is too short.
+    // More may follow what is too short, until the reply was due and for as long as a silence.
     QCOMPARE(bench.take(), QByteArray());
-    QCOMPARE(bench.left_ms(), 58);
+    QCOMPARE(bench.left_ms(), 8 + 58 - 5 + 58);
 }
 
 void TestExchangeEngine::carriageReturnEndsNothingInRemoteMode()
@@ -191,7 +193,7 @@ void TestExchangeEngine::aGapInsideAReplyEndsIt()
     QCOMPARE(bench.log.ended[0].end, AttemptEnd::BrokenOff);
     QCOMPARE(bench.log.ended[0].resultCode, 71);
     QCOMPARE(bench.log.ended[0].receivedBytes, 7);
-    QCOMPARE(bench.left_ms(), 58);
+    QCOMPARE(bench.left_ms(), 8 + 58 - 9 + 58);
 }
 
 void TestExchangeEngine::aReplyWithoutCarriageReturnFails()
@@ -207,19 +209,53 @@ void TestExchangeEngine::aReplyWithoutCarriageReturnFails()
     QCOMPARE(bench.word(1, "5.2.1"), QByteArray::fromHex("0000"));
 }
 
-void TestExchangeEngine::aRefusalIsRepeatedWithoutSilence()
+void TestExchangeEngine::aRefusalCountsOnceNothingCanFollowIt()
 {
     EngineBench bench(TWO_WORDS, 1);
     bench.bringUp();
     bench.send();
     bench.receive(6, REFUSAL);
+    QCOMPARE(bench.log.ended.size(), 0);
+    QCOMPARE(bench.left_ms(), 8 + 58 - 6);
+    bench.passDeadline();
     QCOMPARE(bench.log.ended[0].end, AttemptEnd::Refused);
     QCOMPARE(bench.log.ended[0].resultCode, 0);
+    QCOMPARE(bench.left_ms(), 58);
+    bench.passDeadline();
     QCOMPARE(bench.send(), FIRST_REQUEST);
     bench.receive(6, REFUSAL);
+    bench.passDeadline();
     QCOMPARE(bench.log.ended[1].number, 2);
     QCOMPARE(bench.log.ended[1].resultCode, 71);
+    bench.passDeadline();
     QCOMPARE(bench.take(), SECOND_REQUEST);
+}
+
+void TestExchangeEngine::aReplyBehindARefusalMakesBothWorthless()
+{
+    EngineBench bench(TWO_WORDS, 0);
+    bench.bringUp();
+    bench.send();
+    bench.receive(6, REFUSAL);
+    bench.receive(20, REPLY);
+    QCOMPARE(bench.log.ended[0].end, AttemptEnd::Disturbed);
+    QCOMPARE(bench.log.ended[0].resultCode, 41);
+    QCOMPARE(bench.log.stale, 8);
+    QCOMPARE(bench.left_ms(), 8 + 58 - 26 + 58);
+}
+
+void TestExchangeEngine::halfARefusalIsABadReply()
+{
+    EngineBench bench(TWO_WORDS, 0);
+    bench.bringUp();
+    bench.send();
+    // As noise can have it; the true reply is behind it and must not meet the next request.
+    bench.receive(6, QByteArray("\x15\r"));
+    QCOMPARE(bench.log.ended[0].end, AttemptEnd::Replied);
+    QCOMPARE(bench.log.ended[0].resultCode, 71);
+    QCOMPARE(bench.left_ms(), 8 + 58 - 6 + 58);
+    bench.receive(5, REPLY);
+    QCOMPARE(bench.log.late, 8);
 }
 
 void TestExchangeEngine::aFailedAttemptIsRepeatedUpToTheLimit()

@@ -93,7 +93,8 @@ void TestHostSessionWrites::aWriteIsRefusedByItsStation()
     bench.exchange();
     QCOMPARE(bench.send(), WRITE_ONE);
     bench.receive("\x15"
-                  "0101\r");
+                  "01\r");
+    bench.passDeadline();
     verifyEnd(bench, id, WriteState::Refused, WriteReason::RefusedByStation);
 }
 
@@ -314,7 +315,7 @@ void TestHostSessionWrites::aRefusedValueIsNeverShown()
     QCOMPARE(cached, VALUE);
     QCOMPARE(bench.value(0).raw, quint16(1));
     bench.receive("\x15"
-                  "0101\r");
+                  "01\r");
     QCOMPARE(bench.value(0).raw, quint16(1));
     QCOMPARE(bench.value(0).quality, Quality::Good);
 }

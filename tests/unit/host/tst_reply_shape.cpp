@@ -13,7 +13,9 @@ private Q_SLOTS:
     void aReplyLooksLikeOneOrNot_data();
     void aReplyLooksLikeOneOrNot();
     void anAcknowledgementMayCarryAnything();
-    void onlyACompleteNakIsARefusal();
+    void onlyAWholeRefusalIsOne();
+    void aStationThatOnceConformedIsHeldToIt();
+    void theOtherWaysOfChecking();
 };
 
 namespace
@@ -82,13 +84,61 @@ void TestReplyShape::anAcknowledgementMayCarryAnything()
     QVERIFY(!looksLikeReply(write, QByteArray::fromHex("06 30 33 30 30 0D")));
 }
 
-void TestReplyShape::onlyACompleteNakIsARefusal()
+void TestReplyShape::onlyAWholeRefusalIsOne()
 {
-    QVERIFY(isRefusal(QByteArray::fromHex("15 30 31 30 33 0D")));
-    QVERIFY(isRefusal(QByteArray::fromHex("15 0D")));
-    QVERIFY(!isRefusal(QByteArray::fromHex("15 30 31 30 33")));
-    QVERIFY(!isRefusal(QByteArray::fromHex("06 30 31 30 33 0D")));
-    QVERIFY(!isRefusal(QByteArray()));
+    Request request;
+    request.station = 0x1A;
+    const QByteArray refusal = QByteArray::fromHex("15 31 41 0D");
+    QVERIFY(isRefusal(request, refusal));
+    for (int length = 0; length < refusal.size(); ++length)
+        QVERIFY(!isRefusal(request, refusal.left(length)));
+    for (const char *bytes : {"15 0D", "15 31 0D", "15 31 42 0D", "15 31 61 0D", "06 31 41 0D",
+                              "15 31 41 30 0D", "15 31 41 0D 0D", "15 31 41 0A"})
+        QVERIFY2(!isRefusal(request, QByteArray::fromHex(bytes)), bytes);
+}
+
+void TestReplyShape::aStationThatOnceConformedIsHeldToIt()
+{
+    Request request;
+    request.station = 1;
+    request.expectedLength = 8;
+    request.dataStart = 3;
+    request.dataLength = 4;
+    const QByteArray sound = QByteArray::fromHex("06 30 31 31 32 41 42 0D");
+    const QByteArray foreign = QByteArray::fromHex("06 30 32 31 32 41 42 0D");
+    const QByteArray noDigits = QByteArray::fromHex("06 30 31 31 32 7A 7A 0D");
+    ReplyJudge judge(ReplyChecking::Auto);
+    QVERIFY(judge.judge(request, foreign) == ReplyJudge::Verdict::Doubtful);
+    QVERIFY(judge.judge(request, noDigits) == ReplyJudge::Verdict::Doubtful);
+    QVERIFY(judge.judge(request, sound) == ReplyJudge::Verdict::Sound);
+    judge.accepted(request);
+    QVERIFY(judge.judge(request, foreign) == ReplyJudge::Verdict::Foreign);
+    QVERIFY(judge.judge(request, noDigits) == ReplyJudge::Verdict::Foreign);
+    QVERIFY(judge.judge(request, sound) == ReplyJudge::Verdict::Sound);
+    // Each station for itself; the low 8 bits are what goes on the line.
+    Request other = request;
+    other.station = 2;
+    QVERIFY(judge.judge(other, sound) == ReplyJudge::Verdict::Doubtful);
+    other.station = 0x101;
+    QVERIFY(judge.judge(other, foreign) == ReplyJudge::Verdict::Foreign);
+}
+
+void TestReplyShape::theOtherWaysOfChecking()
+{
+    Request request;
+    request.station = 1;
+    const QByteArray foreign = QByteArray::fromHex("06 30 32 31 32 41 42 0D");
+    for (const ReplyChecking checking :
+         {ReplyChecking::Off, ReplyChecking::Count, ReplyChecking::Refuse}) {
+        ReplyJudge judge(checking);
+        const ReplyJudge::Verdict expected =
+            checking == ReplyChecking::Off     ? ReplyJudge::Verdict::Sound
+            : checking == ReplyChecking::Count ? ReplyJudge::Verdict::Doubtful
+                                               : ReplyJudge::Verdict::Foreign;
+        QVERIFY(judge.judge(request, foreign) == expected);
+        judge.accepted(request);
+        QVERIFY(judge.judge(request, foreign) == expected);
+    }
 }
 
 QTEST_APPLESS_MAIN(TestReplyShape)

@@ -32,6 +32,7 @@ PlanSettings slowLine()
     PlanSettings settings;
     settings.engine.characterTime_ns = milliseconds(1);
     settings.turnaround_ns = milliseconds(2);
+    settings.engine.checkpointShare = 0;
     return settings;
 }
 
@@ -93,6 +94,19 @@ private Q_SLOTS:
         PlanSettings settings = slowLine();
         settings.writesAhead = ahead;
         QCOMPARE(planScan(oneOfEach(), settings).writeBusy_ns, milliseconds(busy_ms));
+    }
+
+    void pausesTakeTheirShare()
+    {
+        PlanSettings settings = slowLine();
+        settings.engine.checkpointShare = 0.01;
+        const ScanPlan plan = planScan(oneOfEach(), settings);
+        QCOMPARE(plan.scan_ns, microseconds(188000 + 1880));
+        // A pause lasts a quarter longer than the turnaround, and a millisecond: one may be under
+        // way.
+        QCOMPARE(plan.writeAlone_ns, microseconds(154000 + 20000 + 3500));
+        // Two writes and six reads: one pause for every five.
+        QCOMPARE(plan.writeBusy_ns, microseconds(2 * 20000 + 6 * 154000 + 2 * 3500));
     }
 
     void aDeadStationCostsItsTimeOutsAndSilences()

@@ -36,9 +36,7 @@ private Q_SLOTS:
         QCOMPARE(dataReply(0xFE, QByteArray::fromHex("00")), reply("FE00"));
         QCOMPARE(dataReply(3, QByteArray(70, '\x5A')), reply("03" + QByteArray("5A").repeated(70)));
         QCOMPARE(acknowledgement(2, 0x12), reply("0212"));
-        QCOMPARE(refusal(2, RefusalCode::UnknownCell), refusal("0201"));
-        QCOMPARE(refusal(2, RefusalCode::BadFrame), refusal("0202"));
-        QCOMPARE(refusal(2, RefusalCode::Injected), refusal("0203"));
+        QCOMPARE(kvt::refusal(2), refusal("02"));
     }
 
     void anotherStationsDigitsReplaceTheOwn()

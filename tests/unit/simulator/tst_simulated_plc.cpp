@@ -81,14 +81,14 @@ private Q_SLOTS:
     {
         QTest::addColumn<QByteArray>("frame");
         QTest::addColumn<QByteArray>("reply");
-        QTest::newRow("read of an unknown cell") << request("010529") << refusal("0101");
-        QTest::newRow("read of a cell of another station") << request("020528") << refusal("0201");
-        QTest::newRow("write without the write bit") << request("0203401234") << refusal("0201");
-        QTest::newRow("a word written to a byte") << request("0101211234") << refusal("0101");
-        QTest::newRow("a byte written to a block") << request("01091912") << refusal("0101");
-        QTest::newRow("wrong length") << request("01052") << refusal("0102");
-        QTest::newRow("bad digit") << request("0105 8") << refusal("0102");
-        QTest::newRow("command 12, other address") << request("011213") << refusal("0101");
+        QTest::newRow("read of an unknown cell") << request("010529") << refusal("01");
+        QTest::newRow("read of a cell of another station") << request("020528") << refusal("02");
+        QTest::newRow("write without the write bit") << request("0203401234") << refusal("02");
+        QTest::newRow("a word written to a byte") << request("0101211234") << refusal("01");
+        QTest::newRow("a byte written to a block") << request("01091912") << refusal("01");
+        QTest::newRow("wrong length") << request("01052") << refusal("01");
+        QTest::newRow("bad digit") << request("0105 8") << refusal("01");
+        QTest::newRow("command 12, other address") << request("011213") << refusal("01");
     }
 
     void whatCannotBeDoneIsRefused()
@@ -190,7 +190,7 @@ private Q_SLOTS:
         SimulatedPlc plc(sampleTags(), config, 1);
         ask(&plc, request("010529"));
         ask(&plc, request("030528"));
-        QCOMPARE(log, (QByteArrayList{"1 " + request("010529") + refusal("0101"),
+        QCOMPARE(log, (QByteArrayList{"1 " + request("010529") + refusal("01"),
                                       "2 " + request("030528")}));
     }
 

@@ -94,7 +94,7 @@ private Q_SLOTS:
     {
         QFETCH(QByteArray, request);
         SimulatedPlc plc(sampleTags(), envelopeConfig(), 1);
-        QCOMPARE(ask(&plc, request), refusal("0101"));
+        QCOMPARE(ask(&plc, request), refusal("01"));
         QCOMPARE(plc.memory().value(1, Area::D, QStringLiteral("5.2.1")), std::optional<int>(0));
     }
 

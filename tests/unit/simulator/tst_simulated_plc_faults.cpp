@@ -50,7 +50,7 @@ private Q_SLOTS:
     void anInjectedRefusalCarriesNothingOut()
     {
         SimulatedPlc plc = plcWith("refuse=1");
-        QCOMPARE(bytesOf(plc.receive(WRITE_2, 0)), refusal("0203"));
+        QCOMPARE(bytesOf(plc.receive(WRITE_2, 0)), refusal("02"));
         QCOMPARE(plc.memory().value(2, Area::D, QStringLiteral("3.4.0")),
                  std::optional<int>(0x3456));
         QCOMPARE(plc.counters().refusals, 0);

@@ -1,0 +1,43 @@
+#include "host/reply_times.h"
+
+#include <algorithm>
+
+namespace kvt
+{
+
+namespace
+{
+
+// What a busy host may add to a time, or take from it.
+constexpr qint64 HOST_DELAY_ns = milliseconds(1);
+
+} // namespace
+
+void ReplyTimes::add(int station, qint64 time_ns)
+{
+    Times &times = stations_[indexOf(station)];
+    times.usual_ns =
+        times.usual_ns == 0 ? time_ns : times.usual_ns + (time_ns - times.usual_ns) / 8;
+    times.longest_ns =
+        std::max(time_ns, times.longest_ns - (times.longest_ns - times.usual_ns) / 256);
+}
+
+bool ReplyTimes::isUnusual(int station, qint64 time_ns) const
+{
+    const Times &times = stations_[indexOf(station)];
+    if (times.longest_ns == 0)
+        return false;
+    return time_ns + HOST_DELAY_ns < times.usual_ns / 2 || time_ns > pause_ns(station);
+}
+
+qint64 ReplyTimes::pause_ns(int station) const
+{
+    return pauseAfter_ns(stations_[indexOf(station)].longest_ns);
+}
+
+qint64 ReplyTimes::pauseAfter_ns(qint64 longest_ns)
+{
+    return longest_ns + longest_ns / 4 + HOST_DELAY_ns;
+}
+
+} // namespace kvt

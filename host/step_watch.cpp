@@ -1,0 +1,105 @@
+#include "host/step_watch.h"
+
+#include "host/reply_check.h"
+
+#include <algorithm>
+
+namespace kvt
+{
+
+namespace
+{
+
+// Where something was odd just now, more of it is likely, and each time all that is not proved by
+// then is lost. So for a while each reply is proved by itself.
+constexpr int WARY_REPLIES = 30;
+
+} // namespace
+
+void StepWatch::lineUp(qint64 now_ns)
+{
+    odd_ = true;
+    wary_ = 0;
+    proofWanted_ = false;
+    behind_ = false;
+    pausedAt_ns_ = provedUntil_ns_ = differedAt_ns_ = now_ns;
+    previous_ = current_ = Shape();
+}
+
+void StepWatch::sent(const Request &request)
+{
+    previous_ = current_;
+    current_ = {request.station & 0xFF, request.expectedLength};
+}
+
+bool StepWatch::replied(qint64 now_ns, qint64 turnaround_ns, bool firstAttempt)
+{
+    if (previous_.station >= 0 && previous_ != current_) {
+        behind_ = false;
+        differedAt_ns_ = now_ns;
+    }
+    if (firstAttempt) {
+        odd_ = odd_ || times_.isUnusual(current_.station, turnaround_ns);
+        times_.add(current_.station, turnaround_ns);
+    }
+    const bool unproven = share_ > 0 && (odd_ || provesEachReply());
+    proofWanted_ = proofWanted_ || unproven;
+    return unproven;
+}
+
+void StepWatch::somethingOdd()
+{
+    odd_ = true;
+    wary_ = WARY_REPLIES;
+}
+
+bool StepWatch::answersPrevious(const QByteArray &bytes) const
+{
+    return previous_.station >= 0 && previous_ != current_ && bytes.size() == previous_.length &&
+           bytes.endsWith(CARRIAGE_RETURN) && beginsAsReplyOf(previous_.station, bytes);
+}
+
+bool StepWatch::isPauseDue(qint64 now_ns) const
+{
+    if (proofWanted_)
+        return true;
+    const double earned_ns = static_cast<double>(now_ns - pausedAt_ns_) * share_;
+    return share_ > 0 && earned_ns >= static_cast<double>(times_.pause_ns(current_.station));
+}
+
+qint64 StepWatch::pauseEnd_ns(qint64 now_ns, qint64 sentAt_ns) const
+{
+    const qint64 pause_ns = times_.pause_ns(current_.station);
+    // Where each reply is followed by a pause, none can be further behind than its own request.
+    return std::max(now_ns, (provesEachReply() && !odd_ ? sentAt_ns : now_ns) + pause_ns);
+}
+
+bool StepWatch::pauseWasSilent(qint64 began_ns, qint64 now_ns)
+{
+    pausedAt_ns_ = now_ns;
+    odd_ = false;
+    proofWanted_ = false;
+    wary_ = std::max(wary_ - 1, 0);
+    if (behind_)
+        return false;
+    provedUntil_ns_ = began_ns;
+    return true;
+}
+
+qint64 StepWatch::heardUnasked(qint64 now_ns)
+{
+    pausedAt_ns_ = now_ns;
+    somethingOdd();
+    proofWanted_ = false;
+    return provedUntil_ns_;
+}
+
+qint64 StepWatch::foundBehind()
+{
+    behind_ = true;
+    somethingOdd();
+    proofWanted_ = false;
+    return std::min(provedUntil_ns_, differedAt_ns_);
+}
+
+} // namespace kvt

@@ -1,0 +1,90 @@
+// Whether replies are in step with requests: each the answer to its own, and none one behind.
+#ifndef KVT_HOST_STEP_WATCH_H
+#define KVT_HOST_STEP_WATCH_H
+
+#include "host/reply_times.h"
+#include "host/request.h"
+
+namespace kvt
+{
+
+/// Decides when the line is listened to between two exchanges, for how long, and what follows.
+///
+/// Nothing in a reply names its request. If each reply answers the request before, every single
+/// exchange looks right; but in a pause the reply that is one too many is heard. A pause in which
+/// nothing is heard proves the replies before it. Besides, where two requests in a row differ in
+/// station or length, the reply to the second cannot answer the first. No clock; one thread.
+class StepWatch
+{
+public:
+    /// `share` is the part of the line's time that pauses may take, 0 to 1; with 0 there are none
+    /// and nothing is ever unproven. With `everyReply` each reply is followed by a pause, which
+    /// lasts only until its own request could still be answered.
+    StepWatch(double share, bool everyReply) : share_(share), everyReply_(everyReply) {}
+
+    /// Nothing is known of the line from now on.
+    void lineUp(qint64 now_ns);
+
+    /// A request has left for the line.
+    void sent(const Request &request);
+
+    /// A good reply has come, to the first attempt or a later one, and began `turnaround_ns` after
+    /// its request had left. Returns true when its value waits for a proof.
+    bool replied(qint64 now_ns, qint64 turnaround_ns, bool firstAttempt);
+
+    /// An attempt had no good reply, or bytes came that were none.
+    void somethingOdd();
+
+    /// True when these bytes, no good reply to the latest request, are just what would answer the
+    /// one before it: the replies have been one behind.
+    bool answersPrevious(const QByteArray &bytes) const;
+
+    /// Somebody waits for a proof: the next pause is due at once.
+    void askForProof() { proofWanted_ = share_ > 0; }
+
+    /// True when the line is to be listened to before the next request.
+    bool isPauseDue(qint64 now_ns) const;
+
+    /// The end of a pause that begins now, behind a request that left at `sentAt_ns`.
+    qint64 pauseEnd_ns(qint64 now_ns, qint64 sentAt_ns) const;
+
+    /// A pause that began at `began_ns` has ended without a byte. Returns true when that proves
+    /// what came before it.
+    bool pauseWasSilent(qint64 began_ns, qint64 now_ns);
+
+    /// A byte was heard that nobody had asked for. Returns the time since which nothing is proved.
+    qint64 heardUnasked(qint64 now_ns);
+
+    /// A reply came that answers the request before. Returns the time since which nothing is
+    /// proved: silence proves no more until two requests that differ have been answered.
+    qint64 foundBehind();
+
+private:
+    bool provesEachReply() const { return everyReply_ || wary_ > 0; }
+
+    struct Shape {
+        int station = -1;
+        int length = 0;
+        bool operator!=(const Shape &other) const
+        {
+            return station != other.station || length != other.length;
+        }
+    };
+
+    double share_;
+    bool everyReply_;
+    ReplyTimes times_;
+    Shape previous_;
+    Shape current_;
+    int wary_ = 0;             // replies to come that are each followed by a pause
+    bool odd_ = true;          // something happened after which replies could be out of step
+    bool proofWanted_ = false; // a value or a write waits for a pause
+    bool behind_ = false;      // a reply was one behind, and no two that differ were right since
+    qint64 pausedAt_ns_ = 0;
+    qint64 provedUntil_ns_ = 0;
+    qint64 differedAt_ns_ = 0; // when a reply was last right behind a request that differed
+};
+
+} // namespace kvt
+
+#endif

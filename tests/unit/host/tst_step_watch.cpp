@@ -1,0 +1,218 @@
+// Whether replies are in step with requests: when the line is listened to and what that proves.
+#include "host/step_watch.h"
+
+#include <QtTest>
+
+using namespace kvt;
+
+namespace
+{
+
+constexpr qint64 MS = milliseconds(1);
+constexpr double ONE_PERCENT = 0.01;
+
+Request requestOf(int station, int length)
+{
+    Request request;
+    request.station = station;
+    request.expectedLength = length;
+    return request;
+}
+
+// Station 1 answers a request for a word after 8 ms; a pause then takes 11.
+bool exchange(StepWatch *watch, qint64 *now_ns, int station = 1, int length = 8)
+{
+    watch->sent(requestOf(station, length));
+    *now_ns += 8 * MS;
+    return watch->replied(*now_ns, 8 * MS, true);
+}
+
+// As a line that has been listened to once.
+void begin(StepWatch *watch, qint64 *now_ns)
+{
+    watch->lineUp(*now_ns);
+    exchange(watch, now_ns);
+    watch->pauseWasSilent(*now_ns, *now_ns + 11 * MS);
+    *now_ns += 11 * MS;
+}
+
+} // namespace
+
+class TestStepWatch : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void theFirstReplyWaitsForAProof()
+    {
+        StepWatch watch(ONE_PERCENT, false);
+        qint64 now_ns = 0;
+        watch.lineUp(now_ns);
+        QVERIFY(exchange(&watch, &now_ns));
+        QVERIFY(watch.isPauseDue(now_ns));
+        QCOMPARE(watch.pauseEnd_ns(now_ns, now_ns - 8 * MS), now_ns + 11 * MS);
+        QVERIFY(watch.pauseWasSilent(now_ns, now_ns + 11 * MS));
+        QVERIFY(!exchange(&watch, &now_ns));
+    }
+
+    void pausesTakeTheirShareOfTheTime()
+    {
+        StepWatch watch(ONE_PERCENT, false);
+        qint64 now_ns = 0;
+        begin(&watch, &now_ns);
+        const qint64 last_ns = now_ns;
+        while (!watch.isPauseDue(now_ns))
+            exchange(&watch, &now_ns);
+        QCOMPARE((now_ns - last_ns) / MS, qint64(1104)); // the first end of an exchange from 1,100
+    }
+
+    void withoutAShareThereAreNone()
+    {
+        StepWatch watch(0, false);
+        qint64 now_ns = 0;
+        watch.lineUp(now_ns);
+        QVERIFY(!exchange(&watch, &now_ns));
+        watch.askForProof();
+        QVERIFY(!watch.isPauseDue(now_ns + seconds(1000)));
+    }
+
+    void whoeverWaitsIsProvedAtOnce()
+    {
+        StepWatch watch(ONE_PERCENT, false);
+        qint64 now_ns = 0;
+        begin(&watch, &now_ns);
+        exchange(&watch, &now_ns);
+        QVERIFY(!watch.isPauseDue(now_ns));
+        watch.askForProof();
+        QVERIFY(watch.isPauseDue(now_ns));
+        watch.pauseWasSilent(now_ns, now_ns + 11 * MS);
+        QVERIFY(!watch.isPauseDue(now_ns + 11 * MS));
+    }
+
+    void afterSomethingOddEachReplyIsProvedByItself()
+    {
+        StepWatch watch(ONE_PERCENT, false);
+        qint64 now_ns = 0;
+        begin(&watch, &now_ns);
+        watch.somethingOdd();
+        int proofs = 0;
+        for (; exchange(&watch, &now_ns) && watch.isPauseDue(now_ns); ++proofs) {
+            // The first pause is a whole one; from then on no reply can be further behind than its
+            // own request.
+            const qint64 end_ns = watch.pauseEnd_ns(now_ns, now_ns - 8 * MS);
+            QCOMPARE(end_ns - now_ns, proofs == 0 ? 11 * MS : 3 * MS);
+            watch.pauseWasSilent(now_ns, end_ns);
+            now_ns = end_ns;
+        }
+        QCOMPARE(proofs, 30);
+    }
+
+    void onRequestEveryReplyIsProved()
+    {
+        StepWatch watch(ONE_PERCENT, true);
+        qint64 now_ns = 0;
+        begin(&watch, &now_ns);
+        for (int i = 0; i < 1000; ++i) {
+            QVERIFY(exchange(&watch, &now_ns));
+            QCOMPARE(watch.pauseEnd_ns(now_ns, now_ns - 8 * MS), now_ns + 3 * MS);
+            QVERIFY(watch.pauseWasSilent(now_ns, now_ns + 3 * MS));
+        }
+    }
+
+    void anUnusualTimeWantsAProof()
+    {
+        StepWatch watch(ONE_PERCENT, false);
+        qint64 now_ns = 0;
+        begin(&watch, &now_ns);
+        watch.sent(requestOf(1, 8));
+        QVERIFY(watch.replied(now_ns, 2 * MS, true));
+        QVERIFY(watch.isPauseDue(now_ns));
+        watch.pauseWasSilent(now_ns, now_ns);
+        watch.sent(requestOf(1, 8));
+        QVERIFY(watch.replied(now_ns, 12 * MS, true));
+    }
+
+    void theTimeOfALaterAttemptSaysNothing()
+    {
+        StepWatch watch(ONE_PERCENT, false);
+        qint64 now_ns = 0;
+        begin(&watch, &now_ns);
+        watch.sent(requestOf(1, 8));
+        QVERIFY(!watch.replied(now_ns, 200 * MS, false));
+        QCOMPARE(watch.pauseEnd_ns(now_ns, 0), now_ns + 11 * MS);
+    }
+
+    void aByteInAPauseLeavesTheTimeSinceTheLastUnproved()
+    {
+        StepWatch watch(ONE_PERCENT, false);
+        qint64 now_ns = 0;
+        begin(&watch, &now_ns);
+        exchange(&watch, &now_ns);
+        const qint64 proved_ns = now_ns;
+        watch.pauseWasSilent(now_ns, now_ns + 11 * MS);
+        now_ns += 11 * MS;
+        exchange(&watch, &now_ns);
+        QCOMPARE(watch.heardUnasked(now_ns), proved_ns);
+        QVERIFY(exchange(&watch, &now_ns));
+        QVERIFY(watch.isPauseDue(now_ns));
+    }
+
+    void aReplyInTheShapeOfTheRequestBeforeIsRecognised()
+    {
+        StepWatch watch(ONE_PERCENT, false);
+        const QByteArray word = QByteArray::fromHex("06 30 31 31 32 41 42 0D");
+        watch.lineUp(0);
+        watch.sent(requestOf(1, 8));
+        QVERIFY(!watch.answersPrevious(word));
+        watch.sent(requestOf(1, 6));
+        QVERIFY(watch.answersPrevious(word));
+        QVERIFY(!watch.answersPrevious(word.left(7)));
+        QVERIFY(!watch.answersPrevious(word + '\r'));
+        QVERIFY(!watch.answersPrevious("\x06"
+                                       "0212AB\r"));
+        QVERIFY(!watch.answersPrevious(QByteArray(word).replace(0, 1, "\x15")));
+        watch.sent(requestOf(1, 6));
+        QVERIFY(!watch.answersPrevious(word));
+        watch.sent(requestOf(2, 8));
+        watch.sent(requestOf(1, 8));
+        QVERIFY(watch.answersPrevious("\x06"
+                                      "0212AB\r"));
+    }
+
+    void onceBehindSilenceProvesNothingUntilTwoThatDifferWereRight()
+    {
+        StepWatch watch(ONE_PERCENT, false);
+        qint64 now_ns = 0;
+        begin(&watch, &now_ns);
+        exchange(&watch, &now_ns, 1, 6);
+        const qint64 differed_ns = now_ns;
+        watch.pauseWasSilent(now_ns, now_ns + 11 * MS);
+        now_ns += 11 * MS;
+        exchange(&watch, &now_ns, 1, 6);
+        watch.pauseWasSilent(now_ns, now_ns + 11 * MS);
+        now_ns += 11 * MS;
+        watch.sent(requestOf(1, 8));
+        // All since the last two that differed may have been behind, silent pauses or not.
+        QCOMPARE(watch.foundBehind(), differed_ns);
+        exchange(&watch, &now_ns);
+        QVERIFY(watch.isPauseDue(now_ns));
+        exchange(&watch, &now_ns);
+        QVERIFY(!watch.pauseWasSilent(now_ns, now_ns + 11 * MS));
+        exchange(&watch, &now_ns, 1, 6);
+        QVERIFY(watch.pauseWasSilent(now_ns, now_ns + 11 * MS));
+    }
+
+    void aNewLineBeginsAfresh()
+    {
+        StepWatch watch(ONE_PERCENT, false);
+        qint64 now_ns = 0;
+        begin(&watch, &now_ns);
+        watch.foundBehind();
+        watch.lineUp(now_ns);
+        QVERIFY(exchange(&watch, &now_ns));
+        QVERIFY(watch.pauseWasSilent(now_ns, now_ns + 11 * MS));
+    }
+};
+
+QTEST_APPLESS_MAIN(TestStepWatch)
+#include "tst_step_watch.moc"
