@@ -51,7 +51,9 @@ int main(int argc, char **argv)
         const Protocol *request = comCommunication(); // null when there is nothing to send
         QByteArray reply = request != nullptr ? exchange(port, *request) : QByteArray();
         const int result = dataCom(&reply, reply.size())->result; // 1: success, 0: to be repeated
-        QByteArray value; // low byte first, from the value cache
+        if (result == 1)
+            info.retryCount = 0; // otherwise lost replies add up, however far apart
+        QByteArray value;        // low byte first, from the value cache
         getRegisterData(QString(), AREA_D, speed.addressText, speed.station, value, 1);
         printf("result %d, value %d\n", result, quint8(value[0]) + 256 * quint8(value[1]));
     }

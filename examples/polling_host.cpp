@@ -168,7 +168,7 @@ int main(int argc, char **argv)
         return 2;
     }
     const HOST_VAR first = word(1, "5.2.1");
-    const HOST_VAR second = word(1, "3.4.0");
+    const HOST_VAR second = word(1, "5.4.0");
     QList<HOST_VAR> variables;
     variables.append(first);
     variables.append(second);
