@@ -13,7 +13,7 @@ function(kvt_compress from to)
 endfunction()
 
 set(KVT_PUBLIC_HEADERS
-  driver/records.h driver/entry_points.h driver/version.h driver/version_note.h
+  driver/com_info.h driver/records.h driver/entry_points.h driver/version.h driver/version_note.h
   driver/loaded_version.h)
 set(KVT_CMAKE_DIR "${CMAKE_INSTALL_LIBDIR}/cmake/KVT")
 set(KVT_GENERATED "${PROJECT_BINARY_DIR}/install")

@@ -12,8 +12,8 @@
 
 /// What kvtLoadedVersion asks each loaded file, and what it has found.
 struct KvtVersionSearch {
-    std::uintptr_t address;
-    int version;
+    std::uintptr_t address; ///< lies in the file that is asked for
+    int version;            ///< its version, 0 until found
 };
 
 /// The version in the notes from `notes` on, `size` bytes of them, or 0.

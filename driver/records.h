@@ -6,12 +6,12 @@
 #ifndef KVT_DRIVER_RECORDS_H
 #define KVT_DRIVER_RECORDS_H
 
+#include "driver/com_info.h"
+
 #include <QtCore/QByteArray>
 #include <QtCore/QList>
 #include <QtCore/QString>
 #include <QtCore/QtGlobal>
-
-#include <cstddef>
 
 /// Areas of the PLC, as `areaType` holds them. Any other number is no area.
 enum AreaCode {
@@ -70,7 +70,25 @@ const char FRAME_ACK = 0x06; ///< first byte of a reply that is no refusal; not 
 const char FRAME_CR = 0x0D;  ///< last byte of every request and of every accepted reply
 const char FRAME_NAK = 0x15; ///< first byte of a refusal
 
-/// One variable to read or write. Copies share the strings and the value bytes.
+/// One variable to read or write. Copies share the strings and the value bytes. "Queues it" is the
+/// thread that calls AddListWriteVar, AddListOnceReadVar or AddListReadVar; for cyclic reads
+/// (ReCreatReadVarList) and host writes (SetRegisterData) the driver fills the record in there.
+///
+/// | Field | Written by | Read by | Range |
+/// |---|---|---|---|
+/// | ownerId | who queues it; 0 in cyclic reads | polling thread: result code, callbacks | any; 0 to 11 have codes of their own |
+/// | ownerSubId | who queues it; -1 in cyclic reads | polling thread: end of a group of once-reads; host: which write it was | any |
+/// | rwKind | who queues it | polling thread, judging the reply | 0 or 1 |
+/// | plcNo | who queues it | polling thread: local or remote path | any; 8 bits in an envelope |
+/// | result | polling thread, in the record of DataCom alone | host, same thread | ResultCode, or a ResultClass + 1 to 12 |
+/// | addressText | who queues it | polling thread, building the frame | "a.b.c", in area C "a.b.c.d" |
+/// | areaType | who queues it | queues, polling thread | 0 to 2; another one builds no frame |
+/// | address | who queues it; AddListOnceReadVar (mode not 1), SetRegisterData and ReCreatReadVarList fill it in | queues, cache and envelopes; never an ASCII frame | 0 or more, as PLCAddressChangeIntef gives it |
+/// | station | who queues it; defaultStation while purgeByStation is 0 (once-reads with a mode not 1, SetRegisterData) | polling thread: frame, cache, stations that are off | 0 to 255 |
+/// | count | as address | queues, cache, envelopes | elements: 1, or 70 in area C |
+/// | remoteTag | who queues it; 0 in cyclic reads, once-reads (mode not 1) and from SetRegisterData | polling thread, remote path | -1, or any other |
+/// | data | host, for a write | polling thread: frame and cache | bytes: 1 or 2 (X), 2 (D); empty in the record of DataCom |
+/// | name, reserved3, reserved13 | who queues it | nobody but envelopes (reserved13) | any |
 struct RW_VAR {
     qint32 ownerId = 0;    ///< requester, first half; 0 to 11 selects the error code's offset
     qint32 ownerSubId = 0; ///< requester, second half
@@ -89,7 +107,16 @@ struct RW_VAR {
     QByteArray data;       ///< value bytes, least significant first
 };
 
-/// One request frame with the reply it expects and a copy of its variable.
+/// One request frame with the reply it expects and a copy of its variable. All on the polling
+/// thread: ComCommunication writes it, DataCom removes it when the request has ended.
+///
+/// | Field | Read by | Range |
+/// |---|---|---|
+/// | frame, frameLength | host, to send it | bytes: 8, 10 or 12, an envelope 22 or more |
+/// | expectedReplyLength | host, collecting; DataCom, judging | bytes: 6, 8 or 144; 0 for an envelope of no area |
+/// | builderParam1, builderParam2 | DataCom, decoding | 3 with 2, 4 or 140; 0 with 0 for a write |
+/// | var | DataCom; host, before DataCom | see RW_VAR; `data` is the value of a write |
+/// | extra0, extra1, extra2 | nobody | 0 |
 struct Protocol {
     QByteArray frame;               ///< the bytes to put on the line
     qint32 frameLength = 0;         ///< number of bytes in `frame`
@@ -103,7 +130,13 @@ struct Protocol {
 };
 
 /// One value of the cache; its key is (station, areaType, address), which no two records share.
-/// Without initialisers, so that it can be made from a list in braces in C++11.
+/// Without initialisers, so that it can be made from a list in braces in C++11. Of no use to hosts,
+/// which read through GetRegisterData.
+///
+/// | Field | Written by | Read by | Range |
+/// |---|---|---|---|
+/// | station, areaType, address | the thread that asks for it or stores it first; never changed | every look-up, area mutex | any; see RW_VAR |
+/// | data | polling thread, from replies and writes; SetRegisterData on any thread; area mutex, but for the remote path | GetRegisterData on any thread, area mutex | bytes: 4 of zero when new, then 1 or 2 |
 struct EXTENDVAR {
     qint32 station;  ///< PLC station
     qint32 areaType; ///< an AreaCode
@@ -111,34 +144,16 @@ struct EXTENDVAR {
     QByteArray data; ///< the value: one byte (X, C) or two, low byte first (D)
 };
 
-/// The host's communication block. The host owns it and keeps it alive while the library is
-/// loaded; the driver reads and writes the words named here and leaves words 0 to 5 alone.
-struct ComInfo {
-    qint32 hostWord0;
-    qint32 hostWord1;
-    qint32 hostWord2;
-    qint32 hostWord3;
-    qint32 hostWord4;
-    qint32 hostWord5;
-    qint32 defaultStation; ///< read: while `purgeByStation` is 0, station of what SetRegisterData
-                           ///< sends or caches and of once-reads queued with a mode other than 1
-    qint32 retryLimit;     ///< read: extra attempts allowed per frame
-    qint32 retryCount;     ///< written: failed attempts of the current frame; success keeps it
-    qint32 purgeByStation; ///< read: 0 purges all queued requests after a final failure, else
-                           ///< only those of the failed station
-    qint32 comWord10;      ///< set to 0 by SetComInfo
-    qint32 framesExpected; ///< written: reply frames that the current request needs
-    qint32 framesReceived; ///< written: good reply frames so far
-    qint32 comWord13;      ///< set to 0 by SetComInfo
-    qint32 remoteMode;     ///< read: non-zero sends requests in the binary envelope
-    qint32 localPlcNo;     ///< read: PLC number of this link
-    qint32 hostWriteMode;  ///< read: 2 sends a host write to the PLC, else it is cached only
-    qint32 scanComplete;   ///< written: 1 after a whole scan without a failure and while there is
-                           ///< nothing to read, 0 after a failed attempt and a rebuilt list
-    qint32 portTag;        ///< read: first argument of the once-read callback
-};
-
-/// One variable of the host's own list, as ReCreatReadVarList takes it.
+/// One variable of the host's own list, as ReCreatReadVarList takes it. The host writes all fields;
+/// the driver reads them on the thread that calls it, and copies what it needs.
+///
+/// | Field | Range |
+/// |---|---|
+/// | kind | any; not read |
+/// | areaType | 0 to 2 |
+/// | station | 0 to 255: a larger number is cut when it is assigned |
+/// | addressText | "a.b.c", in area C "a.b.c.d"; with a negative address the variable is left out |
+/// | name | any text |
 struct HOST_VAR {
     quint8 kind = 0;     ///< the host's own; not read
     quint8 areaType = 0; ///< an AreaCode
@@ -157,30 +172,5 @@ typedef int (*OnceReadDone)(int portTag, int ownerId, int ownerSubId, int status
 /// destroys unread. Runs on the polling thread with the driver's list mutex held: it must not call
 /// an entry point that takes that mutex.
 typedef void (*OwnerNotify)(QList<RW_VAR> *out, int ownerId, int flag);
-
-#define KVT_ASSERT_WORD(field, index)                                                              \
-    static_assert(offsetof(ComInfo, field) == sizeof(qint32) * (index),                            \
-                  "ComInfo: word out of place")
-KVT_ASSERT_WORD(hostWord0, 0);
-KVT_ASSERT_WORD(hostWord1, 1);
-KVT_ASSERT_WORD(hostWord2, 2);
-KVT_ASSERT_WORD(hostWord3, 3);
-KVT_ASSERT_WORD(hostWord4, 4);
-KVT_ASSERT_WORD(hostWord5, 5);
-KVT_ASSERT_WORD(defaultStation, 6);
-KVT_ASSERT_WORD(retryLimit, 7);
-KVT_ASSERT_WORD(retryCount, 8);
-KVT_ASSERT_WORD(purgeByStation, 9);
-KVT_ASSERT_WORD(comWord10, 10);
-KVT_ASSERT_WORD(framesExpected, 11);
-KVT_ASSERT_WORD(framesReceived, 12);
-KVT_ASSERT_WORD(comWord13, 13);
-KVT_ASSERT_WORD(remoteMode, 14);
-KVT_ASSERT_WORD(localPlcNo, 15);
-KVT_ASSERT_WORD(hostWriteMode, 16);
-KVT_ASSERT_WORD(scanComplete, 17);
-KVT_ASSERT_WORD(portTag, 18);
-static_assert(sizeof(ComInfo) == sizeof(qint32) * 19, "ComInfo: nineteen words");
-#undef KVT_ASSERT_WORD
 
 #endif

@@ -4,6 +4,7 @@
 
 #include <QtCore/QtGlobal>
 
+/// The owner that the note names.
 #define KVT_NOTE_NAME "KVT"
 
 /// An ELF note: its header, its owner and the version. Every member is a 32-bit word or fills some.
@@ -12,12 +13,13 @@ struct KvtVersionNote {
     quint32 descriptorSize; ///< 12
     quint32 type;           ///< KVT_NOTE_VERSION
     char name[4];           ///< KVT_NOTE_NAME and its terminator
-    quint32 major;
-    quint32 minor;
-    quint32 patch;
+    quint32 major;          ///< KVT_VERSION_MAJOR of the library
+    quint32 minor;          ///< KVT_VERSION_MINOR
+    quint32 patch;          ///< KVT_VERSION_PATCH
 };
 static_assert(sizeof(KvtVersionNote) == 28, "KvtVersionNote: seven words");
 
+/// The type of the note.
 const quint32 KVT_NOTE_VERSION = 1;
 
 #endif

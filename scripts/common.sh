@@ -55,3 +55,9 @@ sources_in()
         done
     done | LC_ALL=C sort
 }
+
+# Prints the headers that are installed for hosts, as the build names them.
+public_headers()
+{
+    sed -n '/^set(KVT_PUBLIC_HEADERS/,/)/p' "$root/cmake/KvtInstall.cmake" | grep -oE 'driver/[a-z_]+\.h'
+}
