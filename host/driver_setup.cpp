@@ -8,11 +8,6 @@ namespace kvt
 namespace
 {
 
-// The driver takes the high digit of every area-C address from this local word.
-constexpr size_t BLOCK_DIGIT_WORD = 50000;
-
-constexpr int SEND_WRITES_TO_PLC = 2;
-
 // What the callbacks would tell follows from the records that DataCom returns.
 
 int ignoreOnceReadDone(int, int, int, int)
@@ -35,18 +30,18 @@ HOST_VAR hostVariable(const Tag &tag)
 
 DriverSetup::DriverSetup(const DriverApi &api, const QVector<Tag> &tags, int retryLimit,
                          bool remoteMode)
-    : api_(api), localWords_(BLOCK_DIGIT_WORD + 1)
+    : api_(api), localWords_(BLOCK_SELECT_WORD + 1)
 {
     comInfo_.retryLimit = retryLimit;
     // A failing station must not cost the others their queued requests.
     comInfo_.purgeByStation = 1;
     comInfo_.remoteMode = remoteMode ? 1 : 0;
-    comInfo_.hostWriteMode = SEND_WRITES_TO_PLC;
+    comInfo_.hostWriteMode = HOST_WRITE_TO_PLC;
     QList<HOST_VAR> variables;
     for (const Tag &tag : tags) {
         variables.append(hostVariable(tag));
         if (const std::optional<int> digit = blockDigit(tag))
-            localWords_[BLOCK_DIGIT_WORD] = static_cast<quint16>(*digit);
+            localWords_[BLOCK_SELECT_WORD] = static_cast<quint16>(*digit);
     }
     api_.SetComInfo(&comInfo_);
     api_.FlashLocalRegister(nullptr, localWords_.data(), nullptr);

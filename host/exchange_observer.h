@@ -7,6 +7,12 @@
 namespace kvt
 {
 
+/// Whether a result code of the driver tells of success.
+inline bool isSuccessCode(int resultCode)
+{
+    return resultCode == RESULT_SUCCESS || resultCode == RESULT_REMOTE_SUCCESS;
+}
+
 /// How one attempt ended on the line.
 enum class AttemptEnd {
     Replied,   ///< a reply was complete; whether it is good is the driver's to say
@@ -31,8 +37,8 @@ struct Attempt {
     qint64 sentAt_ns = 0;  ///< the request's last byte
     qint64 endedAt_ns = 0; ///< the reply's last byte, or when it was given up
 
-    bool isSuccess() const { return resultCode == 1 || resultCode == 100; }
-    bool isFinal() const { return resultCode != 0; }
+    bool isSuccess() const { return isSuccessCode(resultCode); }
+    bool isFinal() const { return resultCode != RESULT_RETRY; }
 };
 
 enum class DroppedBytes {

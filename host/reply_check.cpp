@@ -38,25 +38,25 @@ bool hasDataDigits(const Request &request, const QByteArray &reply)
 
 bool isRefusal(const Request &request, const QByteArray &reply)
 {
-    return reply.size() == 4 && reply.at(0) == NAK && namesStation(reply, request.station) &&
-           reply.at(3) == CARRIAGE_RETURN;
+    return reply.size() == 4 && reply.at(0) == FRAME_NAK && namesStation(reply, request.station) &&
+           reply.at(3) == FRAME_CR;
 }
 
 bool beginsAsReplyOf(int station, const QByteArray &reply)
 {
-    return reply.size() >= 3 && reply.at(0) == ACK && namesStation(reply, station);
+    return reply.size() >= 3 && reply.at(0) == FRAME_ACK && namesStation(reply, station);
 }
 
 bool looksLikeReply(const Request &request, const QByteArray &reply)
 {
     if (reply.isEmpty())
         return true;
-    if (reply.at(0) != ACK && reply.at(0) != NAK)
+    if (reply.at(0) != FRAME_ACK && reply.at(0) != FRAME_NAK)
         return false;
     if (!namesStation(reply, request.station))
         return false;
     // Only a reply of full length has its data where the request expects them.
-    return reply.at(0) == NAK || reply.size() != request.expectedLength ||
+    return reply.at(0) == FRAME_NAK || reply.size() != request.expectedLength ||
            hasDataDigits(request, reply);
 }
 

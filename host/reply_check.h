@@ -10,11 +10,6 @@
 namespace kvt
 {
 
-constexpr char ENQ = 0x05;
-constexpr char ACK = 0x06;
-constexpr char CARRIAGE_RETURN = 0x0D;
-constexpr char NAK = 0x15;
-
 /// True for a refusal by the request's station: NAK, the two digits of the station, CR, and not a
 /// byte more or less.
 bool isRefusal(const Request &request, const QByteArray &reply);

@@ -47,7 +47,7 @@ int ReplyCollector::add(const char *bytes, int count)
 {
     int take = std::min(count, lengthLimit_ - bytes_.size());
     if (!remoteMode_ && take > 0) {
-        const void *end = std::memchr(bytes, CARRIAGE_RETURN, static_cast<size_t>(take));
+        const void *end = std::memchr(bytes, FRAME_CR, static_cast<size_t>(take));
         if (end != nullptr) {
             take = static_cast<int>(static_cast<const char *>(end) - bytes) + 1;
             complete_ = true;

@@ -19,21 +19,23 @@ size_t indexOf(Enum value)
 Outcome outcomeOf(int resultCode)
 {
     struct Class {
-        int first;
+        int base;
         Outcome outcome;
     };
-    // Twelve codes a class, one for each requester.
     static constexpr Class CLASSES[] = {
-        {11, Outcome::LocalBadReply},    {41, Outcome::LocalNoReply},
-        {71, Outcome::LocalWrongLength}, {111, Outcome::RemoteBadReply},
-        {141, Outcome::RemoteNoReply},   {171, Outcome::RemoteWrongLength},
+        {RESULT_LOCAL_BAD_REPLY, Outcome::LocalBadReply},
+        {RESULT_LOCAL_NO_REPLY, Outcome::LocalNoReply},
+        {RESULT_LOCAL_WRONG_LENGTH, Outcome::LocalWrongLength},
+        {RESULT_REMOTE_BAD_REPLY, Outcome::RemoteBadReply},
+        {RESULT_REMOTE_NO_REPLY, Outcome::RemoteNoReply},
+        {RESULT_REMOTE_WRONG_LENGTH, Outcome::RemoteWrongLength},
     };
-    if (resultCode == 1)
+    if (resultCode == RESULT_SUCCESS)
         return Outcome::Success;
-    if (resultCode == 100)
+    if (resultCode == RESULT_REMOTE_SUCCESS)
         return Outcome::SuccessNotStored;
     for (const Class &entry : CLASSES)
-        if (resultCode >= entry.first && resultCode < entry.first + 12)
+        if (resultCode > entry.base && resultCode <= entry.base + RESULT_REQUESTERS)
             return entry.outcome;
     return Outcome::Unknown;
 }

@@ -56,7 +56,7 @@ void StepWatch::somethingOdd()
 bool StepWatch::answersPrevious(const QByteArray &bytes) const
 {
     return previous_.station >= 0 && previous_ != current_ && bytes.size() == previous_.length &&
-           bytes.endsWith(CARRIAGE_RETURN) && beginsAsReplyOf(previous_.station, bytes);
+           bytes.endsWith(FRAME_CR) && beginsAsReplyOf(previous_.station, bytes);
 }
 
 bool StepWatch::isPauseDue(qint64 now_ns) const

@@ -53,9 +53,6 @@ constexpr TraceInfoWord TRACE_INFO_WORDS[] = {
     {"hostWriteMode", &ComInfo::hostWriteMode},   {"portTag", &ComInfo::portTag},
 };
 
-/// The local word that reads of area C take their block digit from.
-constexpr int TRACE_LOCAL_WORD = 50000;
-
 } // namespace kvt
 
 #endif

@@ -250,9 +250,9 @@ void TraceRecorder::noteInfo()
 void TraceRecorder::noteLocalWord()
 {
     const std::lock_guard<std::mutex> lock(mutex_);
-    if (localWords_ == nullptr || localWords_[TRACE_LOCAL_WORD] == lastLocalWord_)
+    if (localWords_ == nullptr || localWords_[BLOCK_SELECT_WORD] == lastLocalWord_)
         return;
-    lastLocalWord_ = localWords_[TRACE_LOCAL_WORD];
+    lastLocalWord_ = localWords_[BLOCK_SELECT_WORD];
     addLocked(record(trace::LOCAL, number(lastLocalWord_)));
 }
 

@@ -39,7 +39,7 @@ QByteArray judgedText(const RW_VAR &judged)
 class Player
 {
 public:
-    explicit Player(const DriverApi &api) : api_(api), localWords_(TRACE_LOCAL_WORD + 1)
+    explicit Player(const DriverApi &api) : api_(api), localWords_(BLOCK_SELECT_WORD + 1)
     {
         api_.SetComInfo(&info_);
         api_.FlashLocalRegister(nullptr, localWords_.data(), nullptr);
@@ -122,7 +122,7 @@ QString Player::setInfo(const TraceRecord &record)
 
 QString Player::setLocalWord(const TraceRecord &record)
 {
-    localWords_[TRACE_LOCAL_WORD] = static_cast<quint16>(record.number(0));
+    localWords_[BLOCK_SELECT_WORD] = static_cast<quint16>(record.number(0));
     return QString();
 }
 

@@ -1,5 +1,7 @@
 #include "host/write_tracker.h"
 
+#include "driver/records.h"
+
 #include <utility>
 
 namespace kvt
@@ -7,9 +9,6 @@ namespace kvt
 
 namespace
 {
-
-// The driver's limit for a queue of requests.
-constexpr int QUEUE_LIMIT = 1024;
 
 bool sameTarget(const QueuedWrite &one, const QueuedWrite &other)
 {

@@ -206,6 +206,28 @@ bool readSelection(const QCommandLineParser &parser, TraceSelection *selection)
            readExchanges(parser.value(QStringLiteral("exchanges")), selection);
 }
 
+void addOptions(QCommandLineParser *parser)
+{
+    parser->addPositionalArgument(
+        QStringLiteral("FRAME"),
+        QStringLiteral("Bytes in hexadecimal, with or without blanks, at most 4096; \"-\" reads "
+                       "frames from standard input, one a line; or the file of a trace."),
+        QStringLiteral("FRAME... | - | FILE"));
+    parser->addOption({QStringLiteral("tags"),
+                       QStringLiteral("Name the tags of this list that a request concerns."),
+                       QStringLiteral("FILE")});
+    parser->addOption({QStringLiteral("json"), QStringLiteral("Print JSON, one object per line.")});
+    parser->addOption({QStringLiteral("station"),
+                       QStringLiteral("Of a trace: only exchanges with this station, 0 to 255."),
+                       QStringLiteral("N")});
+    parser->addOption({QStringLiteral("failures"),
+                       QStringLiteral("Of a trace: only exchanges with an attempt that failed.")});
+    parser->addOption({QStringLiteral("exchanges"),
+                       QStringLiteral("Of a trace: only exchanges with these numbers, or a single "
+                                      "one, from 1; LAST may be left out."),
+                       QStringLiteral("FIRST[-[LAST]]")});
+}
+
 } // namespace
 
 int runDecode(const QStringList &arguments)
@@ -215,24 +237,7 @@ int runDecode(const QStringList &arguments)
         "Explains frames of the line field by field: requests, replies, refusals and envelopes. "
         "A reply behind a request is held against it. Of a trace, every record is explained in a "
         "line."));
-    parser.addPositionalArgument(
-        QStringLiteral("FRAME"),
-        QStringLiteral("Bytes in hexadecimal, with or without blanks, at most 4096; \"-\" reads "
-                       "frames from standard input, one a line; or the file of a trace."),
-        QStringLiteral("FRAME... | - | FILE"));
-    parser.addOption({QStringLiteral("tags"),
-                      QStringLiteral("Name the tags of this list that a request concerns."),
-                      QStringLiteral("FILE")});
-    parser.addOption({QStringLiteral("json"), QStringLiteral("Print JSON, one object per line.")});
-    parser.addOption({QStringLiteral("station"),
-                      QStringLiteral("Of a trace: only exchanges with this station, 0 to 255."),
-                      QStringLiteral("N")});
-    parser.addOption({QStringLiteral("failures"),
-                      QStringLiteral("Of a trace: only exchanges with an attempt that failed.")});
-    parser.addOption({QStringLiteral("exchanges"),
-                      QStringLiteral("Of a trace: only exchanges with these numbers, or a single "
-                                     "one, from 1; LAST may be left out."),
-                      QStringLiteral("FIRST[-[LAST]]")});
+    addOptions(&parser);
     int exitCode = EXIT_GOOD;
     if (parseOptions(&parser, QStringLiteral("decode"), arguments, &exitCode))
         return exitCode;

@@ -5,6 +5,7 @@
 #include "apps/kvt/line_options.h"
 #include "apps/kvt/options.h"
 #include "apps/kvt/plan_report.h"
+#include "driver/records.h"
 
 namespace kvt
 {
@@ -20,7 +21,6 @@ const QString ASKED = QStringLiteral("asked");
 const QString JSON = QStringLiteral("json");
 
 constexpr int SPEEDS[] = {1200, 2400, 4800, 9600, 19200, 38400, 57600, 115200};
-constexpr int QUEUE_LENGTH = 1024;
 
 void addOptions(QCommandLineParser *parser)
 {
@@ -40,7 +40,7 @@ void addOptions(QCommandLineParser *parser)
     parser->addOption({WRITES,
                        QStringLiteral("Writes that wait in front of the operator's, 0 to %1 "
                                       "(default: 0).")
-                           .arg(QUEUE_LENGTH - 1),
+                           .arg(QUEUE_LIMIT - 1),
                        QStringLiteral("N"), QStringLiteral("0")});
     parser->addOption({ASKED,
                        QStringLiteral("Scan time that is asked for, in milliseconds, 1 to 3600000 "
@@ -58,7 +58,7 @@ bool readSettings(const QCommandLineParser &parser, PlanReport *report)
         !readNumber(parser, TURNAROUND, 0, 10000, &turnaround_ms) ||
         !readNumber(parser, OVERHEAD, 0, 1000000, &overhead_us) ||
         !readTimingOptions(parser, &timeout_ms, &report->settings.retryLimit) ||
-        !readNumber(parser, WRITES, 0, QUEUE_LENGTH - 1, &report->settings.writesAhead))
+        !readNumber(parser, WRITES, 0, QUEUE_LIMIT - 1, &report->settings.writesAhead))
         return false;
     if (parser.isSet(ASKED) && !readNumber(parser, ASKED, 1, 3600000, &report->asked_ms))
         return false;

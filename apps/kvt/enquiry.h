@@ -33,7 +33,7 @@ struct RequestOutcome {
     bool stationAnswered() const { return asked && (good || end == AttemptEnd::Refused); }
 
     /// True when the station's good reply is not enough to go by.
-    bool isUnproved() const { return asked && !good && (resultCode == 1 || resultCode == 100); }
+    bool isUnproved() const { return asked && !good && isSuccessCode(resultCode); }
 
     /// True when a write that failed may have taken effect all the same.
     bool isUncertain() const

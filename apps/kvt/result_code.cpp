@@ -10,25 +10,22 @@ namespace kvt
 namespace
 {
 
-constexpr int WILL_BE_REPEATED = 0;
-constexpr int UNKNOWN_REASON = 200;
-
-// The first of the twelve codes of a class; 0 for a code that is of none.
-int firstOfClass(Outcome outcome)
+// The ResultClass; 0 for a code that is of none.
+int baseOf(Outcome outcome)
 {
     switch (outcome) {
     case Outcome::LocalBadReply:
-        return 11;
+        return RESULT_LOCAL_BAD_REPLY;
     case Outcome::LocalNoReply:
-        return 41;
+        return RESULT_LOCAL_NO_REPLY;
     case Outcome::LocalWrongLength:
-        return 71;
+        return RESULT_LOCAL_WRONG_LENGTH;
     case Outcome::RemoteBadReply:
-        return 111;
+        return RESULT_REMOTE_BAD_REPLY;
     case Outcome::RemoteNoReply:
-        return 141;
+        return RESULT_REMOTE_NO_REPLY;
     case Outcome::RemoteWrongLength:
-        return 171;
+        return RESULT_REMOTE_WRONG_LENGTH;
     default:
         return 0;
     }
@@ -38,7 +35,8 @@ QString requesterText(int number)
 {
     if (number == 0)
         return QStringLiteral("requester 0, which stands for the cyclic poll and for every "
-                              "requester below 0 or above 11");
+                              "requester below 0 or above %1")
+            .arg(RESULT_REQUESTERS - 1);
     return QStringLiteral("requester %1").arg(number);
 }
 
@@ -108,18 +106,18 @@ CodeExplanation explainCode(int code)
     explanation.code = code;
     explanation.isKnown = true;
     const Outcome outcome = outcomeOf(code);
-    const int first = firstOfClass(outcome);
-    if (first > 0) {
-        explanation.requester = requesterText(code - first);
+    const int base = baseOf(outcome);
+    if (base > 0) {
+        explanation.requester = requesterText(code - base - 1);
         explainFailure(outcome, &explanation);
     } else if (outcome == Outcome::Success) {
         explanation.meaning = QStringLiteral("success");
     } else if (outcome == Outcome::SuccessNotStored) {
         explanation.meaning =
             QStringLiteral("success of a request to another PLC, or nothing was stored");
-    } else if (code == WILL_BE_REPEATED) {
+    } else if (code == RESULT_RETRY) {
         explanation.meaning = QStringLiteral("this attempt failed and will be repeated");
-    } else if (code == UNKNOWN_REASON) {
+    } else if (code == RESULT_UNKNOWN) {
         explanation.meaning = QStringLiteral("failed for an unknown reason");
         explanation.checks = noReplyChecks();
     } else {
@@ -140,12 +138,10 @@ QString codeText(const CodeExplanation &explanation)
 
 QJsonObject codeToJson(const CodeExplanation &explanation)
 {
-    QJsonObject object{
-        {QStringLiteral("result"), explanation.code},
-        {QStringLiteral("ok"), outcomeOf(explanation.code) == Outcome::Success ||
-                                   outcomeOf(explanation.code) == Outcome::SuccessNotStored},
-        {QStringLiteral("meaning"), explanation.meaning},
-        {QStringLiteral("checks"), QJsonArray::fromStringList(explanation.checks)}};
+    QJsonObject object{{QStringLiteral("result"), explanation.code},
+                       {QStringLiteral("ok"), isSuccessCode(explanation.code)},
+                       {QStringLiteral("meaning"), explanation.meaning},
+                       {QStringLiteral("checks"), QJsonArray::fromStringList(explanation.checks)}};
     if (!explanation.requester.isEmpty())
         object.insert(QStringLiteral("requester"), explanation.requester);
     return object;

@@ -1,5 +1,7 @@
 #include "apps/kvt/trace_filter.h"
 
+#include "host/exchange_observer.h"
+
 namespace kvt
 {
 
@@ -34,7 +36,7 @@ void TraceFilter::note(const TraceRecord &record)
     if (record.is(trace::ASK))
         station_ = record.bytes(0).mid(1, 2).toInt(nullptr, 16);
     if (record.is(trace::JUDGED))
-        hasFailed_ = hasFailed_ || (record.number(1) != 1 && record.number(1) != 100);
+        hasFailed_ = hasFailed_ || !isSuccessCode(record.number(1));
 }
 
 } // namespace kvt

@@ -1,58 +1,8 @@
 // kvt poll against kvt sim, on a pseudo-terminal and over TCP.
-#include "tests/support/simulated_line.h"
+#include "tests/support/poll_run.h"
 
-#include <QJsonArray>
 #include <QRegularExpression>
 #include <QtTest>
-
-#include <algorithm>
-
-namespace
-{
-
-QStringList pollArguments(const SimulatedLine &line, const char *more)
-{
-    return line.arguments(QStringLiteral("poll ") + QString::fromLatin1(more)) +
-           QStringList{QStringLiteral("--tags"), line.tagFile()};
-}
-
-// All lines of standard output as JSON objects.
-QVector<QJsonObject> objects(KvtProcess *kvt)
-{
-    QVector<QJsonObject> result;
-    const QByteArrayList lines = kvt->output().trimmed().split('\n');
-    for (const QByteArray &line : lines)
-        result.append(QJsonDocument::fromJson(line).object());
-    return result;
-}
-
-QJsonObject tagOf(const QJsonObject &shown, const char *name)
-{
-    const QJsonArray tags = shown.value(QStringLiteral("tags")).toArray();
-    for (const QJsonValue &tag : tags)
-        if (tag.toObject().value(QStringLiteral("name")).toString() == QLatin1String(name))
-            return tag.toObject();
-    return QJsonObject();
-}
-
-// Number of tags of that quality.
-int countOf(const QJsonObject &shown, const char *quality)
-{
-    const QJsonArray tags = shown.value(QStringLiteral("tags")).toArray();
-    return static_cast<int>(std::count_if(tags.begin(), tags.end(), [&](const QJsonValue &tag) {
-        return tag[QStringLiteral("quality")].toString() == QLatin1String(quality);
-    }));
-}
-
-QJsonObject totalOf(const QJsonObject &shown)
-{
-    return shown.value(QStringLiteral("summary"))
-        .toObject()
-        .value(QStringLiteral("total"))
-        .toObject();
-}
-
-} // namespace
 
 class TestKvtPoll : public QObject
 {
@@ -65,17 +15,10 @@ private Q_SLOTS:
     void itEndsAfterTheTimeAsked();
     void ctrlCEndsWithTheSummary();
     void aDeadStationIsShownAndTold();
-    void valuesOfADeadLineAreNoSuccess();
     void valuesThatHaveGrownOldAreNoSuccess();
     void faultsAreCounted();
     void refusalsAreCountedAsSuch();
-    void useIsToldOfALineThatHasALimit();
     void oneCycleReadsEveryTagOnce();
-    void anEchoIsNamedOnce();
-    void aSecondProgramOnAServerIsSuspected();
-    void aLineThatCannotBeOpenedIsAnErrorOfItsOwn();
-    void aPortInUseIsRefusedToASecondProgram();
-    void aLineThatBreaksIsWaitedFor();
     void outputThatIsLostEndsThePoll();
     void aReaderThatGoesAwayEndsThePoll();
     void badInputIsNamed_data();
@@ -187,21 +130,6 @@ void TestKvtPoll::aDeadStationIsShownAndTold()
     QVERIFY2(errors.endsWith(" 2 of 5 tags have no good value\n"), errors.constData());
 }
 
-void TestKvtPoll::valuesOfADeadLineAreNoSuccess()
-{
-    const SimulatedLine line(SimulatedLine::Kind::Tcp,
-                             {QStringLiteral("--faults"), QStringLiteral("break=8-8:60s")});
-    KvtProcess kvt;
-    kvt.start(pollArguments(line, "--stale 100 --interval 20 --json"));
-    while (countOf(kvt.readObject(), "stale") < 5)
-        QVERIFY(kvt.isRunning());
-    kvt.interrupt();
-    QCOMPARE(kvt.finish(), 1);
-    const QByteArray errors = kvt.errors();
-    QVERIFY2(errors.contains(" the line is still down: "), errors.constData());
-    QVERIFY2(errors.endsWith(" 5 of 5 tags have no good value\n"), errors.constData());
-}
-
 // Each of the five readings takes longer than a value stays good.
 void TestKvtPoll::valuesThatHaveGrownOldAreNoSuccess()
 {
@@ -253,19 +181,6 @@ void TestKvtPoll::refusalsAreCountedAsSuch()
                 .toInt() >= 2);
 }
 
-void TestKvtPoll::useIsToldOfALineThatHasALimit()
-{
-    const SimulatedLine pty(SimulatedLine::Kind::Pty);
-    KvtProcess unlimited;
-    QCOMPARE(unlimited.run(pollArguments(pty, "--cycles 3")), 0);
-    QVERIFY(!unlimited.output().contains("line in use"));
-    const SimulatedLine tcp(SimulatedLine::Kind::Tcp,
-                            {QStringLiteral("--baud"), QStringLiteral("115200")});
-    KvtProcess limited;
-    QCOMPARE(limited.run(pollArguments(tcp, "--cycles 3 --baud 115200")), 0);
-    QVERIFY(limited.output().contains("\nline in use: "));
-}
-
 // Five tags, none of which shares a request with another.
 void TestKvtPoll::oneCycleReadsEveryTagOnce()
 {
@@ -277,84 +192,6 @@ void TestKvtPoll::oneCycleReadsEveryTagOnce()
     QCOMPARE(line.plc().finish(), 0);
     const QByteArray output = line.plc().output();
     QVERIFY2(output.contains("reads 5,"), output);
-}
-
-void TestKvtPoll::anEchoIsNamedOnce()
-{
-    const SimulatedLine line(SimulatedLine::Kind::Pty,
-                             {QStringLiteral("--faults"), QStringLiteral("echo=100%")});
-    const QByteArray echo = "the line sends back what is sent on it";
-    KvtProcess poll;
-    QCOMPARE(poll.run(pollArguments(line, "--cycles 20 --interval 20")), 0);
-    QCOMPARE(poll.errors().count(echo), 1);
-    KvtProcess read;
-    QCOMPARE(read.run(line.arguments(QStringLiteral("read D 5.2.1"))), 0);
-    QCOMPARE(read.errors().count(echo), 1);
-}
-
-// The server lets each in by hanging up on the other.
-void TestKvtPoll::aSecondProgramOnAServerIsSuspected()
-{
-    const SimulatedLine line(SimulatedLine::Kind::Tcp);
-    KvtProcess first;
-    first.start(pollArguments(line, "--json --timeout 1000"));
-    KvtProcess second;
-    second.start(pollArguments(line, "--seconds 3 --timeout 1000"));
-    QVERIFY(second.finish() >= 0);
-    const QByteArray errors = second.errors();
-    QVERIFY2(errors.contains("somebody else is probably connected to it"), errors);
-    first.interrupt();
-    QVERIFY(first.finish() >= 0);
-    KvtProcess alone;
-    QCOMPARE(alone.run(pollArguments(line, "--cycles 3 --timeout 1000")), 0);
-    QCOMPARE(alone.errors(), QByteArray());
-}
-
-void TestKvtPoll::aLineThatCannotBeOpenedIsAnErrorOfItsOwn()
-{
-    const SimulatedLine line(SimulatedLine::Kind::Pty);
-    KvtProcess kvt;
-    QCOMPARE(kvt.run({QStringLiteral("poll"), QStringLiteral("--tags"), line.tagFile(),
-                      QStringLiteral("--serial"), QStringLiteral("/nowhere/plc")}),
-             3);
-    QCOMPARE(kvt.errors(), QByteArray("kvt: /nowhere/plc: No such file or directory\n"));
-    QVERIFY(kvt.output().isEmpty());
-}
-
-void TestKvtPoll::aPortInUseIsRefusedToASecondProgram()
-{
-    const SimulatedLine line(SimulatedLine::Kind::Pty);
-    KvtProcess first;
-    first.start(pollArguments(line, "--json --interval 20 --timeout 500"));
-    while (countOf(first.readObject(), "good") < 5)
-        QVERIFY(first.isRunning());
-    const QByteArray refusal = ": in use by another program\n";
-    KvtProcess poll;
-    QCOMPARE(poll.run(pollArguments(line, "--cycles 1")), 3);
-    const QByteArray pollErrors = poll.errors();
-    QVERIFY2(pollErrors.endsWith(refusal), pollErrors.constData());
-    KvtProcess read;
-    QCOMPARE(read.run(line.arguments(QStringLiteral("read D 5.2.1"))), 3);
-    const QByteArray readErrors = read.errors();
-    QVERIFY2(readErrors.endsWith(refusal), readErrors.constData());
-    QVERIFY(read.output().isEmpty());
-    first.interrupt();
-    QCOMPARE(first.finish(), 0);
-    QCOMPARE(totalOf(objects(&first).last()).value(QStringLiteral("retries")).toInt(-1), 0);
-    KvtProcess next;
-    QCOMPARE(next.run(line.arguments(QStringLiteral("read D 5.2.1"))), 0);
-}
-
-void TestKvtPoll::aLineThatBreaksIsWaitedFor()
-{
-    const SimulatedLine line(SimulatedLine::Kind::Pty,
-                             {QStringLiteral("--faults"), QStringLiteral("break=7-7:200ms")});
-    KvtProcess kvt;
-    QCOMPARE(kvt.run(pollArguments(line, "--cycles 5")), 0);
-    const QByteArray errors = kvt.errors();
-    QVERIFY2(errors.contains(" the line is down: "), errors.constData());
-    QVERIFY2(errors.endsWith(" the line is up again\n"), errors.constData());
-    QVERIFY(kvt.output().contains("line failures: 1\n"));
 }
 
 void TestKvtPoll::outputThatIsLostEndsThePoll()

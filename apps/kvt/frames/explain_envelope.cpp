@@ -1,6 +1,7 @@
 // The envelope of the remote mode.
 #include "apps/kvt/frames/explainers.h"
 #include "apps/kvt/frames/field_reader.h"
+#include "driver/records.h"
 
 #include <numeric>
 
@@ -70,9 +71,9 @@ void explainEnvelope(const QByteArray &frame, FrameExplanation *out)
     takeLength(&reader, frame.size());
     reader.takeBinary(1, QStringLiteral("ownerId"));
     const quint32 kind = reader.takeBinary(1, QStringLiteral("rwKind"));
-    const QString action = kind == 0   ? QStringLiteral("read")
-                           : kind == 1 ? QStringLiteral("write")
-                                       : QStringLiteral("neither read nor write");
+    const QString action = kind == RW_READ    ? QStringLiteral("read")
+                           : kind == RW_WRITE ? QStringLiteral("write")
+                                              : QStringLiteral("neither read nor write");
     reader.setMeaning(QStringLiteral("%1: %2").arg(kind).arg(action));
     const quint32 plc = reader.takeBinary(1, QStringLiteral("plcNo"));
     const quint32 station = reader.takeBinary(1, QStringLiteral("station"));

@@ -2,6 +2,7 @@
 #include "apps/kvt/frames/explainers.h"
 #include "apps/kvt/frames/field_reader.h"
 #include "apps/kvt/frames/frame_text.h"
+#include "driver/records.h"
 
 #include <algorithm>
 
@@ -13,7 +14,6 @@ namespace
 
 constexpr int READ_REQUEST_bytes = 8;
 constexpr int BYTES_AROUND_DATA = 4;
-constexpr int ELEMENTS = 70;
 constexpr int ELEMENTS_PER_FIELD = 10;
 
 QString signedText(int word)
@@ -23,7 +23,7 @@ QString signedText(int word)
 
 bool answersWrite(const QByteArray &request)
 {
-    return request.startsWith(BYTE_ENQ) && request.size() > READ_REQUEST_bytes;
+    return request.startsWith(FRAME_ENQ) && request.size() > READ_REQUEST_bytes;
 }
 
 QString takeByte(FieldReader *reader, const QByteArray &request)
@@ -50,7 +50,7 @@ QString takeWord(FieldReader *reader)
 
 QString takeBlock(FieldReader *reader)
 {
-    for (int first = 0; first < ELEMENTS; first += ELEMENTS_PER_FIELD) {
+    for (int first = 0; first < BLOCK_ELEMENTS; first += ELEMENTS_PER_FIELD) {
         const QString name =
             QStringLiteral("elements %1-%2").arg(first).arg(first + ELEMENTS_PER_FIELD - 1);
         const QByteArray digits = reader->take(2 * ELEMENTS_PER_FIELD, name);
@@ -64,7 +64,7 @@ QString takeBlock(FieldReader *reader)
             reader->addProblem(
                 QStringLiteral("%1: not all are upper-case hexadecimal digits").arg(name));
     }
-    return QStringLiteral("block of 70 values of area C");
+    return QStringLiteral("block of %1 values of area C").arg(BLOCK_ELEMENTS);
 }
 
 QString takeData(FieldReader *reader, int frameSize, const QByteArray &request)
@@ -74,7 +74,7 @@ QString takeData(FieldReader *reader, int frameSize, const QByteArray &request)
         return takeByte(reader, request);
     case 4:
         return takeWord(reader);
-    case 2 * ELEMENTS:
+    case 2 * BLOCK_ELEMENTS:
         return takeBlock(reader);
     default:
         reader->take(std::max(reader->left() - 1, 0), QStringLiteral("data"));
@@ -87,7 +87,7 @@ QString takeData(FieldReader *reader, int frameSize, const QByteArray &request)
 
 void compareStations(int station, const QByteArray &request, FieldReader *reader)
 {
-    const int asked = request.startsWith(BYTE_ENQ) ? hexNumber(request.mid(1, 2)) : -1;
+    const int asked = request.startsWith(FRAME_ENQ) ? hexNumber(request.mid(1, 2)) : -1;
     if (asked >= 0 && station >= 0 && asked != station)
         reader->addProblem(
             QStringLiteral("the request was for station %1, the reply names station %2")
@@ -112,7 +112,7 @@ void explainRefusal(const QByteArray &frame, const QByteArray &request, FrameExp
 
 void explainReply(const QByteArray &frame, const QByteArray &request, FrameExplanation *out)
 {
-    if (frame.startsWith(BYTE_NAK)) {
+    if (frame.startsWith(FRAME_NAK)) {
         explainRefusal(frame, request, out);
     } else {
         FieldReader reader(frame, out);

@@ -1,6 +1,7 @@
 #include "apps/kvt/frames/field_reader.h"
 
 #include "apps/kvt/frames/frame_text.h"
+#include "driver/records.h"
 
 namespace kvt
 {
@@ -46,7 +47,7 @@ quint32 FieldReader::takeBinary(int count, const QString &name)
 
 void FieldReader::takeEnd()
 {
-    if (take(1, QStringLiteral("CR"), QStringLiteral("end")) != QByteArray(1, BYTE_CR)) {
+    if (take(1, QStringLiteral("CR"), QStringLiteral("end")) != QByteArray(1, FRAME_CR)) {
         if (!explanation_->fields.isEmpty() &&
             explanation_->fields.last().name == QLatin1String("CR")) {
             explanation_->fields.last().name = QStringLiteral("end");

@@ -3,6 +3,7 @@
 #include "apps/kvt/frames/explainers.h"
 #include "apps/kvt/frames/field_reader.h"
 #include "apps/kvt/frames/frame_text.h"
+#include "driver/records.h"
 
 #include <QJsonArray>
 
@@ -28,9 +29,9 @@ FrameExplanation explainFrame(const QByteArray &frame, const QByteArray &request
 {
     FrameExplanation explanation;
     const bool isText = !isEnvelope(frame);
-    if (isText && frame.startsWith(BYTE_ENQ))
+    if (isText && frame.startsWith(FRAME_ENQ))
         explainRequest(frame, tags, &explanation);
-    else if (isText && (frame.startsWith(BYTE_ACK) || frame.startsWith(BYTE_NAK)))
+    else if (isText && (frame.startsWith(FRAME_ACK) || frame.startsWith(FRAME_NAK)))
         explainReply(frame, request, &explanation);
     else if (hasEnvelopeLength(frame))
         explainEnvelope(frame, &explanation);

@@ -8,11 +8,6 @@
 namespace kvt
 {
 
-constexpr char BYTE_ENQ = 0x05;
-constexpr char BYTE_ACK = 0x06;
-constexpr char BYTE_CR = 0x0D;
-constexpr char BYTE_NAK = 0x15;
-
 /// The number of upper-case hexadecimal digits; -1 when they are none.
 int hexNumber(const QByteArray &digits);
 

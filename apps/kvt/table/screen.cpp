@@ -127,7 +127,7 @@ Screen::~Screen()
     sizeNotifier_.reset();
     close(sizeSignal_);
     if (isTaken_) {
-        tcflow(STDOUT_FILENO, TCOON); // Ctrl-S holds nobody up
+        ioctl(STDOUT_FILENO, TCXONC, TCOON); // Ctrl-S holds nobody up
         takesOutput() ? endwin() : reset_shell_mode();
     }
     const sigset_t signals = sizeSignals();

@@ -14,7 +14,6 @@ namespace
 
 const int LISTS = draws(1000);
 const int REQUESTS = draws(50000);
-const int QUEUE_LIMIT = 1024;
 
 int plainPart(const QString &text, int index)
 {
@@ -59,7 +58,7 @@ RW_VAR plainEntry(const HOST_VAR &hostVar, const ComInfo &info)
                         ? plainBlock(hostVar.addressText)
                         : plainAddress(hostVar.areaType, hostVar.addressText);
     entry.station = hostVar.station;
-    entry.count = hostVar.areaType == AREA_C ? 70 : 1;
+    entry.count = hostVar.areaType == AREA_C ? BLOCK_ELEMENTS : 1;
     return entry;
 }
 
@@ -137,20 +136,20 @@ bool sameVariable(const RW_VAR &left, const RW_VAR &right)
 
 int plainAddWrite(QList<RW_VAR> &queue, const RW_VAR &var, int mode)
 {
-    for (int i = 1; mode != 1 && i < queue.size(); ++i) {
+    for (int i = 1; mode != LIST_APPEND && i < queue.size(); ++i) {
         if (sameVariable(queue.at(i), var)) {
             queue[i] = var;
             return queue.size();
         }
     }
-    if (mode == 1 || queue.size() < QUEUE_LIMIT)
+    if (mode == LIST_APPEND || queue.size() < QUEUE_LIMIT)
         queue.append(var);
     return queue.size();
 }
 
 int plainAddOnceRead(QList<RW_VAR> &queue, RW_VAR &var, int mode, const ComInfo &info)
 {
-    if (mode != 1) {
+    if (mode != LIST_APPEND) {
         const int address = plainAddress(var.areaType, var.addressText);
         if (address < 0)
             return 0;
@@ -158,14 +157,14 @@ int plainAddOnceRead(QList<RW_VAR> &queue, RW_VAR &var, int mode, const ComInfo 
         var.reserved13 = 0;
         var.station = info.purgeByStation == 0 ? info.defaultStation : var.station;
         var.address = var.areaType == AREA_C ? plainBlock(var.addressText) : address;
-        var.count = var.areaType == AREA_C ? 70 : 1;
+        var.count = var.areaType == AREA_C ? BLOCK_ELEMENTS : 1;
         for (const RW_VAR &queued : queue) {
             if (queued.ownerId == var.ownerId && queued.ownerSubId == var.ownerSubId &&
                 sameVariable(queued, var))
                 return queue.size();
         }
     }
-    if (mode == 1 || queue.size() < QUEUE_LIMIT)
+    if (mode == LIST_APPEND || queue.size() < QUEUE_LIMIT)
         queue.append(var);
     return queue.size();
 }
@@ -225,7 +224,7 @@ private Q_SLOTS:
             const Protocol *request = ComCommunication();
             QCOMPARE(request->var.address, expected.first().address);
             QByteArray answer = answerTo(*request);
-            QCOMPARE(DataCom(&answer, answer.size())->result, 1);
+            QCOMPARE(DataCom(&answer, answer.size())->result, qint32(RESULT_SUCCESS));
             expected.append(expected.takeFirst());
             if (i % 50 == 0)
                 QCOMPARE(addresses(PLC_driver.readList), addresses(expected));

@@ -1,17 +1,9 @@
-// Every way in which a reply can end.
+// Every way in which an exchange can go well.
 #include "tests/support/engine_bench.h"
 
 #include <QtTest>
 
 using namespace kvt;
-
-namespace
-{
-
-const QByteArray REFUSAL("\x15"
-                         "01\r");
-
-} // namespace
 
 class TestExchangeEngine : public QObject
 {
@@ -24,20 +16,10 @@ private Q_SLOTS:
     void theRotationComesRound();
     void aReplyIsCompleteAtCarriageReturn();
     void carriageReturnEndsNothingInRemoteMode();
-    void noReplyEndsAtTheTimeout();
-    void theTimeoutOfABlockCountsItsLength();
     void aLineWithoutAPaceMayStillBeSendingTheRequest();
     void aReplyThatHasBegunIsNotCutOffAtTheTimeout();
-    void aGapInsideAReplyEndsIt();
-    void aReplyWithoutCarriageReturnFails();
-    void aRefusalCountsOnceNothingCanFollowIt();
-    void aReplyBehindARefusalMakesBothWorthless();
-    void halfARefusalIsABadReply();
-    void aFailedAttemptIsRepeatedUpToTheLimit();
-    void aStationCanHaveTimingOfItsOwn();
     void aGapAfterTheReplyIsKeptWhereAStationNeedsOne();
     void anyLengthEndsAtCarriageReturn();
-    void anyLengthEndsAtAGap();
     void noExpectedReplyEndsAtOnce();
     void anIdleEngineAsksAgain();
     void anIdleEngineIsWokenUpByAnyCall();
@@ -132,32 +114,6 @@ void TestExchangeEngine::carriageReturnEndsNothingInRemoteMode()
     QVERIFY(!bench.log.ended[0].doubtful);
 }
 
-void TestExchangeEngine::noReplyEndsAtTheTimeout()
-{
-    EngineBench bench(TWO_WORDS, 0);
-    bench.settings.paced = true;
-    bench.bringUp();
-    bench.send();
-    QCOMPARE(bench.left_ms(), 58);
-    bench.passDeadline();
-    QCOMPARE(bench.log.ended.size(), 1);
-    QCOMPARE(bench.log.ended[0].end, AttemptEnd::NoReply);
-    QCOMPARE(bench.log.ended[0].resultCode, 41);
-    QCOMPARE(bench.take(), QByteArray());
-    QCOMPARE(bench.left_ms(), 58);
-    bench.passDeadline();
-    QCOMPARE(bench.take(), SECOND_REQUEST);
-}
-
-void TestExchangeEngine::theTimeoutOfABlockCountsItsLength()
-{
-    EngineBench bench({{AREA_C, 1, "7.0.1.4"}});
-    bench.settings.paced = true;
-    bench.bringUp();
-    bench.send();
-    QCOMPARE(bench.left_ms(), 50 + 144);
-}
-
 void TestExchangeEngine::aLineWithoutAPaceMayStillBeSendingTheRequest()
 {
     EngineBench bench(TWO_WORDS, 0);
@@ -179,116 +135,6 @@ void TestExchangeEngine::aReplyThatHasBegunIsNotCutOffAtTheTimeout()
     bench.receive(3, REPLY.mid(4));
     QCOMPARE(bench.log.ended.size(), 1);
     QCOMPARE(bench.log.ended[0].resultCode, 1);
-}
-
-void TestExchangeEngine::aGapInsideAReplyEndsIt()
-{
-    EngineBench bench(TWO_WORDS, 0);
-    bench.bringUp();
-    bench.send();
-    bench.receive(5, REPLY.left(7));
-    QCOMPARE(bench.left_ms(), 4);
-    bench.passDeadline();
-    QCOMPARE(bench.log.ended.size(), 1);
-    QCOMPARE(bench.log.ended[0].end, AttemptEnd::BrokenOff);
-    QCOMPARE(bench.log.ended[0].resultCode, 71);
-    QCOMPARE(bench.log.ended[0].receivedBytes, 7);
-    QCOMPARE(bench.left_ms(), 8 + 58 - 9 + 58);
-}
-
-void TestExchangeEngine::aReplyWithoutCarriageReturnFails()
-{
-    EngineBench bench(TWO_WORDS, 0);
-    bench.bringUp();
-    bench.send();
-    bench.receive(8, QByteArray("\x06"
-                                "01123456"));
-    QCOMPARE(bench.log.ended.size(), 1);
-    QCOMPARE(bench.log.ended[0].resultCode, 41);
-    QCOMPARE(bench.log.stale, 1);
-    QCOMPARE(bench.word(1, "5.2.1"), QByteArray::fromHex("0000"));
-}
-
-void TestExchangeEngine::aRefusalCountsOnceNothingCanFollowIt()
-{
-    EngineBench bench(TWO_WORDS, 1);
-    bench.bringUp();
-    bench.send();
-    bench.receive(6, REFUSAL);
-    QCOMPARE(bench.log.ended.size(), 0);
-    QCOMPARE(bench.left_ms(), 8 + 58 - 6);
-    bench.passDeadline();
-    QCOMPARE(bench.log.ended[0].end, AttemptEnd::Refused);
-    QCOMPARE(bench.log.ended[0].resultCode, 0);
-    QCOMPARE(bench.left_ms(), 58);
-    bench.passDeadline();
-    QCOMPARE(bench.send(), FIRST_REQUEST);
-    bench.receive(6, REFUSAL);
-    bench.passDeadline();
-    QCOMPARE(bench.log.ended[1].number, 2);
-    QCOMPARE(bench.log.ended[1].resultCode, 71);
-    bench.passDeadline();
-    QCOMPARE(bench.take(), SECOND_REQUEST);
-}
-
-void TestExchangeEngine::aReplyBehindARefusalMakesBothWorthless()
-{
-    EngineBench bench(TWO_WORDS, 0);
-    bench.bringUp();
-    bench.send();
-    bench.receive(6, REFUSAL);
-    bench.receive(20, REPLY);
-    QCOMPARE(bench.log.ended[0].end, AttemptEnd::Disturbed);
-    QCOMPARE(bench.log.ended[0].resultCode, 41);
-    QCOMPARE(bench.log.stale, 8);
-    QCOMPARE(bench.left_ms(), 8 + 58 - 26 + 58);
-}
-
-void TestExchangeEngine::halfARefusalIsABadReply()
-{
-    EngineBench bench(TWO_WORDS, 0);
-    bench.bringUp();
-    bench.send();
-    // As noise can have it; the true reply is behind it and must not meet the next request.
-    bench.receive(6, QByteArray("\x15\r"));
-    QCOMPARE(bench.log.ended[0].end, AttemptEnd::Replied);
-    QCOMPARE(bench.log.ended[0].resultCode, 71);
-    QCOMPARE(bench.left_ms(), 8 + 58 - 6 + 58);
-    bench.receive(5, REPLY);
-    QCOMPARE(bench.log.late, 8);
-}
-
-void TestExchangeEngine::aFailedAttemptIsRepeatedUpToTheLimit()
-{
-    EngineBench bench(TWO_WORDS, 2);
-    bench.bringUp();
-    for (int attempt = 1; attempt <= 3; ++attempt) {
-        QCOMPARE(bench.send(), FIRST_REQUEST);
-        bench.passDeadline();
-        QCOMPARE(bench.log.ended.last().number, attempt);
-        QCOMPARE(bench.log.ended.last().resultCode, attempt < 3 ? 0 : 41);
-        bench.passDeadline();
-    }
-    QCOMPARE(bench.send(), SECOND_REQUEST);
-    QCOMPARE(bench.log.chosen.size(), 2);
-}
-
-void TestExchangeEngine::aStationCanHaveTimingOfItsOwn()
-{
-    EngineBench bench({{AREA_D, 1, "5.2.1"}, {AREA_D, 2, "5.2.1"}}, 0);
-    StationTiming slow;
-    slow.replyTimeout_ns = 700 * EngineBench::MS;
-    slow.quietTime_ns = 300 * EngineBench::MS;
-    bench.settings.stations.insert(2, slow);
-    bench.settings.paced = true;
-    bench.bringUp();
-    bench.send();
-    QCOMPARE(bench.left_ms(), 58);
-    bench.receive(8, REPLY);
-    bench.send();
-    QCOMPARE(bench.left_ms(), 700);
-    bench.passDeadline();
-    QCOMPARE(bench.left_ms(), 300);
 }
 
 void TestExchangeEngine::aGapAfterTheReplyIsKeptWhereAStationNeedsOne()
@@ -322,22 +168,6 @@ void TestExchangeEngine::anyLengthEndsAtCarriageReturn()
     QCOMPARE(bench.log.ended.size(), 1);
     QCOMPARE(bench.log.ended[0].receivedBytes, 12);
     QCOMPARE(bench.log.ended[0].resultCode, 1);
-}
-
-void TestExchangeEngine::anyLengthEndsAtAGap()
-{
-    EngineBench bench(TWO_WORDS, 0);
-    bench.library.api().ComCommunication()->expectedReplyLength = -1;
-    bench.settings.paced = true;
-    bench.bringUp();
-    bench.send();
-    QCOMPARE(bench.left_ms(), 50);
-    bench.receive(8, QByteArray("\x06"
-                                "01"));
-    bench.passDeadline();
-    QCOMPARE(bench.log.ended.size(), 1);
-    QCOMPARE(bench.log.ended[0].end, AttemptEnd::BrokenOff);
-    QCOMPARE(bench.log.ended[0].resultCode, 11);
 }
 
 void TestExchangeEngine::noExpectedReplyEndsAtOnce()
