@@ -9,11 +9,18 @@ namespace kvt
 namespace
 {
 
+// std::lgamma leaves the sign in a variable that all threads share.
+double logFactorial(double n)
+{
+    int sign = 0;
+    return lgamma_r(n + 1, &sign);
+}
+
 double logChoose(quint64 from, quint64 count)
 {
     const auto n = static_cast<double>(from);
     const auto k = static_cast<double>(count);
-    return std::lgamma(n + 1) - std::lgamma(k + 1) - std::lgamma(n - k + 1);
+    return logFactorial(n) - logFactorial(k) - logFactorial(n - k);
 }
 
 } // namespace
