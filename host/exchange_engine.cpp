@@ -3,6 +3,7 @@
 #include "host/line_tap.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace kvt
 {
@@ -110,8 +111,7 @@ bool ExchangeEngine::takeRequest(QByteArray *out)
 {
     if (toSend_.isEmpty())
         return false;
-    *out = toSend_;
-    toSend_.clear();
+    *out = std::exchange(toSend_, QByteArray());
     return true;
 }
 
@@ -321,17 +321,14 @@ void ExchangeEngine::noteSteps(Attempt *attempt)
 // nothing behind it is the answer; behind anything else it may still be on its way.
 qint64 ExchangeEngine::silenceEnd_ns(const Attempt &attempt)
 {
-    const int station = request_.station;
-    const qint64 answered_ns = std::max(attempt.endedAt_ns, replyDue_ns_) +
-                               settings_.quietTime_ns(station, request_.expectedLength);
-    if (!attempt.isSuccess()) {
-        if (attempt.end != AttemptEnd::Refused && attempt.end != AttemptEnd::BrokenOff)
-            replyOutstanding_ = true;
-        return answered_ns;
-    }
     // An earlier attempt may have been answered just now, and this one still be.
-    return replyOutstanding_ ? answered_ns
-                             : attempt.endedAt_ns + settings_.timingOf(station).gapAfterReply_ns;
+    if (attempt.isSuccess() && !replyOutstanding_)
+        return attempt.endedAt_ns + settings_.timingOf(request_.station).gapAfterReply_ns;
+    if (attempt.end == AttemptEnd::NoReply || attempt.end == AttemptEnd::Foreign ||
+        attempt.end == AttemptEnd::Disturbed)
+        replyOutstanding_ = true;
+    return std::max(attempt.endedAt_ns, replyDue_ns_) +
+           settings_.quietTime_ns(request_.station, request_.expectedLength);
 }
 
 void ExchangeEngine::hold(qint64 until_ns, DroppedBytes meaning)

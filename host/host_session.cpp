@@ -68,6 +68,7 @@ int HostSession::post(Command command)
     lastId_ = lastId_ == std::numeric_limits<int>::max() ? 1 : lastId_ + 1;
     command.id = lastId_;
     commands_.append(command);
+    haveCommands_ = true;
     // From here on a reading on its way may be older than the write.
     if (command.isWrite && isTag(command.tag))
         values_.writeRequested(index_.cellOf(command.tag));
@@ -98,10 +99,13 @@ void HostSession::beforeRequest(qint64 now_ns)
 {
     for (const int station : supervisor_.takeDueProbes(now_ns))
         api_.EnCommStation(station, 1);
+    if (!haveCommands_)
+        return;
     QVector<Command> commands;
     {
         const std::lock_guard<std::mutex> lock(mutex_);
         commands.swap(commands_);
+        haveCommands_ = false;
     }
     for (const Command &command : std::as_const(commands))
         run(command);

@@ -12,6 +12,7 @@
 
 #include <QSet>
 
+#include <atomic>
 #include <mutex>
 
 namespace kvt
@@ -131,6 +132,8 @@ private:
     QVector<Unproven> unproven_;  // in the order of their replies
     QSet<int> doubtfulStations_;  // that have been reported
     QByteArray reading_{2, '\0'}; // what the driver fills in, kept so that none is made for each
+
+    std::atomic<bool> haveCommands_{false}; // spares the lock ahead of most requests
 
     mutable std::mutex mutex_; // the members below; never held while calling out
     ValueTable values_;

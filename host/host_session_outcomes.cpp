@@ -44,7 +44,7 @@ void HostSession::requestFailed(const Attempt &attempt)
 
 void HostSession::storeReadings(const ReadKey &key, const Attempt &attempt)
 {
-    const QVector<int> cells = index_.cellsRead(key);
+    const QVector<int> &cells = index_.cellsRead(key);
     for (const int cell : cells)
         storeReading(cell, attempt);
 }

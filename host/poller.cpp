@@ -144,26 +144,22 @@ void Poller::serveOpening(bool lineReady)
 
 void Poller::serveOpenLine(bool lineReady)
 {
-    if (lineReady && !readLine()) {
+    char bytes[4096];
+    const int count = lineReady ? line_->read(bytes, sizeof bytes) : 0;
+    if (count < 0) {
         closeLine(QStringLiteral("the other end is gone"));
         return;
+    }
+    const qint64 now_ns = monotonicNow_ns();
+    if (count > 0) {
+        session_.engine().received(now_ns, bytes, count);
+        reopenPause_ns_ = settings_.firstReopen_ns;
     }
     // A request that is due leaves before anything else is looked at.
     if (!sendRequests())
         return;
-    session_.engine().deadlineReached(monotonicNow_ns());
+    session_.engine().deadlineReached(now_ns);
     sendRequests();
-}
-
-bool Poller::readLine()
-{
-    char bytes[4096];
-    const int count = line_->read(bytes, sizeof bytes);
-    if (count > 0) {
-        session_.engine().received(monotonicNow_ns(), bytes, count);
-        reopenPause_ns_ = settings_.firstReopen_ns;
-    }
-    return count >= 0;
 }
 
 // Returns false when the line broke.

@@ -76,7 +76,6 @@ private:
     void serve(bool lineReady);
     void serveOpening(bool lineReady);
     void serveOpenLine(bool lineReady);
-    bool readLine();
     bool sendRequests();
     void open();
     void followOpening(Opening (Line::*step)(QString *));

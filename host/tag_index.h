@@ -43,7 +43,11 @@ public:
     ReadKey readKeyOf(int cell) const { return keyOfCell_.at(cell); }
 
     /// The cells that one request reads; empty when it is none of these tags'.
-    QVector<int> cellsRead(const ReadKey &key) const { return byKey_.value(key); }
+    const QVector<int> &cellsRead(const ReadKey &key) const
+    {
+        const auto found = byKey_.constFind(key);
+        return found == byKey_.constEnd() ? noCells_ : *found;
+    }
 
     /// The cells of one station.
     QVector<int> cellsOfStation(int station) const { return byStation_.value(station); }
@@ -59,6 +63,7 @@ private:
     QVector<ReadKey> keyOfCell_;
     QHash<ReadKey, int> cellByAddress_;
     QHash<ReadKey, QVector<int>> byKey_;
+    QVector<int> noCells_; // what an unknown request reads
     QHash<int, QVector<int>> byStation_;
 };
 

@@ -16,8 +16,8 @@ def _poll(name, script, when="1/10", tags="mixed", least=0, physics=""):
     return Row(name, "poll", rules, tags, least, physics)
 
 
-def _read(name, script, when="all", least=0):
-    return Row(name, "read", ((script, when),), "mixed", least, "")
+def _read(name, script, when="all", least=0, physics=""):
+    return Row(name, "read", ((script, when),), "mixed", least, physics)
 
 
 def _write(name, script, when="all", least=0, physics=""):
@@ -26,6 +26,7 @@ def _write(name, script, when="all", least=0, physics=""):
 
 LATE = "nothing but time tells a reply of that station and length from the true one"
 LATE_DUPLICATE = "a repetition behind the next request looks like its answer"
+KEPT_BACK = "a line that keeps one reply back until the next request, among replies alike"
 ANY = "1/10"
 
 WELL_BEHAVED = [
@@ -140,7 +141,7 @@ BROKEN = [
 SHIFTED = [
     _poll("each answers the one before", "P", "all"),
     _poll("each answers the one before, alike", "P", "all", tags="alike",
-          physics="a line that keeps one reply back always, among replies alike"),
+          physics=KEPT_BACK),
     _poll("from 100 on the one before", "P", "100-999999"),
     _poll("a bit of everything", [
         ("", "1%"), ("@1.5T R", "1%"), ("R[0:5]", "1%"), ("R R", "1%"), ("F", "1%"),
@@ -160,7 +161,7 @@ READS = [
     _read("read: last twice, 50 ms between", "R @50 R", "12"),
     _read("read: last twice, 90 ms between", "R @90 R", "12"),
     _read("read: last lost, 3 late", "@3T R", "12-14"),
-    _read("read: each answers the one before", "P"),
+    _read("read: each answers the one before", "P", physics=KEPT_BACK),
 ]
 WRITES = [
     _write("write: nothing wrong", "R", least=100),
@@ -192,7 +193,13 @@ MUST_BE_ZERO = [
     "ahead: 00FF55", "refused", "refused with a reason", "NAK alone", "NAK CR",
     "NAK of another station", "endless digits", "read: nothing wrong", "write: nothing wrong",
     "write: zz in the acknowledgement", "write: lost", "write: cut before CR",
-    "write: one byte short", "write: a word's reply", "write: NAK alone", "write: 06 0D"]
+    "write: one byte short", "write: a word's reply", "write: NAK alone", "write: 06 0D",
+    "another station instead", "another station always", "another station ahead",
+    "another station always ahead", "ahead: 15 0D", "ahead: 15 0D, 1 of 100", "within: 0D",
+    "behind: 15 0D", "digits zz", "digits zz always", "lower case", "all twice",
+    "refused, the reply 5 ms behind", "endless true replies", "late, 1.9 time-outs",
+    "a bit of everything", "read: another station", "read: digits zz", "read: 15 0D ahead of all",
+    "write: another station", "write: NAK of another station", "write: random"]
 
 
 def must_be_zero():
