@@ -194,12 +194,9 @@ MUST_BE_ZERO = [
     "NAK of another station", "endless digits", "read: nothing wrong", "write: nothing wrong",
     "write: zz in the acknowledgement", "write: lost", "write: cut before CR",
     "write: one byte short", "write: a word's reply", "write: NAK alone", "write: 06 0D",
-    "another station instead", "another station always", "another station ahead",
-    "another station always ahead", "ahead: 15 0D", "ahead: 15 0D, 1 of 100", "within: 0D",
-    "behind: 15 0D", "digits zz", "digits zz always", "lower case", "all twice",
-    "refused, the reply 5 ms behind", "endless true replies", "late, 1.9 time-outs",
-    "a bit of everything", "read: another station", "read: digits zz", "read: 15 0D ahead of all",
-    "write: another station", "write: NAK of another station", "write: random"]
+    "another station instead", "another station always", "ahead: 15 0D, 1 of 100",
+    "digits zz always", "read: another station", "read: digits zz", "write: another station",
+    "write: NAK of another station", "write: random"]
 
 
 def must_be_zero():
