@@ -213,6 +213,7 @@ void ExchangeEngine::replyComplete(qint64 now_ns)
         endAttempt(now_ns, AttemptEnd::Replied);
     } else if (isRefusal(request_, reply)) {
         state_ = State::Refused;
+        refusedAt_ns_ = now_ns;
         deadline_ns_ = std::max(now_ns, replyDue_ns_);
     } else {
         const ReplyJudge::Verdict verdict = judge_.judge(request_, reply);
@@ -272,7 +273,8 @@ void ExchangeEngine::endAttempt(qint64 now_ns, AttemptEnd end, bool doubtful)
     attempt.doubtful = doubtful;
     attempt.receivedBytes = reply_.bytes().size();
     attempt.sentAt_ns = sentAt_ns_;
-    attempt.endedAt_ns = now_ns;
+    // A refusal is waited behind, but that is not the station's time.
+    attempt.endedAt_ns = end == AttemptEnd::Refused ? refusedAt_ns_ : now_ns;
 
     const RW_VAR *reply = handOver(end);
     attempt.resultCode = reply->result;

@@ -97,6 +97,7 @@ private:
     qint64 deadline_ns_ = NEVER;
     qint64 sentAt_ns_ = 0;
     qint64 replyBegan_ns_ = 0; // first byte of the reply
+    qint64 refusedAt_ns_ = 0;  // last byte of a refusal
     qint64 replyDue_ns_ = 0;   // latest time for the reply to begin
     qint64 pauseBegan_ns_ = 0;
     qint64 holdLimit_ns_ = 0;                      // bytes extend a silence up to here

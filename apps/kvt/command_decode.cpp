@@ -145,6 +145,8 @@ int decodeTrace(const QString &path, const DecodeOptions &options)
     TraceText trace(options.tags, reader.startedAt());
     TraceFilter filter(options.selection);
     TraceRecord record;
+    if (!options.json)
+        printOut(trace.firstLine());
     while (!outputFailed() && reader.next(&record))
         printOut(filter.take(record, options.json ? jsonOf(&trace, record) : trace.line(record)));
     printOut(filter.finish());

@@ -38,14 +38,6 @@ QString ageText(const CellValue &value, qint64 now_ns)
     return roughTimeText(std::max<qint64>(now_ns - value.readAt_ns, 0));
 }
 
-QString resultOf(const TagResult &result, bool isOff)
-{
-    const QString text = resultText(result);
-    if (!isOff)
-        return text;
-    return text.isEmpty() ? QStringLiteral("off") : QStringLiteral("off: ") + text;
-}
-
 } // namespace
 
 LiveView::LiveView(const QVector<Tag> &tags)
@@ -114,7 +106,7 @@ TableRow LiveView::row(int tag, const Snapshot &snapshot) const
     row.cell(Column::Quality) = qualityName(value.quality);
     row.cell(Column::Age) = ageText(value, snapshot.at_ns);
     row.cell(Column::Result) =
-        resultOf(snapshot.results.at(tag), snapshot.stationsOff.contains(description.station));
+        resultText(snapshot.results.at(tag), snapshot.stationsOff.contains(description.station));
     return row;
 }
 

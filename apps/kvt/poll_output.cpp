@@ -78,8 +78,10 @@ void PollOutput::showLines(const Snapshot &snapshot)
     QString text;
     for (int i = 0; i < tags_.size(); ++i) {
         const CellValue &value = snapshot.values.at(i);
+        const bool isOff = snapshot.stationsOff.contains(tags_.at(i).station);
         const QStringList words = {tags_.at(i).name, valueText(tags_.at(i), value),
-                                   qualityName(value.quality), resultText(snapshot.results.at(i))};
+                                   qualityName(value.quality),
+                                   resultText(snapshot.results.at(i), isOff)};
         const QString line = words.join(QStringLiteral("  "));
         if (line != shown_.at(i))
             text += time + QStringLiteral("  ") + line + QLatin1Char('\n');

@@ -139,9 +139,14 @@ void PollWatcher::stationDoubtful(int station)
 
 void PollWatcher::outOfStep()
 {
-    if (verbose_)
-        printEvent(QStringLiteral("replies came that nobody had asked for; values since the last "
-                                  "check are suspect until they are read again"));
+    const int times = outOfStep_.happened(monotonicNow_ns());
+    if (!verbose_ || times == 0)
+        return;
+    const QString count =
+        times > 1 ? QStringLiteral(" (%1 times since this was told last)").arg(times) : QString();
+    printEvent(QStringLiteral("bytes came that nobody had asked for; values since the last check "
+                              "are suspect until they are read again") +
+               count);
 }
 
 } // namespace kvt

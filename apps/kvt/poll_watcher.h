@@ -2,6 +2,7 @@
 #ifndef KVT_APPS_KVT_POLL_WATCHER_H
 #define KVT_APPS_KVT_POLL_WATCHER_H
 
+#include "apps/kvt/common/repeated_news.h"
 #include "apps/kvt/line_findings.h"
 #include "apps/kvt/scan_counter.h"
 #include "apps/kvt/tag_results.h"
@@ -51,7 +52,8 @@ private:
     int lastScan_;
     bool verbose_;
     bool isTcp_;
-    RivalWatch rival_;                         // polling thread
+    RivalWatch rival_; // polling thread
+    RepeatedNews outOfStep_;
     AttemptEnd lastEnd_ = AttemptEnd::Replied; // of the latest attempt; polling thread
     int lastResult_ = 0;
 

@@ -15,19 +15,30 @@ QString TraceFilter::take(const TraceRecord &record, const QString &text)
     exchange_ = record.exchange;
     note(record);
     text_ += text;
+    if (isEvent(record))
+        events_ += text;
     return before;
 }
 
 QString TraceFilter::finish()
 {
-    const bool wanted = exchange_ >= selection_.first && exchange_ <= selection_.last &&
-                        (selection_.station < 0 || selection_.station == station_) &&
+    const bool isInRange = exchange_ >= selection_.first && exchange_ <= selection_.last;
+    const bool wanted = (selection_.station < 0 || selection_.station == station_) &&
                         (hasFailed_ || !selection_.failures);
-    const QString text = wanted ? text_ : QString();
+    const QString text = wanted ? text_ : events_;
     text_.clear();
+    events_.clear();
     station_ = -1;
     hasFailed_ = false;
-    return text;
+    return isInRange ? text : QString();
+}
+
+bool TraceFilter::isEvent(const TraceRecord &record) const
+{
+    if (record.is(trace::STATION))
+        return selection_.station < 0 || record.number(0) < 0 ||
+               record.number(0) == selection_.station;
+    return record.is(trace::LINE) || record.is(trace::LOST) || record.is(trace::CONTINUED);
 }
 
 void TraceFilter::note(const TraceRecord &record)

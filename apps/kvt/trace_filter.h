@@ -21,7 +21,8 @@ struct TraceSelection {
     bool isAll() const { return station < 0 && !failures && first == 0; }
 };
 
-/// Keeps the text of an exchange until it is known whether it is asked for.
+/// Keeps the text of an exchange until it is known whether it is asked for. What happened to the
+/// line, to the recording or to the stations meanwhile passes with any exchange.
 class TraceFilter
 {
 public:
@@ -36,12 +37,14 @@ public:
 
 private:
     void note(const TraceRecord &record);
+    bool isEvent(const TraceRecord &record) const;
 
     TraceSelection selection_;
     int exchange_ = 0;
     int station_ = -1;
     bool hasFailed_ = false;
     QString text_;
+    QString events_; // the part of it that concerns more than the exchange
 };
 
 } // namespace kvt

@@ -54,6 +54,11 @@ QString endText(const TraceRecord &record)
     return TEXTS.value(record.words.at(0), QString::fromLatin1(record.words.at(0)));
 }
 
+QString lineText(const QString &stamp, int exchange, const QString &text)
+{
+    return QStringLiteral("%1 %2  %3\n").arg(stamp, 12).arg(exchange, 6).arg(text);
+}
+
 QString joined(const TraceRecord &record)
 {
     return QString::fromLatin1(record.words.join(' '));
@@ -61,16 +66,21 @@ QString joined(const TraceRecord &record)
 
 } // namespace
 
+QString TraceText::firstLine() const
+{
+    return startedAt_.isValid()
+               ? lineText(QStringLiteral("0.000000"), 0,
+                          QStringLiteral("the run began at ") + isoTime(startedAt_))
+               : QString();
+}
+
 QString TraceText::line(const TraceRecord &record)
 {
     note(record);
     const QString text = textOf(record);
     if (text.isEmpty())
         return QString();
-    return QStringLiteral("%1 %2  %3\n")
-        .arg(QString::fromLatin1(record.stamp), 12)
-        .arg(record.exchange, 6)
-        .arg(text);
+    return lineText(QString::fromLatin1(record.stamp), record.exchange, text);
 }
 
 QJsonObject TraceText::json(const TraceRecord &record)

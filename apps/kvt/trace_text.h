@@ -22,6 +22,10 @@ public:
     {
     }
 
+    /// Returns the line that tells the time of day from which the stamps count; empty when it is
+    /// not known.
+    QString firstLine() const;
+
     /// One line of text with its end. Empty for records that say nothing beyond their neighbours.
     QString line(const TraceRecord &record);
 

@@ -37,9 +37,13 @@ QString valueText(const Tag &tag, const CellValue &value)
     return value.quality == Quality::NeverRead ? QStringLiteral("-") : rawText(tag, value.raw);
 }
 
-QString resultText(const TagResult &result)
+QString resultText(const TagResult &result, bool stationIsOff)
 {
-    return result.code == 0 ? QString() : outcomeText(result.end, result.code);
+    const bool hasFailed = result.code != 0 && result.end != AttemptEnd::Replied;
+    if (stationIsOff && !hasFailed)
+        return QStringLiteral("off");
+    const QString text = result.code == 0 ? QString() : outcomeText(result.end, result.code);
+    return stationIsOff ? QStringLiteral("off: ") + text : text;
 }
 
 int valueNumber(const Tag &tag, quint16 raw)

@@ -20,8 +20,10 @@ QString rawText(const Tag &tag, quint16 raw);
 /// Returns the text of a tag's value; "-" while there is none.
 QString valueText(const Tag &tag, const CellValue &value);
 
-/// Returns how a reading ended, with its code: "no reply (41)"; empty while there is none.
-QString resultText(const TagResult &result);
+/// Returns how the latest reading of a tag ended, with its code: "no reply (41)"; empty while there
+/// is none. A station that is off is said to be: "off: no reply (41)", or "off" if the tag itself
+/// has not failed.
+QString resultText(const TagResult &result, bool stationIsOff);
 
 /// Returns a value as a number, with its sign if the tag's type has one.
 int valueNumber(const Tag &tag, quint16 raw);

@@ -19,6 +19,9 @@ private Q_SLOTS:
     void standardInputWithoutFramesIsAnError();
     void exchangesOfATraceAreChosen_data();
     void exchangesOfATraceAreChosen();
+    void whatHappenedToTheLineIsShownWithAnyChoice_data();
+    void whatHappenedToTheLineIsShownWithAnyChoice();
+    void aTraceTellsTheTimeOfDay();
     void slipsOfTheHandAreRecognized();
     void badInputOfDecodeIsNamedInOneLine_data();
     void badInputOfDecodeIsNamedInOneLine();
@@ -153,19 +156,19 @@ void TestKvtDecode::exchangesOfATraceAreChosen_data()
     QTest::newRow("all") << ""
                          << "0 1 2 3";
     QTest::newRow("a station") << "--station 2"
-                               << "2";
+                               << "0 2";
     QTest::newRow("no such station") << "--station 3"
-                                     << "";
+                                     << "0";
     QTest::newRow("failures") << "--failures"
-                              << "2 3";
+                              << "0 2 3";
     QTest::newRow("failures of a station") << "--failures --station 1"
-                                           << "3";
+                                           << "0 3";
     QTest::newRow("one") << "--exchanges 2"
-                         << "2";
+                         << "0 2";
     QTest::newRow("from one on") << "--exchanges 2-"
-                                 << "2 3";
+                                 << "0 2 3";
     QTest::newRow("some") << "--exchanges 1-2"
-                          << "1 2";
+                          << "0 1 2";
 }
 
 // The third exchange succeeds at its second attempt.
@@ -202,6 +205,59 @@ void TestKvtDecode::exchangesOfATraceAreChosen()
              exchanges.contains(QLatin1Char('2')));
     QCOMPARE(text.contains(QLatin1String("attempt 1 ended: the reply began and did not go on")),
              exchanges.contains(QLatin1Char('3')));
+}
+
+void TestKvtDecode::whatHappenedToTheLineIsShownWithAnyChoice_data()
+{
+    QTest::addColumn<QString>("options");
+    QTest::addColumn<QStringList>("shown");
+    const QString up = QStringLiteral("the line is up");
+    const QString down = QStringLiteral("the line is down");
+    const QString one = QStringLiteral("station 1 is switched off");
+    const QString two = QStringLiteral("station 2 is switched on");
+    const QString lost = QStringLiteral("3 records were lost");
+    QTest::newRow("failures") << "--failures" << QStringList{up, one, two, down, lost};
+    QTest::newRow("a station") << "--station 2" << QStringList{up, two, down, lost};
+    QTest::newRow("exchanges") << "--exchanges 2" << QStringList{down, lost};
+}
+
+void TestKvtDecode::whatHappenedToTheLineIsShownWithAnyChoice()
+{
+    QFETCH(QString, options);
+    QFETCH(QStringList, shown);
+    QTemporaryFile file;
+    QVERIFY(file.open());
+    const QByteArray exchange = "0.1 ask 053031303532380D 8\n0.1 tx 053031303532380D\n"
+                                "0.1 rx 063031303743310D\n0.1 judge 063031303743310D 1 1 1 164 -1\n"
+                                "0.1 end replied 1\n";
+    file.write("kvt-trace 1 2026-11-21T14:00:00Z\n0.0 line up\n" + exchange +
+               "0.2 station 1 0\n0.2 station 2 1\n" + exchange + "0.3 line down\n0.3 lost 3\n");
+    file.close();
+    KvtProcess kvt;
+    QCOMPARE(kvt.run(QStringList{QStringLiteral("decode"), file.fileName()} +
+                     options.split(QLatin1Char(' '))),
+             0);
+    QStringList events;
+    for (const QString &line :
+         QString::fromUtf8(kvt.output()).split(QLatin1Char('\n'), Qt::SkipEmptyParts))
+        if (line.contains(QLatin1String("line is")) || line.contains(QLatin1String("switched")) ||
+            line.contains(QLatin1String("lost")))
+            events.append(line.simplified().section(QLatin1Char(' '), 2));
+    QCOMPARE(events, shown);
+}
+
+void TestKvtDecode::aTraceTellsTheTimeOfDay()
+{
+    QTemporaryFile file;
+    QVERIFY(file.open());
+    file.write("kvt-trace 1 2026-11-21T14:00:00.250Z\n0.000001 line up\n");
+    file.close();
+    KvtProcess kvt;
+    QCOMPARE(kvt.run({QStringLiteral("decode"), file.fileName()}), 0);
+    const QString line = QString::fromUtf8(kvt.output()).section(QLatin1Char('\n'), 0, 0);
+    const QString time = line.section(QLatin1String("the run began at "), 1);
+    QCOMPARE(QDateTime::fromString(time, Qt::ISODateWithMs),
+             QDateTime::fromString(QStringLiteral("2026-11-21T14:00:00.250Z"), Qt::ISODateWithMs));
 }
 
 void TestKvtDecode::slipsOfTheHandAreRecognized()

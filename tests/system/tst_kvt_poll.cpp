@@ -2,6 +2,7 @@
 #include "tests/support/poll_run.h"
 
 #include <QRegularExpression>
+#include <QTemporaryFile>
 #include <QtTest>
 
 class TestKvtPoll : public QObject
@@ -15,6 +16,7 @@ private Q_SLOTS:
     void itEndsAfterTheTimeAsked();
     void ctrlCEndsWithTheSummary();
     void aDeadStationIsShownAndTold();
+    void aPipeSaysThatAStationIsOff();
     void valuesThatHaveGrownOldAreNoSuccess();
     void faultsAreCounted();
     void refusalsAreCountedAsSuch();
@@ -128,6 +130,37 @@ void TestKvtPoll::aDeadStationIsShownAndTold()
     const QByteArray errors = kvt.errors();
     QVERIFY2(errors.contains(" station 2 does not answer"), errors.constData());
     QVERIFY2(errors.endsWith(" 2 of 5 tags have no good value\n"), errors.constData());
+}
+
+// Three of its four tags have failed themselves, and so switched it off.
+void TestKvtPoll::aPipeSaysThatAStationIsOff()
+{
+    QTemporaryFile tags;
+    QVERIFY(tags.open());
+    tags.write("name,area,address,station,type\n"
+               "a,D,1.0.0,1,u16\nb,D,2.0.0,1,u16\nc,D,3.0.0,1,u16\nd,D,4.0.0,1,u16\n");
+    tags.close();
+    const SimulatedLine line(SimulatedLine::Kind::Pty,
+                             {QStringLiteral("--tags"), tags.fileName(), QStringLiteral("--faults"),
+                              QStringLiteral("noreply=9-100000")});
+    KvtProcess kvt;
+    kvt.start(line.arguments(QStringLiteral("poll --interval 20 --timeout 100 --retries 0")) +
+              QStringList{QStringLiteral("--tags"), tags.fileName()});
+    // The time of day, name, value, quality, result.
+    QHash<QString, QString> off;
+    while (off.size() < 4) {
+        const QStringList words =
+            QString::fromUtf8(kvt.readLine()).trimmed().split(QStringLiteral("  "));
+        QVERIFY(kvt.isRunning());
+        if (words.value(3) == QStringLiteral("failed") &&
+            words.value(4).startsWith(QLatin1String("off")))
+            off.insert(words.at(1), words.at(4));
+    }
+    const QStringList results = off.values();
+    QCOMPARE(results.count(QStringLiteral("off: no reply (41)")), 3);
+    QCOMPARE(results.count(QStringLiteral("off")), 1);
+    kvt.interrupt();
+    QCOMPARE(kvt.finish(), 1);
 }
 
 // Each of the five readings takes longer than a value stays good.

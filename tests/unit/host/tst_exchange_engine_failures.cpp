@@ -95,6 +95,7 @@ void TestExchangeEngineFailures::aRefusalCountsOnceNothingCanFollowIt()
     bench.passDeadline();
     QCOMPARE(bench.log.ended[0].end, AttemptEnd::Refused);
     QCOMPARE(bench.log.ended[0].resultCode, 0);
+    QCOMPARE(bench.log.ended[0].endedAt_ns - bench.log.ended[0].sentAt_ns, milliseconds(6));
     QCOMPARE(bench.left_ms(), 58);
     bench.passDeadline();
     QCOMPARE(bench.send(), FIRST_REQUEST);
