@@ -15,12 +15,12 @@ std::unique_ptr<Rig> Rig::make(const RigSettings &settings, HostEvents *events, 
         *error = obstacles.join(QStringLiteral("; "));
         return nullptr;
     }
-    rig->characterTime_ns_ = byteTime_ns(settings.baud, 10);
+    rig->characterTime_ns_ = settings.baud > 0 ? byteTime_ns(settings.baud, 10) : 0;
 
     SessionSettings session = settings.session;
     session.engine.characterTime_ns = rig->characterTime_ns_;
-    session.engine.paced = true;
-    session.engine.latency_ns = 0; // nothing holds bytes back here
+    session.engine.paced = settings.baud > 0;
+    session.engine.latency_ns = settings.latency_ns;
     rig->session_ =
         std::make_unique<HostSession>(rig->library_.api(), session, settings.tags, events);
 

@@ -14,7 +14,8 @@ namespace kvt
 struct RigSettings {
     QString driverPath; ///< of libKVT.so.1
     QVector<Tag> tags;
-    int baud = 38400; ///< at 10 bits a character
+    int baud = 38400;      ///< at 10 bits a character; 0: a line without a pace, such as TCP
+    qint64 latency_ns = 0; ///< what the host allows an interface to hold bytes back
     SessionSettings session;
     PlcConfig plc;
     quint64 seed = 1;

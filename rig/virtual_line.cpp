@@ -18,9 +18,7 @@ bool VirtualLine::step()
         return false;
     now_ns_ = std::max(now_ns_, next_ns);
     if (!arrivals_.empty() && arrivals_.front().at_ns <= now_ns_) {
-        const char byte = arrivals_.front().byte;
-        arrivals_.pop_front();
-        engine_->received(now_ns_, &byte, 1);
+        deliver();
     } else if (requestLeaves_ns_ <= now_ns_) {
         requestLeft();
     } else if (mended_ns_ <= now_ns_) {
@@ -44,39 +42,75 @@ qint64 VirtualLine::nextEvent_ns() const
     return std::min({arrival_ns, requestLeaves_ns_, mended_ns_, engine_->deadline_ns()});
 }
 
+// Bytes of one moment are one piece.
+void VirtualLine::deliver()
+{
+    const qint64 at_ns = arrivals_.front().at_ns;
+    piece_.resize(0);
+    while (!arrivals_.empty() && arrivals_.front().at_ns == at_ns) {
+        piece_.append(arrivals_.front().byte);
+        arrivals_.pop_front();
+    }
+    engine_->received(now_ns_, piece_.constData(), piece_.size());
+}
+
 void VirtualLine::requestLeft()
 {
     requestLeaves_ns_ = NEVER;
-    const PlcReaction reaction = plc_->receive(request_, now_ns_);
+    const LineReaction reaction =
+        fault_ != nullptr ? disturbed() : undisturbed(plc_->receive(request_, now_ns_));
     engine_->sent(now_ns_);
     take(reaction);
 }
 
-void VirtualLine::take(const PlcReaction &reaction)
+LineReaction VirtualLine::disturbed()
 {
-    for (const Transmission &transmission : reaction.transmissions) {
-        qint64 at_ns = transmission.start_ns;
-        for (const char byte : transmission.bytes) {
-            at_ns += characterTime_ns_;
-            arrivals_.push_back({at_ns, byte});
+    const PlcReaction honest = plc_->receive(fault_->onItsWay(request_, now_ns_), now_ns_);
+    return fault_->disturb(request_, now_ns_, honest);
+}
+
+void VirtualLine::take(const LineReaction &reaction)
+{
+    for (const LineBytes &bytes : reaction.bytes) {
+        qint64 at_ns = bytes.start_ns;
+        for (const char byte : bytes.bytes) {
+            at_ns += bytes.inOnePiece ? 0 : characterTime_ns_;
+            schedule(at_ns, byte);
         }
     }
     if (reaction.lineBreak_ns > 0)
         breakLine(reaction.lineBreak_ns);
 }
 
+// Behind what arrives at the same time; mostly that is behind everything.
+void VirtualLine::schedule(qint64 at_ns, char byte)
+{
+    if (arrivals_.empty() || arrivals_.back().at_ns <= at_ns) {
+        arrivals_.push_back({at_ns, byte});
+        return;
+    }
+    const auto place =
+        std::upper_bound(arrivals_.begin(), arrivals_.end(), at_ns,
+                         [](qint64 time_ns, const Arrival &next) { return time_ns < next.at_ns; });
+    arrivals_.insert(place, {at_ns, byte});
+}
+
 void VirtualLine::breakLine(qint64 duration_ns)
 {
     arrivals_.clear();
     requestLeaves_ns_ = NEVER;
+    const bool isUp = mended_ns_ == NEVER;
     mended_ns_ = now_ns_ + duration_ns;
-    engine_->lineDown(now_ns_);
+    if (isUp)
+        engine_->lineDown(now_ns_);
 }
 
 void VirtualLine::mendLine()
 {
     mended_ns_ = NEVER;
     plc_->lineOpened();
+    if (fault_ != nullptr)
+        fault_->lineOpened();
     engine_->lineUp(now_ns_);
     startSending();
 }

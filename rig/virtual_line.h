@@ -3,7 +3,7 @@
 #define KVT_RIG_VIRTUAL_LINE_H
 
 #include "host/exchange_engine.h"
-#include "simulator/simulated_plc.h"
+#include "rig/line_fault.h"
 
 #include <deque>
 
@@ -17,9 +17,17 @@ namespace kvt
 class VirtualLine
 {
 public:
-    /// `engine` and `plc` are not null and outlive the line. A character takes `characterTime_ns`,
-    /// above 0, in either direction. The line is up from time 0 on.
+    /// `engine` and `plc` are not null and outlive the line. A character takes `characterTime_ns`
+    /// in either direction; with 0 bytes take no time and are handed over in one piece, as on a
+    /// connection, and the PLC must need some time to answer. The line is up from time 0 on.
     VirtualLine(ExchangeEngine *engine, SimulatedPlc *plc, qint64 characterTime_ns);
+
+    /// From now on `fault` decides what becomes of the PLC's answers; null: nothing does. It
+    /// outlives the line or is taken away before.
+    void setFault(LineFault *fault) { fault_ = fault; }
+
+    /// The line goes down now, for so long; bytes on their way are lost.
+    void breakLine(qint64 duration_ns);
 
     /// The time of the latest event, in nanoseconds.
     qint64 now_ns() const { return now_ns_; }
@@ -38,16 +46,20 @@ private:
 
     qint64 nextEvent_ns() const;
     void requestLeft();
-    void take(const PlcReaction &reaction);
-    void breakLine(qint64 duration_ns);
+    LineReaction disturbed();
+    void deliver();
+    void take(const LineReaction &reaction);
+    void schedule(qint64 at_ns, char byte);
     void mendLine();
     void startSending();
 
     ExchangeEngine *engine_;
     SimulatedPlc *plc_;
+    LineFault *fault_ = nullptr;
     qint64 characterTime_ns_;
     qint64 now_ns_ = 0;
-    std::deque<Arrival> arrivals_;
+    std::deque<Arrival> arrivals_; // by time
+    QByteArray piece_;             // kept so that none is made for each
     QByteArray request_;
     qint64 requestLeaves_ns_ = NEVER;
     qint64 mended_ns_ = NEVER;
