@@ -2,19 +2,6 @@
 #include <QProcess>
 #include <QtTest>
 
-class TestKvtCompletion : public QObject
-{
-    Q_OBJECT
-
-private Q_SLOTS:
-    void wordsAreCompleted_data();
-    void wordsAreCompleted();
-    void otherShellsCompleteTheSame_data();
-    void otherShellsCompleteTheSame();
-    void everyOptionIsCompleted_data();
-    void everyOptionIsCompleted();
-};
-
 namespace
 {
 
@@ -64,106 +51,113 @@ QString completedByFish(const QString &script, const QString &words)
 
 } // namespace
 
-void TestKvtCompletion::wordsAreCompleted_data()
+class TestKvtCompletion : public QObject
 {
-    QTest::addColumn<QString>("completions");
-    QTest::newRow("rea") << "read";
-    QTest::newRow("wr") << "write";
-    QTest::newRow("sim --ta") << "--tags";
-    QTest::newRow("poll --se") << "--seconds --serial";
-    QTest::newRow("scan --stat") << "--stations";
-    QTest::newRow("poll --baud 38") << "38400";
-    QTest::newRow("sim --values r") << "ramp";
-    QTest::newRow("read --type s") << "s16";
-    QTest::newRow("read --reply-check r") << "refuse";
-    QTest::newRow("read D") << "D";
-    QTest::newRow("poll --tags x") << ""; // a file
-    QTest::newRow("help sc") << "scan";
-    QTest::newRow("sim --faults de") << "delay=";
-    QTest::newRow("sim --faults echo = 1%,fl") << "1%,flip="; // parted as bash does it
-    QTest::newRow("sim --faults echo = 1") << "";
-    QTest::newRow("read --tags %TAGS% --json pump1_spe") << "pump1_speed";
-    QTest::newRow("write --tags %TAGS% pump1_s") << "pump1_setpoint pump1_speed";
-    QTest::newRow("read --tags /nowhere/tags.csv p") << "";
-    QTest::newRow("nothing --ta") << "";
-}
+    Q_OBJECT
 
-void TestKvtCompletion::wordsAreCompleted()
-{
-    QFETCH(QString, completions);
-    const QString script = QFINDTESTDATA("../../apps/kvt/completion/kvt.bash");
-    QVERIFY(!script.isEmpty());
-    QProcess bash;
-    bash.start(QStringLiteral("bash"),
-               {QStringLiteral("-c"),
-                QStringLiteral("source \"$1\"; COMP_WORDS=(\"$2\" $3); "
-                               "COMP_CWORD=$((${#COMP_WORDS[@]} - 1)); _kvt; echo ${COMPREPLY[*]}"),
-                QStringLiteral("bash"), script, QStringLiteral(KVT_PROGRAM),
-                QString::fromLatin1(QTest::currentDataTag())
-                    .replace(QStringLiteral("%TAGS%"), QFINDTESTDATA("../../examples/plant.csv"))});
-    QVERIFY(bash.waitForFinished());
-    QCOMPARE(bash.exitCode(), 0);
-    QCOMPARE(bash.readAllStandardError(), QByteArray());
-    QStringList found = QString::fromLatin1(bash.readAllStandardOutput())
-                            .split(QLatin1Char(' '), Qt::SkipEmptyParts);
-    found.replaceInStrings(QStringLiteral("\n"), QString());
-    found.removeAll(QString());
-    found.sort();
-    QCOMPARE(found.join(QLatin1Char(' ')), completions);
-}
+private Q_SLOTS:
+    void wordsAreCompleted_data()
+    {
+        QTest::addColumn<QString>("completions");
+        QTest::newRow("rea") << "read";
+        QTest::newRow("wr") << "write";
+        QTest::newRow("sim --ta") << "--tags";
+        QTest::newRow("poll --se") << "--seconds --serial";
+        QTest::newRow("scan --stat") << "--stations";
+        QTest::newRow("poll --baud 38") << "38400";
+        QTest::newRow("sim --values r") << "ramp";
+        QTest::newRow("read --type s") << "s16";
+        QTest::newRow("read --reply-check r") << "refuse";
+        QTest::newRow("read D") << "D";
+        QTest::newRow("poll --tags x") << ""; // a file
+        QTest::newRow("help sc") << "scan";
+        QTest::newRow("sim --faults de") << "delay=";
+        QTest::newRow("sim --faults echo = 1%,fl") << "1%,flip="; // parted as bash does it
+        QTest::newRow("sim --faults echo = 1") << "";
+        QTest::newRow("read --tags %TAGS% --json pump1_spe") << "pump1_speed";
+        QTest::newRow("write --tags %TAGS% pump1_s") << "pump1_setpoint pump1_speed";
+        QTest::newRow("read --tags /nowhere/tags.csv p") << "";
+        QTest::newRow("nothing --ta") << "";
+    }
 
-void TestKvtCompletion::otherShellsCompleteTheSame_data()
-{
-    QTest::addColumn<QString>("completions");
-    QTest::newRow("rea") << "read";
-    QTest::newRow("sim --ta") << "--tags";
-    QTest::newRow("poll --se") << "--seconds --serial";
-    QTest::newRow("poll --baud 38") << "38400";
-    QTest::newRow("sim --values r") << "ramp";
-    QTest::newRow("read --type s") << "s16";
-    QTest::newRow("read --reply-check r") << "refuse";
-    QTest::newRow("read D") << "D";
-    QTest::newRow("help sc") << "scan";
-    QTest::newRow("nothing --ta") << "";
-}
+    void wordsAreCompleted()
+    {
+        QFETCH(QString, completions);
+        const QString script = QFINDTESTDATA("../../apps/kvt/completion/kvt.bash");
+        QVERIFY(!script.isEmpty());
+        QProcess bash;
+        bash.start(
+            QStringLiteral("bash"),
+            {QStringLiteral("-c"),
+             QStringLiteral("source \"$1\"; COMP_WORDS=(\"$2\" $3); "
+                            "COMP_CWORD=$((${#COMP_WORDS[@]} - 1)); _kvt; echo ${COMPREPLY[*]}"),
+             QStringLiteral("bash"), script, QStringLiteral(KVT_PROGRAM),
+             QString::fromLatin1(QTest::currentDataTag())
+                 .replace(QStringLiteral("%TAGS%"), QFINDTESTDATA("../../examples/plant.csv"))});
+        QVERIFY(bash.waitForFinished());
+        QCOMPARE(bash.exitCode(), 0);
+        QCOMPARE(bash.readAllStandardError(), QByteArray());
+        QStringList found = QString::fromLatin1(bash.readAllStandardOutput())
+                                .split(QLatin1Char(' '), Qt::SkipEmptyParts);
+        found.replaceInStrings(QStringLiteral("\n"), QString());
+        found.removeAll(QString());
+        found.sort();
+        QCOMPARE(found.join(QLatin1Char(' ')), completions);
+    }
 
-void TestKvtCompletion::otherShellsCompleteTheSame()
-{
-    QFETCH(QString, completions);
-    const QString words = QLatin1String(QTest::currentDataTag());
-    QCOMPARE(completedByZsh(QFINDTESTDATA("../../apps/kvt/completion/kvt.zsh"), words),
-             completions);
-    QCOMPARE(completedByFish(QFINDTESTDATA("../../apps/kvt/completion/kvt.fish"), words),
-             completions);
-}
+    void otherShellsCompleteTheSame_data()
+    {
+        QTest::addColumn<QString>("completions");
+        QTest::newRow("rea") << "read";
+        QTest::newRow("sim --ta") << "--tags";
+        QTest::newRow("poll --se") << "--seconds --serial";
+        QTest::newRow("poll --baud 38") << "38400";
+        QTest::newRow("sim --values r") << "ramp";
+        QTest::newRow("read --type s") << "s16";
+        QTest::newRow("read --reply-check r") << "refuse";
+        QTest::newRow("read D") << "D";
+        QTest::newRow("help sc") << "scan";
+        QTest::newRow("nothing --ta") << "";
+    }
 
-void TestKvtCompletion::everyOptionIsCompleted_data()
-{
-    QTest::addColumn<QString>("command");
-    for (const char *command : {"demo", "sim", "poll", "read", "write", "scan", "tune", "plan",
-                                "decode", "explain", "replay"})
-        QTest::newRow(command) << QString::fromLatin1(command);
-}
+    void otherShellsCompleteTheSame()
+    {
+        QFETCH(QString, completions);
+        const QString words = QLatin1String(QTest::currentDataTag());
+        QCOMPARE(completedByZsh(QFINDTESTDATA("../../apps/kvt/completion/kvt.zsh"), words),
+                 completions);
+        QCOMPARE(completedByFish(QFINDTESTDATA("../../apps/kvt/completion/kvt.fish"), words),
+                 completions);
+    }
 
-void TestKvtCompletion::everyOptionIsCompleted()
-{
-    QFETCH(QString, command);
-    const QRegularExpression form(QStringLiteral("^  (?:-[a-z], )?(--[a-z-]+)"),
-                                  QRegularExpression::MultilineOption);
-    QStringList options;
-    auto match = form.globalMatch(outputOf(PROGRAM, {command, QStringLiteral("--help")}));
-    while (match.hasNext())
-        options.append(match.next().captured(1));
-    options.sort();
-    QVERIFY(options.size() >= 2);
-    const QString all = options.join(QLatin1Char(' '));
-    QCOMPARE(completedByZsh(QFINDTESTDATA("../../apps/kvt/completion/kvt.zsh"),
-                            command + QStringLiteral(" --")),
-             all);
-    QCOMPARE(completedByFish(QFINDTESTDATA("../../apps/kvt/completion/kvt.fish"),
-                             command + QStringLiteral(" --")),
-             all);
-}
+    void everyOptionIsCompleted_data()
+    {
+        QTest::addColumn<QString>("command");
+        for (const char *command : {"demo", "sim", "poll", "read", "write", "scan", "tune", "plan",
+                                    "decode", "explain", "replay"})
+            QTest::newRow(command) << QString::fromLatin1(command);
+    }
+
+    void everyOptionIsCompleted()
+    {
+        QFETCH(QString, command);
+        const QRegularExpression form(QStringLiteral("^  (?:-[a-z], )?(--[a-z-]+)"),
+                                      QRegularExpression::MultilineOption);
+        QStringList options;
+        auto match = form.globalMatch(outputOf(PROGRAM, {command, QStringLiteral("--help")}));
+        while (match.hasNext())
+            options.append(match.next().captured(1));
+        options.sort();
+        QVERIFY(options.size() >= 2);
+        const QString all = options.join(QLatin1Char(' '));
+        QCOMPARE(completedByZsh(QFINDTESTDATA("../../apps/kvt/completion/kvt.zsh"),
+                                command + QStringLiteral(" --")),
+                 all);
+        QCOMPARE(completedByFish(QFINDTESTDATA("../../apps/kvt/completion/kvt.fish"),
+                                 command + QStringLiteral(" --")),
+                 all);
+    }
+};
 
 QTEST_GUILESS_MAIN(TestKvtCompletion)
 #include "tst_kvt_completion.moc"

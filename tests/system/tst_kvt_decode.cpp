@@ -6,37 +6,6 @@
 #include <QTemporaryFile>
 #include <QtTest>
 
-class TestKvtDecode : public QObject
-{
-    Q_OBJECT
-
-private Q_SLOTS:
-    void framesBecomeObjectsOfJson_data();
-    void framesBecomeObjectsOfJson();
-    void aReplyIsHeldAgainstItsRequest();
-    void aRequestNamesItsTags();
-    void framesAreReadFromStandardInput();
-    void standardInputWithoutFramesIsAnError();
-    void exchangesOfATraceAreChosen_data();
-    void exchangesOfATraceAreChosen();
-    void whatHappenedToTheLineIsShownWithAnyChoice_data();
-    void whatHappenedToTheLineIsShownWithAnyChoice();
-    void aTraceTellsTheTimeOfDay();
-    void slipsOfTheHandAreRecognized();
-    void badInputOfDecodeIsNamedInOneLine_data();
-    void badInputOfDecodeIsNamedInOneLine();
-
-    void codesAreExplained_data();
-    void codesAreExplained();
-    void codesAreExplainedAsJson();
-    void badInputOfExplainIsNamedInOneLine_data();
-    void badInputOfExplainIsNamedInOneLine();
-    void goodCodesAreExplainedBesideWrongOnes();
-
-    void helpNamesTheOptions_data();
-    void helpNamesTheOptions();
-};
-
 namespace
 {
 
@@ -58,344 +27,357 @@ QString problemsOf(const QJsonObject &frame)
 
 } // namespace
 
-void TestKvtDecode::framesBecomeObjectsOfJson_data()
+class TestKvtDecode : public QObject
 {
-    QTest::addColumn<QString>("kind");
-    QTest::addColumn<int>("station");
-    QTest::addColumn<QString>("part"); // of the summary
-    QTest::addColumn<QString>("problem");
-    QTest::newRow("05 30 31 30 35 32 38 0D") << "request" << 1 << "read of 5.2.1"
-                                             << "";
-    QTest::newRow("06 30 31 31 61 0D") << "reply" << 1 << "unreadable"
-                                       << "value: 31 61 are not";
-    QTest::newRow("15 30 31 0D") << "refusal" << 1 << "refused"
-                                 << "";
-}
+    Q_OBJECT
 
-void TestKvtDecode::framesBecomeObjectsOfJson()
-{
-    QFETCH(QString, kind);
-    QFETCH(int, station);
-    QFETCH(QString, part);
-    QFETCH(QString, problem);
-    const QString frame = QLatin1String(QTest::currentDataTag());
-    const QJsonObject object = decoded(frame);
-    QCOMPARE(object.value(QStringLiteral("frame")).toString(), frame);
-    QCOMPARE(object.value(QStringLiteral("kind")).toString(), kind);
-    QCOMPARE(object.value(QStringLiteral("station")).toInt(), station);
-    QVERIFY(object.value(QStringLiteral("text")).toString().contains(part));
-    const QString problems = problemsOf(object);
-    QVERIFY2(problem.isEmpty() ? problems.isEmpty() : problems.contains(problem),
-             qPrintable(problems));
-    QVERIFY(object.value(QStringLiteral("fields")).toArray().size() >= 3);
-}
+private Q_SLOTS:
+    void framesBecomeObjectsOfJson_data()
+    {
+        QTest::addColumn<QString>("kind");
+        QTest::addColumn<int>("station");
+        QTest::addColumn<QString>("part"); // of the summary
+        QTest::addColumn<QString>("problem");
+        QTest::newRow("05 30 31 30 35 32 38 0D") << "request" << 1 << "read of 5.2.1"
+                                                 << "";
+        QTest::newRow("06 30 31 31 61 0D") << "reply" << 1 << "unreadable"
+                                           << "value: 31 61 are not";
+        QTest::newRow("15 30 31 0D") << "refusal" << 1 << "refused"
+                                     << "";
+    }
 
-void TestKvtDecode::aReplyIsHeldAgainstItsRequest()
-{
-    KvtProcess kvt;
-    QCOMPARE(kvt.run({QStringLiteral("decode"), QStringLiteral("053031303132314646 0D"),
-                      QStringLiteral("063032 3231 0D")}),
-             0);
-    const QByteArray text = kvt.output();
-    QVERIFY2(text.contains("reply: acknowledgement of the write, from station 2 (6 bytes)\n"),
-             text);
-    QVERIFY2(text.contains("  wrong: the request was for station 1, the reply names station 2\n"),
-             text);
-}
+    void framesBecomeObjectsOfJson()
+    {
+        QFETCH(QString, kind);
+        QFETCH(int, station);
+        QFETCH(QString, part);
+        QFETCH(QString, problem);
+        const QString frame = QLatin1String(QTest::currentDataTag());
+        const QJsonObject object = decoded(frame);
+        QCOMPARE(object.value(QStringLiteral("frame")).toString(), frame);
+        QCOMPARE(object.value(QStringLiteral("kind")).toString(), kind);
+        QCOMPARE(object.value(QStringLiteral("station")).toInt(), station);
+        QVERIFY(object.value(QStringLiteral("text")).toString().contains(part));
+        const QString problems = problemsOf(object);
+        QVERIFY2(problem.isEmpty() ? problems.isEmpty() : problems.contains(problem),
+                 qPrintable(problems));
+        QVERIFY(object.value(QStringLiteral("fields")).toArray().size() >= 3);
+    }
 
-void TestKvtDecode::aRequestNamesItsTags()
-{
-    const QTemporaryDir folder;
-    QFile file(folder.filePath(QStringLiteral("tags.csv")));
-    QVERIFY(file.open(QIODevice::WriteOnly));
-    file.write("name,area,address,station,type\nlevel,D,5.2.1,1,u16\nother,D,5.2.1,2,u16\n"
-               "recipe,C,5.3.0.4,1,u8\nvalve,X,5.4.0,1,bool\n");
-    file.close();
-    KvtProcess kvt;
-    QCOMPARE(kvt.run({QStringLiteral("decode"), QStringLiteral("--tags"), file.fileName(),
-                      QStringLiteral("053031303532380D"), QStringLiteral("053031303533300D"),
-                      QStringLiteral("0530313035343130310D"), QStringLiteral("053031303534300D")}),
-             0);
-    QVERIFY(kvt.readLineWith("request: ").contains("at station 1: level (D) (8 bytes)"));
-    QVERIFY(kvt.readLineWith("request: ").contains("at station 1: recipe (C) (8 bytes)"));
-    QVERIFY(kvt.readLineWith("request: ").contains("at station 1: valve (X) (10 bytes)"));
-    QVERIFY(kvt.readLineWith("request: ").contains("at station 1: valve (X) (8 bytes)"));
-}
+    void aReplyIsHeldAgainstItsRequest()
+    {
+        KvtProcess kvt;
+        QCOMPARE(kvt.run({QStringLiteral("decode"), QStringLiteral("053031303132314646 0D"),
+                          QStringLiteral("063032 3231 0D")}),
+                 0);
+        const QByteArray text = kvt.output();
+        QVERIFY2(text.contains("reply: acknowledgement of the write, from station 2 (6 bytes)\n"),
+                 text);
+        QVERIFY2(
+            text.contains("  wrong: the request was for station 1, the reply names station 2\n"),
+            text);
+    }
 
-void TestKvtDecode::framesAreReadFromStandardInput()
-{
-    QProcess kvt;
-    kvt.start(QStringLiteral(KVT_PROGRAM),
-              {QStringLiteral("decode"), QStringLiteral("--json"), QStringLiteral("-")});
-    kvt.write("05 30 31 30 35 32 38 0D\n\n0630313132 41420d\n");
-    kvt.closeWriteChannel();
-    QVERIFY(kvt.waitForFinished());
-    QCOMPARE(kvt.exitCode(), 0);
-    const QByteArrayList lines = kvt.readAllStandardOutput().trimmed().split('\n');
-    QCOMPARE(lines.size(), 3);
-    for (const QByteArray &line : lines)
-        QVERIFY(QJsonDocument::fromJson(line).isObject());
-}
+    void aRequestNamesItsTags()
+    {
+        const QTemporaryDir folder;
+        QFile file(folder.filePath(QStringLiteral("tags.csv")));
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        file.write("name,area,address,station,type\nlevel,D,5.2.1,1,u16\nother,D,5.2.1,2,u16\n"
+                   "recipe,C,5.3.0.4,1,u8\nvalve,X,5.4.0,1,bool\n");
+        file.close();
+        KvtProcess kvt;
+        QCOMPARE(
+            kvt.run({QStringLiteral("decode"), QStringLiteral("--tags"), file.fileName(),
+                     QStringLiteral("053031303532380D"), QStringLiteral("053031303533300D"),
+                     QStringLiteral("0530313035343130310D"), QStringLiteral("053031303534300D")}),
+            0);
+        QVERIFY(kvt.readLineWith("request: ").contains("at station 1: level (D) (8 bytes)"));
+        QVERIFY(kvt.readLineWith("request: ").contains("at station 1: recipe (C) (8 bytes)"));
+        QVERIFY(kvt.readLineWith("request: ").contains("at station 1: valve (X) (10 bytes)"));
+        QVERIFY(kvt.readLineWith("request: ").contains("at station 1: valve (X) (8 bytes)"));
+    }
 
-void TestKvtDecode::standardInputWithoutFramesIsAnError()
-{
-    QProcess kvt;
-    kvt.start(QStringLiteral(KVT_PROGRAM), {QStringLiteral("decode"), QStringLiteral("-")});
-    kvt.write("\n");
-    kvt.closeWriteChannel();
-    QVERIFY(kvt.waitForFinished());
-    QCOMPARE(kvt.exitCode(), 2);
-    QCOMPARE(kvt.readAllStandardError(),
-             QByteArray("kvt: decode: there is no frame on standard input\n"));
-}
+    void framesAreReadFromStandardInput()
+    {
+        QProcess kvt;
+        kvt.start(QStringLiteral(KVT_PROGRAM),
+                  {QStringLiteral("decode"), QStringLiteral("--json"), QStringLiteral("-")});
+        kvt.write("05 30 31 30 35 32 38 0D\n\n0630313132 41420d\n");
+        kvt.closeWriteChannel();
+        QVERIFY(kvt.waitForFinished());
+        QCOMPARE(kvt.exitCode(), 0);
+        const QByteArrayList lines = kvt.readAllStandardOutput().trimmed().split('\n');
+        QCOMPARE(lines.size(), 3);
+        for (const QByteArray &line : lines)
+            QVERIFY(QJsonDocument::fromJson(line).isObject());
+    }
 
-void TestKvtDecode::exchangesOfATraceAreChosen_data()
-{
-    QTest::addColumn<QString>("options");
-    QTest::addColumn<QString>("exchanges"); // that are shown
-    QTest::newRow("all") << ""
-                         << "0 1 2 3";
-    QTest::newRow("a station") << "--station 2"
-                               << "0 2";
-    QTest::newRow("no such station") << "--station 3"
-                                     << "0";
-    QTest::newRow("failures") << "--failures"
-                              << "0 2 3";
-    QTest::newRow("failures of a station") << "--failures --station 1"
-                                           << "0 3";
-    QTest::newRow("one") << "--exchanges 2"
-                         << "0 2";
-    QTest::newRow("from one on") << "--exchanges 2-"
-                                 << "0 2 3";
-    QTest::newRow("some") << "--exchanges 1-2"
-                          << "0 1 2";
-}
+    void standardInputWithoutFramesIsAnError()
+    {
+        QProcess kvt;
+        kvt.start(QStringLiteral(KVT_PROGRAM), {QStringLiteral("decode"), QStringLiteral("-")});
+        kvt.write("\n");
+        kvt.closeWriteChannel();
+        QVERIFY(kvt.waitForFinished());
+        QCOMPARE(kvt.exitCode(), 2);
+        QCOMPARE(kvt.readAllStandardError(),
+                 QByteArray("kvt: decode: there is no frame on standard input\n"));
+    }
 
-// The third exchange succeeds at its second attempt.
-void TestKvtDecode::exchangesOfATraceAreChosen()
-{
-    QFETCH(QString, options);
-    QFETCH(QString, exchanges);
-    QTemporaryFile file;
-    QVERIFY(file.open());
-    file.write("kvt-trace 1 2026-11-21T14:00:00Z\n"
-               "0.000001 line up\n"
-               "0.100001 ask 053031303532380D 8\n0.100002 tx 053031303532380D\n"
-               "0.100003 rx 063031303743310D\n0.100004 judge 063031303743310D 1 1 1 164 -1\n"
-               "0.100005 end replied 1\n"
-               "0.200001 ask 053032303532380D 8\n0.200002 tx 053032303532380D\n"
-               "0.300004 judge - 41 1 2 164 -1\n0.300005 end noreply 1\n"
-               "0.400001 ask 053031303532380D 8\n0.400002 tx 053031303532380D\n"
-               "0.400004 judge - 0 1 1 164 -1\n0.400005 end brokenoff 1\n"
-               "0.500001 ask 053031303532380D 8\n0.500002 tx 053031303532380D\n"
-               "0.500004 judge 063031303743310D 1 1 1 164 -1\n0.500005 end replied 2\n");
-    file.close();
-    KvtProcess kvt;
-    QCOMPARE(kvt.run(QStringList{QStringLiteral("decode"), file.fileName()} +
-                     options.split(QLatin1Char(' '), Qt::SkipEmptyParts)),
-             0);
-    const QString text = QString::fromUtf8(kvt.output());
-    QStringList shown;
-    for (const QString &line : text.split(QLatin1Char('\n'), Qt::SkipEmptyParts))
-        shown.append(line.simplified().section(QLatin1Char(' '), 1, 1));
-    shown.removeDuplicates();
-    QCOMPARE(shown.join(QLatin1Char(' ')), exchanges);
-    QCOMPARE(text.contains(QLatin1String("attempt 1 ended: nothing had come when the time-out was "
-                                         "over")),
-             exchanges.contains(QLatin1Char('2')));
-    QCOMPARE(text.contains(QLatin1String("attempt 1 ended: the reply began and did not go on")),
-             exchanges.contains(QLatin1Char('3')));
-}
+    void exchangesOfATraceAreChosen_data()
+    {
+        QTest::addColumn<QString>("options");
+        QTest::addColumn<QString>("exchanges"); // that are shown
+        QTest::newRow("all") << ""
+                             << "0 1 2 3";
+        QTest::newRow("a station") << "--station 2"
+                                   << "0 2";
+        QTest::newRow("no such station") << "--station 3"
+                                         << "0";
+        QTest::newRow("failures") << "--failures"
+                                  << "0 2 3";
+        QTest::newRow("failures of a station") << "--failures --station 1"
+                                               << "0 3";
+        QTest::newRow("one") << "--exchanges 2"
+                             << "0 2";
+        QTest::newRow("from one on") << "--exchanges 2-"
+                                     << "0 2 3";
+        QTest::newRow("some") << "--exchanges 1-2"
+                              << "0 1 2";
+    }
 
-void TestKvtDecode::whatHappenedToTheLineIsShownWithAnyChoice_data()
-{
-    QTest::addColumn<QString>("options");
-    QTest::addColumn<QStringList>("shown");
-    const QString up = QStringLiteral("the line is up");
-    const QString down = QStringLiteral("the line is down");
-    const QString one = QStringLiteral("station 1 is switched off");
-    const QString two = QStringLiteral("station 2 is switched on");
-    const QString lost = QStringLiteral("3 records were lost");
-    QTest::newRow("failures") << "--failures" << QStringList{up, one, two, down, lost};
-    QTest::newRow("a station") << "--station 2" << QStringList{up, two, down, lost};
-    QTest::newRow("exchanges") << "--exchanges 2" << QStringList{down, lost};
-}
+    // The third exchange succeeds at its second attempt.
+    void exchangesOfATraceAreChosen()
+    {
+        QFETCH(QString, options);
+        QFETCH(QString, exchanges);
+        QTemporaryFile file;
+        QVERIFY(file.open());
+        file.write("kvt-trace 1 2026-11-21T14:00:00Z\n"
+                   "0.000001 line up\n"
+                   "0.100001 ask 053031303532380D 8\n0.100002 tx 053031303532380D\n"
+                   "0.100003 rx 063031303743310D\n0.100004 judge 063031303743310D 1 1 1 164 -1\n"
+                   "0.100005 end replied 1\n"
+                   "0.200001 ask 053032303532380D 8\n0.200002 tx 053032303532380D\n"
+                   "0.300004 judge - 41 1 2 164 -1\n0.300005 end noreply 1\n"
+                   "0.400001 ask 053031303532380D 8\n0.400002 tx 053031303532380D\n"
+                   "0.400004 judge - 0 1 1 164 -1\n0.400005 end brokenoff 1\n"
+                   "0.500001 ask 053031303532380D 8\n0.500002 tx 053031303532380D\n"
+                   "0.500004 judge 063031303743310D 1 1 1 164 -1\n0.500005 end replied 2\n");
+        file.close();
+        KvtProcess kvt;
+        QCOMPARE(kvt.run(QStringList{QStringLiteral("decode"), file.fileName()} +
+                         options.split(QLatin1Char(' '), Qt::SkipEmptyParts)),
+                 0);
+        const QString text = QString::fromUtf8(kvt.output());
+        QStringList shown;
+        for (const QString &line : text.split(QLatin1Char('\n'), Qt::SkipEmptyParts))
+            shown.append(line.simplified().section(QLatin1Char(' '), 1, 1));
+        shown.removeDuplicates();
+        QCOMPARE(shown.join(QLatin1Char(' ')), exchanges);
+        QCOMPARE(
+            text.contains(QLatin1String("attempt 1 ended: nothing had come when the time-out was "
+                                        "over")),
+            exchanges.contains(QLatin1Char('2')));
+        QCOMPARE(text.contains(QLatin1String("attempt 1 ended: the reply began and did not go on")),
+                 exchanges.contains(QLatin1Char('3')));
+    }
 
-void TestKvtDecode::whatHappenedToTheLineIsShownWithAnyChoice()
-{
-    QFETCH(QString, options);
-    QFETCH(QStringList, shown);
-    QTemporaryFile file;
-    QVERIFY(file.open());
-    const QByteArray exchange = "0.1 ask 053031303532380D 8\n0.1 tx 053031303532380D\n"
-                                "0.1 rx 063031303743310D\n0.1 judge 063031303743310D 1 1 1 164 -1\n"
-                                "0.1 end replied 1\n";
-    file.write("kvt-trace 1 2026-11-21T14:00:00Z\n0.0 line up\n" + exchange +
-               "0.2 station 1 0\n0.2 station 2 1\n" + exchange + "0.3 line down\n0.3 lost 3\n");
-    file.close();
-    KvtProcess kvt;
-    QCOMPARE(kvt.run(QStringList{QStringLiteral("decode"), file.fileName()} +
-                     options.split(QLatin1Char(' '))),
-             0);
-    QStringList events;
-    for (const QString &line :
-         QString::fromUtf8(kvt.output()).split(QLatin1Char('\n'), Qt::SkipEmptyParts))
-        if (line.contains(QLatin1String("line is")) || line.contains(QLatin1String("switched")) ||
-            line.contains(QLatin1String("lost")))
-            events.append(line.simplified().section(QLatin1Char(' '), 2));
-    QCOMPARE(events, shown);
-}
+    void whatHappenedToTheLineIsShownWithAnyChoice_data()
+    {
+        QTest::addColumn<QString>("options");
+        QTest::addColumn<QStringList>("shown");
+        const QString up = QStringLiteral("the line is up");
+        const QString down = QStringLiteral("the line is down");
+        const QString one = QStringLiteral("station 1 is switched off");
+        const QString two = QStringLiteral("station 2 is switched on");
+        const QString lost = QStringLiteral("3 records were lost");
+        QTest::newRow("failures") << "--failures" << QStringList{up, one, two, down, lost};
+        QTest::newRow("a station") << "--station 2" << QStringList{up, two, down, lost};
+        QTest::newRow("exchanges") << "--exchanges 2" << QStringList{down, lost};
+    }
 
-void TestKvtDecode::aTraceTellsTheTimeOfDay()
-{
-    QTemporaryFile file;
-    QVERIFY(file.open());
-    file.write("kvt-trace 1 2026-11-21T14:00:00.250Z\n0.000001 line up\n");
-    file.close();
-    KvtProcess kvt;
-    QCOMPARE(kvt.run({QStringLiteral("decode"), file.fileName()}), 0);
-    const QString line = QString::fromUtf8(kvt.output()).section(QLatin1Char('\n'), 0, 0);
-    const QString time = line.section(QLatin1String("the run began at "), 1);
-    QCOMPARE(QDateTime::fromString(time, Qt::ISODateWithMs),
-             QDateTime::fromString(QStringLiteral("2026-11-21T14:00:00.250Z"), Qt::ISODateWithMs));
-}
+    void whatHappenedToTheLineIsShownWithAnyChoice()
+    {
+        QFETCH(QString, options);
+        QFETCH(QStringList, shown);
+        QTemporaryFile file;
+        QVERIFY(file.open());
+        const QByteArray exchange =
+            "0.1 ask 053031303532380D 8\n0.1 tx 053031303532380D\n"
+            "0.1 rx 063031303743310D\n0.1 judge 063031303743310D 1 1 1 164 -1\n"
+            "0.1 end replied 1\n";
+        file.write("kvt-trace 1 2026-11-21T14:00:00Z\n0.0 line up\n" + exchange +
+                   "0.2 station 1 0\n0.2 station 2 1\n" + exchange + "0.3 line down\n0.3 lost 3\n");
+        file.close();
+        KvtProcess kvt;
+        QCOMPARE(kvt.run(QStringList{QStringLiteral("decode"), file.fileName()} +
+                         options.split(QLatin1Char(' '))),
+                 0);
+        QStringList events;
+        for (const QString &line :
+             QString::fromUtf8(kvt.output()).split(QLatin1Char('\n'), Qt::SkipEmptyParts))
+            if (line.contains(QLatin1String("line is")) ||
+                line.contains(QLatin1String("switched")) || line.contains(QLatin1String("lost")))
+                events.append(line.simplified().section(QLatin1Char(' '), 2));
+        QCOMPARE(events, shown);
+    }
 
-void TestKvtDecode::slipsOfTheHandAreRecognized()
-{
-    QCOMPARE(faultAtBadInput({QStringLiteral("sacn")}, QStringLiteral("is \"scan\" meant?")),
-             QString());
-    QCOMPARE(
-        faultAtBadInput({QStringLiteral("decode"), QStringLiteral("--staton"), QStringLiteral("1")},
-                        QStringLiteral("is \"--station\" meant?")),
-        QString());
-}
+    void aTraceTellsTheTimeOfDay()
+    {
+        QTemporaryFile file;
+        QVERIFY(file.open());
+        file.write("kvt-trace 1 2026-11-21T14:00:00.250Z\n0.000001 line up\n");
+        file.close();
+        KvtProcess kvt;
+        QCOMPARE(kvt.run({QStringLiteral("decode"), file.fileName()}), 0);
+        const QString line = QString::fromUtf8(kvt.output()).section(QLatin1Char('\n'), 0, 0);
+        const QString time = line.section(QLatin1String("the run began at "), 1);
+        QCOMPARE(
+            QDateTime::fromString(time, Qt::ISODateWithMs),
+            QDateTime::fromString(QStringLiteral("2026-11-21T14:00:00.250Z"), Qt::ISODateWithMs));
+    }
 
-void TestKvtDecode::badInputOfDecodeIsNamedInOneLine_data()
-{
-    QTest::addColumn<QStringList>("words");
-    QTest::addColumn<QString>("named");
-    QTest::newRow("no range") << QStringList{"--exchanges", "5-2", KVT_PROGRAM}
-                              << QString("--exchanges");
-    QTest::newRow("no number") << QStringList{"--exchanges", "0", KVT_PROGRAM}
-                               << QString("--exchanges");
-    QTest::newRow("no station") << QStringList{"--station", "256", KVT_PROGRAM}
-                                << QString("--station");
-    QTest::newRow("no trace to choose from")
-        << QStringList{"--failures", "05"} << QString("\"05\"");
-    QTest::newRow("nothing") << QStringList() << QString("decode");
-    QTest::newRow("no digits") << QStringList{"0G"} << QString("\"0G\"");
-    QTest::newRow("half a byte") << QStringList{"05303"} << QString("\"05303\": half a byte");
-    QTest::newRow("no such file") << QStringList{"missing.trace"} << QString("missing.trace");
-    QTest::newRow("no trace") << QStringList{KVT_PROGRAM} << QString("line 1");
-    QTest::newRow("too long") << QStringList{QString(8194, '0')} << QString("4096");
-    QTest::newRow("an option") << QStringList{"--frobnicate"} << QString("frobnicate");
-    QTest::newRow("no tag list") << QStringList{"--tags", "missing.csv", "05"}
-                                 << QString("missing.csv");
-}
+    void slipsOfTheHandAreRecognized()
+    {
+        QCOMPARE(faultAtBadInput({QStringLiteral("sacn")}, QStringLiteral("is \"scan\" meant?")),
+                 QString());
+        QCOMPARE(faultAtBadInput(
+                     {QStringLiteral("decode"), QStringLiteral("--staton"), QStringLiteral("1")},
+                     QStringLiteral("is \"--station\" meant?")),
+                 QString());
+    }
 
-void TestKvtDecode::badInputOfDecodeIsNamedInOneLine()
-{
-    QFETCH(QStringList, words);
-    QFETCH(QString, named);
-    QCOMPARE(faultAtBadInput(QStringList(QStringLiteral("decode")) + words, named), QString());
-}
+    void badInputOfDecodeIsNamedInOneLine_data()
+    {
+        QTest::addColumn<QStringList>("words");
+        QTest::addColumn<QString>("named");
+        QTest::newRow("no range") << QStringList{"--exchanges", "5-2", KVT_PROGRAM}
+                                  << QString("--exchanges");
+        QTest::newRow("no number")
+            << QStringList{"--exchanges", "0", KVT_PROGRAM} << QString("--exchanges");
+        QTest::newRow("no station")
+            << QStringList{"--station", "256", KVT_PROGRAM} << QString("--station");
+        QTest::newRow("no trace to choose from")
+            << QStringList{"--failures", "05"} << QString("\"05\"");
+        QTest::newRow("nothing") << QStringList() << QString("decode");
+        QTest::newRow("no digits") << QStringList{"0G"} << QString("\"0G\"");
+        QTest::newRow("half a byte") << QStringList{"05303"} << QString("\"05303\": half a byte");
+        QTest::newRow("no such file") << QStringList{"missing.trace"} << QString("missing.trace");
+        QTest::newRow("no trace") << QStringList{KVT_PROGRAM} << QString("line 1");
+        QTest::newRow("too long") << QStringList{QString(8194, '0')} << QString("4096");
+        QTest::newRow("an option") << QStringList{"--frobnicate"} << QString("frobnicate");
+        QTest::newRow("no tag list")
+            << QStringList{"--tags", "missing.csv", "05"} << QString("missing.csv");
+    }
 
-void TestKvtDecode::codesAreExplained_data()
-{
-    QTest::addColumn<QByteArray>("parts"); // parted by |
-    QTest::newRow("0") << QByteArray("0: this attempt failed and will be repeated");
-    QTest::newRow("1") << QByteArray("1: success");
-    QTest::newRow("11") << QByteArray("11: the reply was refused|requester 0|check the address");
-    QTest::newRow("22") << QByteArray("22: the reply was refused|requester 11\n");
-    QTest::newRow("41") << QByteArray(
-        "41: no reply in time, or none that could be trusted|requester 0|"
-        "check cable|a second master or program on the line");
-    QTest::newRow("52") << QByteArray("52: no reply in time, |requester 11\n");
-    QTest::newRow("73") << QByteArray(
-        "73: the reply had the wrong length|refusal (NAK)|requester 2\n");
-    QTest::newRow("100") << QByteArray("100: success of a request to another PLC");
-    QTest::newRow("111") << QByteArray("111: the reply was refused|another PLC|requester 0");
-    QTest::newRow("141") << QByteArray("141: no reply from the other PLC|requester 0");
-    QTest::newRow("182") << QByteArray("182: the reply had the wrong length|requester 11\n");
-    QTest::newRow("200") << QByteArray("200: failed for an unknown reason");
-}
+    void badInputOfDecodeIsNamedInOneLine()
+    {
+        QFETCH(QStringList, words);
+        QFETCH(QString, named);
+        QCOMPARE(faultAtBadInput(QStringList(QStringLiteral("decode")) + words, named), QString());
+    }
 
-void TestKvtDecode::codesAreExplained()
-{
-    QFETCH(QByteArray, parts);
-    KvtProcess kvt;
-    QCOMPARE(kvt.run({QStringLiteral("explain"), QLatin1String(QTest::currentDataTag())}), 0);
-    const QByteArray text = kvt.output();
-    for (const QByteArray &part : parts.split('|'))
-        QVERIFY2(text.contains(part), text);
-}
+    void codesAreExplained_data()
+    {
+        QTest::addColumn<QByteArray>("parts"); // parted by |
+        QTest::newRow("0") << QByteArray("0: this attempt failed and will be repeated");
+        QTest::newRow("1") << QByteArray("1: success");
+        QTest::newRow("11") << QByteArray(
+            "11: the reply was refused|requester 0|check the address");
+        QTest::newRow("22") << QByteArray("22: the reply was refused|requester 11\n");
+        QTest::newRow("41") << QByteArray(
+            "41: no reply in time, or none that could be trusted|requester 0|"
+            "check cable|a second master or program on the line");
+        QTest::newRow("52") << QByteArray("52: no reply in time, |requester 11\n");
+        QTest::newRow("73") << QByteArray(
+            "73: the reply had the wrong length|refusal (NAK)|requester 2\n");
+        QTest::newRow("100") << QByteArray("100: success of a request to another PLC");
+        QTest::newRow("111") << QByteArray("111: the reply was refused|another PLC|requester 0");
+        QTest::newRow("141") << QByteArray("141: no reply from the other PLC|requester 0");
+        QTest::newRow("182") << QByteArray("182: the reply had the wrong length|requester 11\n");
+        QTest::newRow("200") << QByteArray("200: failed for an unknown reason");
+    }
 
-void TestKvtDecode::codesAreExplainedAsJson()
-{
-    KvtProcess kvt;
-    QCOMPARE(kvt.run({QStringLiteral("explain"), QStringLiteral("--json"), QStringLiteral("1"),
-                      QStringLiteral("43")}),
-             0);
-    const QJsonObject success = kvt.readObject();
-    QCOMPARE(success.value(QStringLiteral("result")).toInt(), 1);
-    QCOMPARE(success.value(QStringLiteral("ok")).toBool(), true);
-    const QJsonObject failure = kvt.readObject();
-    QCOMPARE(failure.value(QStringLiteral("result")).toInt(), 43);
-    QCOMPARE(failure.value(QStringLiteral("ok")).toBool(true), false);
-    QCOMPARE(failure.value(QStringLiteral("requester")).toString(), QStringLiteral("requester 2"));
-    QVERIFY(failure.value(QStringLiteral("checks")).toArray().size() > 2);
-}
+    void codesAreExplained()
+    {
+        QFETCH(QByteArray, parts);
+        KvtProcess kvt;
+        QCOMPARE(kvt.run({QStringLiteral("explain"), QLatin1String(QTest::currentDataTag())}), 0);
+        const QByteArray text = kvt.output();
+        for (const QByteArray &part : parts.split('|'))
+            QVERIFY2(text.contains(part), text);
+    }
 
-void TestKvtDecode::badInputOfExplainIsNamedInOneLine_data()
-{
-    QTest::addColumn<QString>("word");
-    for (const char *word : {"", "5", "10", "23", "40", "53", "101", "183", "201", "x", "1.0",
-                             "99999999999", "--frobnicate"})
-        QTest::newRow(word) << QString::fromLatin1(word);
-}
+    void codesAreExplainedAsJson()
+    {
+        KvtProcess kvt;
+        QCOMPARE(kvt.run({QStringLiteral("explain"), QStringLiteral("--json"), QStringLiteral("1"),
+                          QStringLiteral("43")}),
+                 0);
+        const QJsonObject success = kvt.readObject();
+        QCOMPARE(success.value(QStringLiteral("result")).toInt(), 1);
+        QCOMPARE(success.value(QStringLiteral("ok")).toBool(), true);
+        const QJsonObject failure = kvt.readObject();
+        QCOMPARE(failure.value(QStringLiteral("result")).toInt(), 43);
+        QCOMPARE(failure.value(QStringLiteral("ok")).toBool(true), false);
+        QCOMPARE(failure.value(QStringLiteral("requester")).toString(),
+                 QStringLiteral("requester 2"));
+        QVERIFY(failure.value(QStringLiteral("checks")).toArray().size() > 2);
+    }
 
-void TestKvtDecode::badInputOfExplainIsNamedInOneLine()
-{
-    QFETCH(QString, word);
-    QCOMPARE(faultAtBadInput({QStringLiteral("explain"), word},
-                             word.mid(word.lastIndexOf(QLatin1Char('-')) + 1)),
-             QString());
-}
+    void badInputOfExplainIsNamedInOneLine_data()
+    {
+        QTest::addColumn<QString>("word");
+        for (const char *word : {"", "5", "10", "23", "40", "53", "101", "183", "201", "x", "1.0",
+                                 "99999999999", "--frobnicate"})
+            QTest::newRow(word) << QString::fromLatin1(word);
+    }
 
-void TestKvtDecode::goodCodesAreExplainedBesideWrongOnes()
-{
-    KvtProcess kvt;
-    QCOMPARE(kvt.run({QStringLiteral("explain"), QStringLiteral("1"), QStringLiteral("201"),
-                      QStringLiteral("200")}),
-             2);
-    const QByteArray text = kvt.output();
-    QVERIFY2(text.startsWith("1: success") && text.contains("\n200: failed"), text);
-    QVERIFY(kvt.errors().startsWith("kvt: explain: \"201\" is no result code"));
-}
+    void badInputOfExplainIsNamedInOneLine()
+    {
+        QFETCH(QString, word);
+        QCOMPARE(faultAtBadInput({QStringLiteral("explain"), word},
+                                 word.mid(word.lastIndexOf(QLatin1Char('-')) + 1)),
+                 QString());
+    }
 
-void TestKvtDecode::helpNamesTheOptions_data()
-{
-    QTest::addColumn<QByteArrayList>("options");
-    QTest::newRow("decode") << QByteArrayList{"--tags", "--json", "FRAME"};
-    QTest::newRow("explain") << QByteArrayList{"--json", "CODE"};
-    QTest::newRow("replay") << QByteArrayList{"--json", "--driver", "FILE"};
-    QTest::newRow("plan") << QByteArrayList{"--tags",    "--baud",   "--format", "--turnaround",
-                                            "--timeout", "--writes", "--asked",  "--overhead",
-                                            "--retries", "--json"};
-    QTest::newRow("tune") << QByteArrayList{"--tags", "--exchanges", "--margin", "--serial",
-                                            "--tcp",  "--trace",     "--json"};
-}
+    void goodCodesAreExplainedBesideWrongOnes()
+    {
+        KvtProcess kvt;
+        QCOMPARE(kvt.run({QStringLiteral("explain"), QStringLiteral("1"), QStringLiteral("201"),
+                          QStringLiteral("200")}),
+                 2);
+        const QByteArray text = kvt.output();
+        QVERIFY2(text.startsWith("1: success") && text.contains("\n200: failed"), text);
+        QVERIFY(kvt.errors().startsWith("kvt: explain: \"201\" is no result code"));
+    }
 
-void TestKvtDecode::helpNamesTheOptions()
-{
-    QFETCH(QByteArrayList, options);
-    KvtProcess kvt;
-    QCOMPARE(kvt.run({QLatin1String(QTest::currentDataTag()), QStringLiteral("--help")}), 0);
-    const QByteArray help = kvt.output();
-    QVERIFY(kvt.errors().isEmpty());
-    for (const QByteArray &option : options)
-        QVERIFY2(help.contains(option), option);
-}
+    void helpNamesTheOptions_data()
+    {
+        QTest::addColumn<QByteArrayList>("options");
+        QTest::newRow("decode") << QByteArrayList{"--tags", "--json", "FRAME"};
+        QTest::newRow("explain") << QByteArrayList{"--json", "CODE"};
+        QTest::newRow("replay") << QByteArrayList{"--json", "--driver", "FILE"};
+        QTest::newRow("plan") << QByteArrayList{"--tags",    "--baud",   "--format", "--turnaround",
+                                                "--timeout", "--writes", "--asked",  "--overhead",
+                                                "--retries", "--json"};
+        QTest::newRow("tune") << QByteArrayList{"--tags", "--exchanges", "--margin", "--serial",
+                                                "--tcp",  "--trace",     "--json"};
+    }
+
+    void helpNamesTheOptions()
+    {
+        QFETCH(QByteArrayList, options);
+        KvtProcess kvt;
+        QCOMPARE(kvt.run({QLatin1String(QTest::currentDataTag()), QStringLiteral("--help")}), 0);
+        const QByteArray help = kvt.output();
+        QVERIFY(kvt.errors().isEmpty());
+        for (const QByteArray &option : options)
+            QVERIFY2(help.contains(option), option);
+    }
+};
 
 QTEST_GUILESS_MAIN(TestKvtDecode)
 #include "tst_kvt_decode.moc"

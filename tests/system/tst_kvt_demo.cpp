@@ -6,29 +6,9 @@
 
 #include <array>
 
-class KvtDemoTest : public QObject
+class TestKvtDemo : public QObject
 {
     Q_OBJECT
-
-    /// The numbers of the summary line; empty when there is none.
-    static QStringList summary(const QByteArray &output)
-    {
-        static const QRegularExpression line(QStringLiteral(
-            "exchanges (\\d+), values read (\\d+), writes confirmed (\\d+), of these "
-            "read back (\\d+), failures (\\d+)\n$"));
-        return line.match(QString::fromUtf8(output)).capturedTexts().mid(1);
-    }
-
-    static void checkGoodEnd(KvtProcess &kvt)
-    {
-        QCOMPARE(kvt.finish(), 0);
-        QCOMPARE(kvt.errors(), QByteArray());
-        const QStringList numbers = summary(kvt.output());
-        QCOMPARE(numbers.size(), 5);
-        for (int i = 0; i < 4; ++i)
-            QVERIFY2(numbers.at(i).toInt() > 0, qPrintable(numbers.join(QLatin1Char(' '))));
-        QCOMPARE(numbers.at(4), QStringLiteral("0"));
-    }
 
 private Q_SLOTS:
     // The end comes at the same time as a write, and must not count it as failed.
@@ -70,7 +50,28 @@ private Q_SLOTS:
         QFETCH(QString, named);
         QCOMPARE(faultAtBadInput(words.split(QLatin1Char(' ')), named), QString());
     }
+
+private:
+    // The numbers of the summary line; empty when there is none.
+    static QStringList summary(const QByteArray &output)
+    {
+        static const QRegularExpression line(QStringLiteral(
+            "exchanges (\\d+), values read (\\d+), writes confirmed (\\d+), of these "
+            "read back (\\d+), failures (\\d+)\n$"));
+        return line.match(QString::fromUtf8(output)).capturedTexts().mid(1);
+    }
+
+    static void checkGoodEnd(KvtProcess &kvt)
+    {
+        QCOMPARE(kvt.finish(), 0);
+        QCOMPARE(kvt.errors(), QByteArray());
+        const QStringList numbers = summary(kvt.output());
+        QCOMPARE(numbers.size(), 5);
+        for (int i = 0; i < 4; ++i)
+            QVERIFY2(numbers.at(i).toInt() > 0, qPrintable(numbers.join(QLatin1Char(' '))));
+        QCOMPARE(numbers.at(4), QStringLiteral("0"));
+    }
 };
 
-QTEST_GUILESS_MAIN(KvtDemoTest)
+QTEST_GUILESS_MAIN(TestKvtDemo)
 #include "tst_kvt_demo.moc"
