@@ -11,9 +11,17 @@ import collections
 Row = collections.namedtuple("Row", "name doing rules tags least physics")
 
 
-def _poll(name, script, when="1/10", tags="mixed", least=0, physics=""):
+ANY = "1/10"  # at any time: one of ten
+
+
+def _poll(name, script, when=ANY, tags="mixed", least=0, physics=""):
     rules = tuple(script) if isinstance(script, list) else ((script, when),)
     return Row(name, "poll", rules, tags, least, physics)
+
+
+def _with_alike(name, *rest, **more):
+    """A row, and the same among replies alike."""
+    return [_poll(name, *rest, **more), _poll(f"{name}, alike", *rest, tags="alike", **more)]
 
 
 def _read(name, script, when="all", least=0, physics=""):
@@ -27,7 +35,6 @@ def _write(name, script, when="all", least=0, physics=""):
 LATE = "nothing but time tells a reply of that station and length from the true one"
 LATE_DUPLICATE = "a repetition behind the next request looks like its answer"
 KEPT_BACK = "a line that keeps one reply back until the next request, among replies alike"
-ANY = "1/10"
 
 WELL_BEHAVED = [
     _poll("nothing wrong", "R", "all", least=99),
@@ -37,92 +44,75 @@ WELL_BEHAVED = [
     _poll("echo of the request", "Q R", "all", least=95),
 ]
 LOST_AND_LATE = [
-    _poll("lost", "", ANY, least=50),
-    _poll("late, 1.2 time-outs", "@1.2T R", ANY, least=50),
-    _poll("late, 1.5 time-outs", "@1.5T R", ANY, least=50),
-    _poll("late, 1.9 time-outs", "@1.9T R", ANY, least=50),
-    _poll("late, 2.5 time-outs", "@2.5T R", ANY, physics=LATE),
-    _poll("late, 3.5 time-outs", "@3.5T R", ANY, physics=LATE),
-    _poll("late, 2.5 time-outs, alike", "@2.5T R", ANY, tags="alike", physics=LATE),
+    _poll("lost", "", least=50),
+    *(_poll(f"late, {late} time-outs", f"@{late}T R", least=50) for late in (1.2, 1.5, 1.9)),
+    *_with_alike("late, 2.5 time-outs", "@2.5T R", physics=LATE),
+    _poll("late, 3.5 time-outs", "@3.5T R", physics=LATE),
     _poll("all late, 1.2 time-outs", "@1.2T R", "all"),
-    _poll("all late, 2.2 time-outs", "@2.2T R", "all", physics=LATE),
-    _poll("all late, 2.2 time-outs, alike", "@2.2T R", "all", tags="alike", physics=LATE),
+    *_with_alike("all late, 2.2 time-outs", "@2.2T R", "all", physics=LATE),
 ]
 CUT = [
-    _poll("cut after 1", "R[0:1]", ANY, least=50),
-    _poll("cut after 3", "R[0:3]", ANY, least=50),
-    _poll("cut after 5", "R[0:5]", ANY, least=50),
-    _poll("cut before CR", "R[0:-1]", ANY, least=50),
-    _poll("cut after 5, the rest 40 ms later", "R[0:5] @40 R[5:]", ANY, least=20),
-    _poll("cut after 5, the rest 100 ms later", "R[0:5] @100 R[5:]", ANY, least=20),
-    _poll("LF for CR", "R[0:-1] 0A", ANY, least=50),
+    *(_poll(f"cut after {count}", f"R[0:{count}]", least=50) for count in (1, 3, 5)),
+    _poll("cut before CR", "R[0:-1]", least=50),
+    *(_poll(f"cut after 5, the rest {pause} ms later", f"R[0:5] @{pause} R[5:]", least=20)
+      for pause in (40, 100)),
+    _poll("LF for CR", "R[0:-1] 0A", least=50),
 ]
 DOUBLED = [
-    _poll("twice", "R R", ANY, least=50),
+    _poll("twice", "R R", least=50),
     _poll("all twice", "R R", "all"),
-    _poll("twice, 1 ms between", "R @1 R", ANY, physics=LATE_DUPLICATE),
-    _poll("twice, 1 ms between, alike", "R @1 R", ANY, tags="alike", physics=LATE_DUPLICATE),
+    *_with_alike("twice, 1 ms between", "R @1 R", physics=LATE_DUPLICATE),
     _poll("once twice, 1 ms between, alike", "R @1 R", "100", tags="alike",
           physics=LATE_DUPLICATE),
     _poll("all twice, 1 ms between, alike", "R @1 R", "all", tags="alike",
           physics=LATE_DUPLICATE),
-    _poll("twice, 30 ms between", "R @30 R", ANY, physics=LATE_DUPLICATE),
-    _poll("the one before ahead", "P R", ANY, physics=LATE_DUPLICATE),
-    _poll("the one before behind", "R P", ANY, least=20),
+    _poll("twice, 30 ms between", "R @30 R", physics=LATE_DUPLICATE),
+    _poll("the one before ahead", "P R", physics=LATE_DUPLICATE),
+    _poll("the one before behind", "R P", least=20),
 ]
 FOREIGN = [
-    _poll("another station instead", "F", ANY, least=20),
+    _poll("another station instead", "F", least=20),
     _poll("another station always", "F", "all"),
-    _poll("another station ahead", "F R", ANY, least=20),
-    _poll("another station ahead, 3 ms", "F @3 R", ANY, least=20),
+    _poll("another station ahead", "F R", least=20),
+    _poll("another station ahead, 3 ms", "F @3 R", least=20),
     _poll("another station always ahead", "F R", "all"),
-    _poll("another station behind", "R F", ANY, least=20),
-    _poll("another station behind, 1 ms", "R @1 F", ANY, least=20),
+    _poll("another station behind", "R F", least=20),
+    _poll("another station behind, 1 ms", "R @1 F", least=20),
 ]
 NOISE = [
-    _poll("ahead: 00FF55", "00FF55 R", ANY, least=20),
-    _poll("ahead: 0D", "0D R", ANY, least=20),
-    _poll("ahead: 15", "15 R", ANY, least=20),
-    _poll("ahead: 15 0D, 1 of 100", "15 0D R", "1/100", least=20),
-    _poll("ahead: 15 0D, 1 of 100, alike", "15 0D R", "1/100", tags="alike", least=20),
+    *(_poll(f"ahead: {noise}", f"{noise} R", least=20)
+      for noise in ("00FF55", "0D", "15", "06 0D")),
+    *_with_alike("ahead: 15 0D, 1 of 100", "15 0D R", "1/100", least=20),
     _poll("ahead: 15 0D, once, alike", "15 0D R", "100", tags="alike", least=20),
-    _poll("ahead: 15 0D", "15 0D R", ANY),
-    _poll("ahead: 15 0D, 5 ms", "15 0D @5 R", "1/100"),
-    _poll("ahead: 15 0D, 5 ms, alike", "15 0D @5 R", "1/100", tags="alike"),
-    _poll("ahead: 06 0D", "06 0D R", ANY, least=20),
-    _poll("within: 0D", "R[0:4] 0D R[4:]", ANY, least=20),
-    _poll("within: 15", "R[0:4] 15 R[4:]", ANY, least=20),
-    _poll("within: 15 0D", "R[0:4] 150D R[4:]", ANY, least=20),
-    _poll("within: 55", "R[0:4] 55 R[4:]", ANY, least=20),
-    _poll("behind: 55", "R 55", ANY, least=20),
-    _poll("behind: 0D", "R 0D", ANY, least=20),
-    _poll("behind: 15 0D", "R 15 0D", ANY, least=20),
-    _poll("behind: 0D, 1 ms", "R @1 0D", ANY),
-    _poll("behind: 15 0D, 1 ms", "R @1 15 0D", ANY),
-    _poll("behind: 15 0D, 1 ms, alike", "R @1 15 0D", ANY, tags="alike"),
+    _poll("ahead: 15 0D", "15 0D R"),
+    *_with_alike("ahead: 15 0D, 5 ms", "15 0D @5 R", "1/100"),
+    *(_poll(f"within: {noise}", f"R[0:4] {noise.replace(' ', '')} R[4:]", least=20)
+      for noise in ("0D", "15", "15 0D", "55")),
+    *(_poll(f"behind: {noise}", f"R {noise}", least=20) for noise in ("55", "0D", "15 0D")),
+    _poll("behind: 0D, 1 ms", "R @1 0D"),
+    *_with_alike("behind: 15 0D, 1 ms", "R @1 15 0D"),
     _poll("ahead: 5 random", "*5 R", "5%", least=20),
     _poll("behind: 5 random", "R *5", "5%", least=20),
-    _poll("random for a reply", "*20", ANY, least=20),
+    _poll("random for a reply", "*20", least=20),
     _poll("always random", "*20", "all"),
 ]
 DIGITS = [
-    _poll("digits zz", "R/zz", ANY, least=20),
+    _poll("digits zz", "R/zz", least=20),
     _poll("digits zz always", "R/zz", "all"),
-    _poll("digits :;", "R/:;", ANY, least=20),
-    _poll("a blank digit", "R[0:-2] 20 0D", ANY, least=20),
+    _poll("digits :;", "R/:;", least=20),
+    _poll("a blank digit", "R[0:-2] 20 0D", least=20),
     _poll("lower case", "R/lower", "all"),
 ]
 REFUSALS = [
-    _poll("refused", "15 S 0D", ANY, least=20),
-    _poll("refused with a reason", "15 S 3031 0D", ANY, least=20),
-    _poll("refused with a reason, the reply behind", "15 S 3031 0D R", ANY),
-    _poll("refused, the reply behind", "15 S 0D R", ANY),
-    _poll("refused, the reply 5 ms behind", "15 S 0D @5 R", ANY),
-    _poll("refused, the reply 5 ms behind, alike", "15 S 0D @5 R", ANY, tags="alike"),
-    _poll("NAK alone", "15", ANY, least=20),
-    _poll("NAK CR", "15 0D", ANY, least=20),
-    _poll("NAK of another station", "15 f 0D", ANY, least=20),
-    _poll("NAK of another station ahead", "15 f 0D R", ANY),
+    _poll("refused", "15 S 0D", least=20),
+    _poll("refused with a reason", "15 S 3031 0D", least=20),
+    _poll("refused with a reason, the reply behind", "15 S 3031 0D R"),
+    _poll("refused, the reply behind", "15 S 0D R"),
+    *_with_alike("refused, the reply 5 ms behind", "15 S 0D @5 R"),
+    _poll("NAK alone", "15", least=20),
+    _poll("NAK CR", "15 0D", least=20),
+    _poll("NAK of another station", "15 f 0D", least=20),
+    _poll("NAK of another station ahead", "15 f 0D R"),
     _poll("refused always", "15 S 0D", "all"),
 ]
 STREAMS = [
