@@ -40,4 +40,12 @@ bool readFormatOption(const QCommandLineParser &parser, CharacterFormat *format)
     return true;
 }
 
+QString formatName(const SerialSettings &serial)
+{
+    return QStringLiteral("%1%2%3")
+        .arg(serial.dataBits)
+        .arg(PARITIES.at(static_cast<int>(serial.parity)))
+        .arg(serial.stopBits);
+}
+
 } // namespace kvt

@@ -2,6 +2,8 @@
 #ifndef KVT_APPS_KVT_CHARACTER_FORMAT_H
 #define KVT_APPS_KVT_CHARACTER_FORMAT_H
 
+#include "host/serial_line.h"
+
 #include <QCommandLineParser>
 
 namespace kvt
@@ -22,6 +24,9 @@ struct CharacterFormat {
         settings->stopBits = stopBits;
     }
 };
+
+/// Returns the format of a line in the form of --format: "8N1".
+QString formatName(const SerialSettings &serial);
 
 /// Adds --format, 8N1 unless it is given.
 void addFormatOption(QCommandLineParser *parser);

@@ -201,11 +201,9 @@ bool readExchanges(const QString &text, TraceSelection *selection)
 bool readSelection(const QCommandLineParser &parser, TraceSelection *selection)
 {
     selection->failures = parser.isSet(QStringLiteral("failures"));
-    if (parser.isSet(QStringLiteral("station")) &&
-        !readNumber(parser, QStringLiteral("station"), 0, 255, &selection->station))
-        return false;
-    return !parser.isSet(QStringLiteral("exchanges")) ||
-           readExchanges(parser.value(QStringLiteral("exchanges")), selection);
+    return readNumberIfSet(parser, QStringLiteral("station"), 0, 255, &selection->station) &&
+           (!parser.isSet(QStringLiteral("exchanges")) ||
+            readExchanges(parser.value(QStringLiteral("exchanges")), selection));
 }
 
 void addOptions(QCommandLineParser *parser)

@@ -6,6 +6,7 @@
 #include "apps/kvt/exit_codes.h"
 #include "apps/kvt/options.h"
 #include "apps/kvt/poll_output.h"
+#include "apps/kvt/run_end.h"
 #include "apps/kvt/stop_signal.h"
 #include "host/poller.h"
 #include "host/serial_line.h"
@@ -23,10 +24,10 @@ namespace kvt
 namespace
 {
 
-const int BAUD = 38400;
-const int BITS_PER_BYTE = 10;
-const int WRITE_INTERVAL_ms = 200;
-const int SHOW_INTERVAL_ms = 500;
+constexpr int BAUD = 38400;
+constexpr int BITS_PER_BYTE = 10;
+constexpr int WRITE_INTERVAL_ms = 200;
+constexpr int SHOW_INTERVAL_ms = 500;
 
 struct DemoOptions {
     QString driver;
@@ -130,9 +131,7 @@ int Demo::run(int seconds)
     QTimer showTimer;
     QObject::connect(&showTimer, &QTimer::timeout, [this] { show(); });
     showTimer.start(SHOW_INTERVAL_ms);
-    if (seconds > 0)
-        QTimer::singleShot(std::chrono::seconds(seconds), QCoreApplication::instance(),
-                           &QCoreApplication::quit);
+    quitEventLoopAfter(seconds);
     QCoreApplication::exec();
 
     const bool everyTagGood = isEveryTagGood(*poller_);
@@ -217,10 +216,7 @@ int runDemo(const QStringList &arguments)
     parser.addOption(driverOption());
     parser.addOption({QStringLiteral("tags"), QStringLiteral("Tag list (default: a sample)."),
                       QStringLiteral("FILE"), QStringLiteral(":/plant.csv")});
-    parser.addOption(
-        {QStringLiteral("seconds"),
-         QStringLiteral("End after so many seconds, 1 to 1000000 (default: at Ctrl-C)."),
-         QStringLiteral("N")});
+    addSecondsOption(&parser);
     int exitCode = EXIT_GOOD;
     if (parseOptions(&parser, QStringLiteral("demo"), arguments, &exitCode))
         return exitCode;
@@ -230,8 +226,7 @@ int runDemo(const QStringList &arguments)
     DemoOptions options;
     options.driver = driverPath(parser);
     options.tagFile = parser.value(QStringLiteral("tags"));
-    if (parser.isSet(QStringLiteral("seconds")) &&
-        !readNumber(parser, QStringLiteral("seconds"), 1, 1000000, &options.seconds))
+    if (!readSecondsOption(parser, &options.seconds))
         return EXIT_USAGE;
     return runWith(options);
 }

@@ -13,7 +13,6 @@ namespace kvt
 namespace
 {
 
-const QString TAGS = QStringLiteral("tags");
 const QString TURNAROUND = QStringLiteral("turnaround");
 const QString OVERHEAD = QStringLiteral("overhead");
 const QString WRITES = QStringLiteral("writes");
@@ -24,8 +23,7 @@ constexpr int SPEEDS[] = {1200, 2400, 4800, 9600, 19200, 38400, 57600, 115200};
 
 void addOptions(QCommandLineParser *parser)
 {
-    parser->addOption(
-        {TAGS, QStringLiteral("Tag list, a CSV file. Needed."), QStringLiteral("FILE")});
+    addNeededTagsOption(parser);
     addSpeedOptions(parser);
     parser->addOption({TURNAROUND,
                        QStringLiteral("Time of the PLC from a request's last byte to its reply's "
@@ -58,9 +56,8 @@ bool readSettings(const QCommandLineParser &parser, PlanReport *report)
         !readNumber(parser, TURNAROUND, 0, 10000, &turnaround_ms) ||
         !readNumber(parser, OVERHEAD, 0, 1000000, &overhead_us) ||
         !readTimingOptions(parser, &timeout_ms, &report->settings.retryLimit) ||
-        !readNumber(parser, WRITES, 0, QUEUE_LIMIT - 1, &report->settings.writesAhead))
-        return false;
-    if (parser.isSet(ASKED) && !readNumber(parser, ASKED, 1, 3600000, &report->asked_ms))
+        !readNumber(parser, WRITES, 0, QUEUE_LIMIT - 1, &report->settings.writesAhead) ||
+        !readNumberIfSet(parser, ASKED, 1, 3600000, &report->asked_ms))
         return false;
     report->settings.turnaround_ns = milliseconds(turnaround_ms);
     report->settings.overhead_ns = microseconds(overhead_us);
@@ -93,14 +90,10 @@ int runPlan(const QStringList &arguments)
     int exitCode = EXIT_GOOD;
     if (parseOptions(&parser, QStringLiteral("plan"), arguments, &exitCode))
         return exitCode;
-    if (!parser.isSet(TAGS)) {
-        printError(QStringLiteral("plan: --tags FILE is missing"));
-        return EXIT_USAGE;
-    }
     PlanReport report;
     QVector<Tag> tags;
     if (!noArguments(parser, QStringLiteral("plan")) || !readSettings(parser, &report) ||
-        !readPollableTags(parser.value(TAGS), &tags))
+        !readNeededTags(parser, QStringLiteral("plan"), &tags))
         return EXIT_USAGE;
     makePlans(tags, &report);
     printOut(parser.isSet(JSON) ? jsonLine(planToJson(report)) : planText(report));

@@ -6,6 +6,7 @@
 #include "apps/kvt/options.h"
 #include "apps/kvt/poll_output.h"
 #include "apps/kvt/poll_watcher.h"
+#include "apps/kvt/run_end.h"
 #include "apps/kvt/statistics_text.h"
 #include "apps/kvt/stop_signal.h"
 #include "host/statistics_json.h"
@@ -21,12 +22,10 @@ namespace kvt
 namespace
 {
 
-const int LONGEST_s = 1000000;
-const int MOST_SCANS = 1000000000;
+constexpr int MOST_SCANS = 1000000000;
 
 struct PollOptions {
     LineOptions line;
-    QString tagFile;
     int seconds = 0; // 0: until Ctrl-C
     int cycles = 0;  // 0: any number
     int interval_ms = 500;
@@ -45,7 +44,7 @@ class Poll
 {
 public:
     Poll(const PollOptions &options, const QVector<Tag> &tags)
-        : options_(options), tags_(tags), form_(formOf(options)),
+        : options_(options), tags_(tags), lineName_(lineName(options.line)), form_(formOf(options)),
           watcher_(tags, options.cycles, form_ != PollOutput::Form::Table, options.line.isTcp),
           output_(tags, form_)
     {
@@ -65,6 +64,7 @@ private:
 
     PollOptions options_;
     QVector<Tag> tags_;
+    QString lineName_;
     PollOutput::Form form_;
     PollWatcher watcher_;
     EchoReport echo_;
@@ -89,9 +89,7 @@ int Poll::run()
     QTimer timer;
     QObject::connect(&timer, &QTimer::timeout, [this] { showUnlessStuck(); });
     timer.start(options_.interval_ms);
-    if (options_.seconds > 0)
-        QTimer::singleShot(std::chrono::seconds(options_.seconds), QCoreApplication::instance(),
-                           &QCoreApplication::quit);
+    quitEventLoopAfter(options_.seconds);
     QCoreApplication::exec();
     timer.stop();
     return conclude();
@@ -112,13 +110,14 @@ QVector<CellValue> Poll::show(const QJsonObject &summary)
     const Poller &poller = *link_.poller();
     const QVector<CellValue> values = poller.values();
     const qint64 now_ns = monotonicNow_ns(); // no earlier than any of the values
-    echo_.look(poller.statistics());
+    const StationStatistics total = poller.statistics().total;
+    echo_.look(total);
     PollState state;
-    state.line = lineName(options_.line);
+    state.line = lineName_;
     state.lineIsUp = watcher_.isUp();
     state.lineError = watcher_.lineError();
     state.scans = watcher_.scans();
-    state.exchanges = poller.statistics().total.exchanges;
+    state.exchanges = total.exchanges;
     state.elapsed_ns = now_ns - startedAt_ns_;
     output_.show({values, watcher_.results(), now_ns, watcher_.stationsOff()}, state, summary);
     return values;
@@ -127,7 +126,7 @@ QVector<CellValue> Poll::show(const QJsonObject &summary)
 int Poll::conclude()
 {
     if (!watcher_.wasUp() && !watcher_.lineError().isEmpty()) {
-        printError(QStringLiteral("%1: %2").arg(lineName(options_.line), watcher_.lineError()));
+        printError(QStringLiteral("%1: %2").arg(lineName_, watcher_.lineError()));
         return EXIT_NO_LINE;
     }
     // The last reading of the last scan may be on its way to the values.
@@ -198,13 +197,8 @@ void Poll::reportDoubtfulReplies() const
 void addOptions(QCommandLineParser *parser)
 {
     addLineOptions(parser);
-    parser->addOption({QStringLiteral("tags"), QStringLiteral("Tag list, a CSV file. Needed."),
-                       QStringLiteral("FILE")});
-    parser->addOption({QStringLiteral("seconds"),
-                       QStringLiteral("End after so many seconds, 1 to %1 (default: run until "
-                                      "Ctrl-C).")
-                           .arg(LONGEST_s),
-                       QStringLiteral("N")});
+    addNeededTagsOption(parser);
+    addSecondsOption(parser);
     parser->addOption({QStringLiteral("cycles"),
                        QStringLiteral("End after so many scans of all tags, 1 to %1 (default: "
                                       "any number).")
@@ -225,18 +219,9 @@ void addOptions(QCommandLineParser *parser)
 
 bool readOptions(const QCommandLineParser &parser, PollOptions *options)
 {
-    if (!parser.isSet(QStringLiteral("tags"))) {
-        printError(QStringLiteral("poll: --tags FILE is missing"));
-        return false;
-    }
-    options->tagFile = parser.value(QStringLiteral("tags"));
-    if (parser.isSet(QStringLiteral("seconds")) &&
-        !readNumber(parser, QStringLiteral("seconds"), 1, LONGEST_s, &options->seconds))
-        return false;
-    if (parser.isSet(QStringLiteral("cycles")) &&
-        !readNumber(parser, QStringLiteral("cycles"), 1, MOST_SCANS, &options->cycles))
-        return false;
-    return readNumber(parser, QStringLiteral("interval"), 20, 3600000, &options->interval_ms) &&
+    return readSecondsOption(parser, &options->seconds) &&
+           readNumberIfSet(parser, QStringLiteral("cycles"), 1, MOST_SCANS, &options->cycles) &&
+           readNumber(parser, QStringLiteral("interval"), 20, 3600000, &options->interval_ms) &&
            readNumber(parser, QStringLiteral("stale"), 100, 3600000, &options->stale_ms) &&
            readLineOptions(parser, &options->line);
 }
@@ -259,7 +244,7 @@ int runPoll(const QStringList &arguments)
     PollOptions options;
     QVector<Tag> tags;
     if (!noArguments(parser, QStringLiteral("poll")) || !readOptions(parser, &options) ||
-        !readPollableTags(options.tagFile, &tags))
+        !readNeededTags(parser, QStringLiteral("poll"), &tags))
         return EXIT_USAGE;
     return Poll(options, tags).run();
 }

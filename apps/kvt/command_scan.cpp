@@ -1,4 +1,5 @@
 // kvt scan: which stations answer.
+#include "apps/kvt/character_format.h"
 #include "apps/kvt/commands.h"
 #include "apps/kvt/console.h"
 #include "apps/kvt/enquiry.h"

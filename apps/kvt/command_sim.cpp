@@ -3,6 +3,7 @@
 #include "apps/kvt/console.h"
 #include "apps/kvt/exit_codes.h"
 #include "apps/kvt/options.h"
+#include "apps/kvt/run_end.h"
 #include "apps/kvt/sim_options.h"
 #include "apps/kvt/sim_report.h"
 #include "apps/kvt/stop_signal.h"
@@ -12,7 +13,6 @@
 #include "simulator/tcp_port.h"
 
 #include <QCoreApplication>
-#include <QTimer>
 
 #include <memory>
 
@@ -51,9 +51,7 @@ int simulate(SimOptions options)
         return EXIT_NO_LINE;
     }
     printOut(lineNameLine(port->name(), options.json));
-    if (options.seconds > 0)
-        QTimer::singleShot(std::chrono::seconds(options.seconds), QCoreApplication::instance(),
-                           &QCoreApplication::quit);
+    quitEventLoopAfter(options.seconds);
     QCoreApplication::exec();
     runner.stop();
     printOut(summaryLine(plc.counters(), options.json));

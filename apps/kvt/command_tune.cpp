@@ -10,8 +10,6 @@
 #include "apps/kvt/tune_measurement.h"
 #include "apps/kvt/tune_report.h"
 
-#include <QSet>
-
 #include <algorithm>
 
 namespace kvt
@@ -20,11 +18,10 @@ namespace kvt
 namespace
 {
 
-const QString TAGS = QStringLiteral("tags");
 const QString EXCHANGES = QStringLiteral("exchanges");
 const QString MARGIN = QStringLiteral("margin");
-const int MOST_TRIALS = 6; // of timeoutsToTry_ms
-const int LONG_TIMEOUT_ms = 1000;
+constexpr int MOST_TRIALS = 6; // of timeoutsToTry_ms
+constexpr int LONG_TIMEOUT_ms = 1000;
 
 struct TuneOptions {
     MeasurementSettings measurement;
@@ -96,14 +93,6 @@ private:
     qint64 startedAt_ns_;
 };
 
-int exchangesOf(const MeasurementSettings &settings)
-{
-    QSet<int> stations;
-    for (const Tag &tag : settings.tags)
-        stations.insert(tag.station);
-    return stations.size() * settings.exchanges;
-}
-
 // Tries the settings one after the other, until all are done or one is cut short.
 Measurement::End runTrials(MeasurementSettings settings, TuneProgress *progress, TuneReport *report)
 {
@@ -147,7 +136,7 @@ int tune(const TuneOptions &options)
         printError(QStringLiteral("%1: %2").arg(lineName(settings.line), first.lineError));
         return EXIT_NO_LINE;
     }
-    EchoReport().look(first.statistics);
+    EchoReport().look(first.statistics.total);
     TuneReport report;
     report.margin_percent = options.margin_percent;
     report.first = first.statistics;
@@ -168,8 +157,7 @@ int tune(const TuneOptions &options)
 void addOptions(QCommandLineParser *parser)
 {
     addLineOptions(parser, 0, "1000");
-    parser->addOption(
-        {TAGS, QStringLiteral("Tag list, a CSV file. Needed."), QStringLiteral("FILE")});
+    addNeededTagsOption(parser);
     parser->addOption({EXCHANGES,
                        QStringLiteral("Exchanges with each station at each setting, 1 to 100000 "
                                       "(default: 50)."),
@@ -182,10 +170,6 @@ void addOptions(QCommandLineParser *parser)
 
 bool readOptions(const QCommandLineParser &parser, TuneOptions *options)
 {
-    if (!parser.isSet(TAGS)) {
-        printError(QStringLiteral("tune: --tags FILE is missing"));
-        return false;
-    }
     MeasurementSettings &measurement = options->measurement;
     if (!readNumber(parser, EXCHANGES, 1, 100000, &measurement.exchanges) ||
         !readNumber(parser, MARGIN, 0, 1000, &options->margin_percent) ||
@@ -193,7 +177,7 @@ bool readOptions(const QCommandLineParser &parser, TuneOptions *options)
         return false;
     measurement.timeout_ms =
         measurement.line.timeout_ms > 0 ? measurement.line.timeout_ms : LONG_TIMEOUT_ms;
-    return readPollableTags(parser.value(TAGS), &measurement.tags);
+    return readNeededTags(parser, QStringLiteral("tune"), &measurement.tags);
 }
 
 } // namespace

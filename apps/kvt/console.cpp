@@ -1,6 +1,7 @@
 #include "apps/kvt/console.h"
 
 #include "apps/kvt/exit_codes.h"
+#include "apps/kvt/run_end.h"
 #include "apps/kvt/stop_signal.h"
 #include "apps/kvt/table/printable.h"
 #include "apps/kvt/wall_clock.h"
@@ -35,13 +36,6 @@ const QString LINE_ENDS_AND_TABS = QStringLiteral("\n\t");
 
 std::atomic<bool> outputMayWait{true};
 std::atomic<bool> lossReported{false};
-
-void quitEventLoop()
-{
-    if (QCoreApplication::instance() != nullptr)
-        QMetaObject::invokeMethod(QCoreApplication::instance(), &QCoreApplication::quit,
-                                  Qt::QueuedConnection);
-}
 
 // Standard output or standard error. What runs on ends when its output is lost.
 class Stream final : public Sink

@@ -19,7 +19,7 @@ Enquiry::~Enquiry()
     if (link_.poller() == nullptr)
         return;
     link_.poller()->stop();
-    EchoReport().look(link_.poller()->statistics());
+    EchoReport().look(link_.poller()->statistics().total);
 }
 
 int Enquiry::open()

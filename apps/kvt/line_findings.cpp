@@ -15,9 +15,9 @@ constexpr int TOO_MANY = 3;
 
 } // namespace
 
-void EchoReport::look(const Statistics &statistics)
+void EchoReport::look(const StationStatistics &total)
 {
-    if (isDone_ || statistics.total.echoBytes == 0)
+    if (isDone_ || total.echoBytes == 0)
         return;
     isDone_ = true;
     printError(QStringLiteral("the line sends back what is sent on it: an adapter with echo, or "

@@ -11,7 +11,8 @@ namespace kvt
 class EchoReport
 {
 public:
-    void look(const Statistics &statistics);
+    /// `total` is what was counted of all stations.
+    void look(const StationStatistics &total);
 
 private:
     bool isDone_ = false;

@@ -24,8 +24,8 @@ const QString STRICT = QStringLiteral("strict");
 const QString TRACE = QStringLiteral("trace");
 const QString TRACE_SIZE = QStringLiteral("trace-size");
 
-const int LONGEST_TIMEOUT_ms = 60000;
-const int MOST_RETRIES = 100;
+constexpr int LONGEST_TIMEOUT_ms = 60000;
+constexpr int MOST_RETRIES = 100;
 
 bool readSerial(const QCommandLineParser &parser, LineOptions *options)
 {
@@ -124,9 +124,8 @@ void addTimingOptions(QCommandLineParser *parser, int retries, const char *timeo
 
 bool readTimingOptions(const QCommandLineParser &parser, int *timeout_ms, int *retries)
 {
-    if (parser.isSet(TIMEOUT) && !readNumber(parser, TIMEOUT, 1, LONGEST_TIMEOUT_ms, timeout_ms))
-        return false;
-    return readNumber(parser, RETRIES, 0, MOST_RETRIES, retries);
+    return readNumberIfSet(parser, TIMEOUT, 1, LONGEST_TIMEOUT_ms, timeout_ms) &&
+           readNumber(parser, RETRIES, 0, MOST_RETRIES, retries);
 }
 
 bool splitHostPort(const QString &text, QString *host, int *port)
@@ -191,14 +190,13 @@ bool readLineOptions(const QCommandLineParser &parser, LineOptions *options)
     options->json = parser.isSet(JSON);
     options->driver = driverPath(parser);
     options->trace = parser.value(TRACE);
-    if (parser.isSet(RETRIES) &&
-        !readNumber(parser, RETRIES, 0, MOST_RETRIES, &options->commandRetries))
-        return false;
     if (!readSpeedOptions(parser, &options->serial) ||
         !readTimingOptions(parser, &options->timeout_ms, &options->retries) ||
         !readReplyCheck(parser, options) || !readProofOptions(parser, options) ||
         !readNumber(parser, TRACE_SIZE, 1, 65536, &options->traceSize_MiB))
         return false;
+    if (parser.isSet(RETRIES))
+        options->commandRetries = options->retries;
     return parser.isSet(TCP) ? readTcp(parser, options) : readSerial(parser, options);
 }
 

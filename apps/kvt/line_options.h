@@ -38,7 +38,7 @@ void addSpeedOptions(QCommandLineParser *parser);
 bool readSpeedOptions(const QCommandLineParser &parser, SerialSettings *serial);
 
 /// What --help says of the time-out that is taken when none is given.
-const char *const USUAL_TIMEOUT = "time of the reply at the line's speed, plus 70";
+constexpr char USUAL_TIMEOUT[] = "time of the reply at the line's speed, plus 70";
 
 /// Adds --timeout and --retries. `retries` and `timeout` are their defaults; the latter is only
 /// shown.

@@ -1,5 +1,6 @@
 #include "apps/kvt/line_search.h"
 
+#include "apps/kvt/character_format.h"
 #include "apps/kvt/enquiry.h"
 #include "apps/kvt/exit_codes.h"
 #include "apps/kvt/progress_bar.h"
@@ -12,22 +13,13 @@ namespace
 
 constexpr int SPEEDS[] = {9600, 19200, 38400, 115200, 57600, 4800, 2400, 1200};
 
-struct Format {
-    int dataBits;
-    Parity parity;
-    int stopBits;
-};
-constexpr Format FORMATS[] = {{8, Parity::None, 1}, {8, Parity::Even, 1}, {7, Parity::Even, 1},
-                              {8, Parity::Odd, 1},  {7, Parity::Odd, 1},  {8, Parity::None, 2},
-                              {7, Parity::None, 2}};
+// As CharacterFormat counts parities.
+constexpr int NONE = 0;
+constexpr int EVEN = 1;
+constexpr int ODD = 2;
 
-SerialSettings withFormat(SerialSettings serial, const Format &format)
-{
-    serial.dataBits = format.dataBits;
-    serial.parity = format.parity;
-    serial.stopBits = format.stopBits;
-    return serial;
-}
+constexpr CharacterFormat FORMATS[] = {{8, NONE, 1}, {8, EVEN, 1}, {7, EVEN, 1}, {8, ODD, 1},
+                                       {7, ODD, 1},  {8, NONE, 2}, {7, NONE, 2}};
 
 // Not every port has every format: a pseudo-terminal has no parity, some adapters no 7 bits.
 bool takesSettings(const LineOptions &line)
@@ -66,11 +58,14 @@ QVector<SerialSettings> settingsToTry(const SerialSettings &known, bool speedIsF
                                       bool formatIsFixed)
 {
     QVector<SerialSettings> formats;
-    if (formatIsFixed)
+    if (formatIsFixed) {
         formats.append(known);
-    for (const Format &format : FORMATS)
-        if (!formatIsFixed)
-            formats.append(withFormat(known, format));
+    } else {
+        for (const CharacterFormat &format : FORMATS) {
+            formats.append(known);
+            format.copyTo(&formats.last());
+        }
+    }
     if (speedIsFixed)
         return formats;
     QVector<SerialSettings> settings;
@@ -106,15 +101,6 @@ SearchEnd searchLine(const QVector<SerialSettings> &settings, const QVector<Tag>
         return SearchEnd::Found;
     }
     return SearchEnd::NothingAnswers;
-}
-
-QString formatName(const SerialSettings &serial)
-{
-    const char parity[] = {'N', 'E', 'O'};
-    return QStringLiteral("%1%2%3")
-        .arg(serial.dataBits)
-        .arg(QLatin1Char(parity[static_cast<int>(serial.parity)]))
-        .arg(serial.stopBits);
 }
 
 } // namespace kvt

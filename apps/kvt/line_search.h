@@ -23,9 +23,6 @@ QVector<SerialSettings> settingsToTry(const SerialSettings &known, bool speedIsF
 SearchEnd searchLine(const QVector<SerialSettings> &settings, const QVector<Tag> &probes,
                      LineOptions *line, int *tried, int *exitCode);
 
-/// Returns "8N1".
-QString formatName(const SerialSettings &serial);
-
 } // namespace kvt
 
 #endif

@@ -14,6 +14,8 @@ namespace kvt
 namespace
 {
 
+const QString TAGS = QStringLiteral("tags");
+
 // The parser names its options in its help alone.
 QStringList optionNames(const QCommandLineParser &parser)
 {
@@ -35,6 +37,12 @@ QString errorText(const QCommandLineParser &parser)
     const QString first = (name.size() > 1 ? QStringLiteral("--") : QStringLiteral("-")) + name;
     return QStringLiteral("there is no option %1%2")
         .arg(first, suggestion(first, optionNames(parser)));
+}
+
+void printErrors(const QString &path, const QVector<TagError> &errors)
+{
+    for (const TagError &error : errors)
+        printError(formatTagError(path, error));
 }
 
 } // namespace
@@ -89,16 +97,11 @@ bool readNumber(const QCommandLineParser &parser, const QString &option, int lea
     return true;
 }
 
-namespace
+bool readNumberIfSet(const QCommandLineParser &parser, const QString &option, int least, int most,
+                     int *number)
 {
-
-void printErrors(const QString &path, const QVector<TagError> &errors)
-{
-    for (const TagError &error : errors)
-        printError(formatTagError(path, error));
+    return !parser.isSet(option) || readNumber(parser, option, least, most, number);
 }
-
-} // namespace
 
 bool readTags(const QString &path, QVector<Tag> *tags)
 {
@@ -118,6 +121,20 @@ bool readPollableTags(const QString &path, QVector<Tag> *tags)
     printErrors(path, list.errors);
     *tags = list.tags;
     return list.errors.isEmpty();
+}
+
+void addNeededTagsOption(QCommandLineParser *parser)
+{
+    parser->addOption(
+        {TAGS, QStringLiteral("Tag list, a CSV file. Needed."), QStringLiteral("FILE")});
+}
+
+bool readNeededTags(const QCommandLineParser &parser, const QString &command, QVector<Tag> *tags)
+{
+    if (parser.isSet(TAGS))
+        return readPollableTags(parser.value(TAGS), tags);
+    printError(QStringLiteral("%1: --tags FILE is missing").arg(command));
+    return false;
 }
 
 } // namespace kvt

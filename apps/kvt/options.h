@@ -27,12 +27,22 @@ bool noArguments(const QCommandLineParser &parser, const QString &command);
 bool readNumber(const QCommandLineParser &parser, const QString &option, int least, int most,
                 int *number);
 
+/// The same for an option without a usual value: `*number` stays as it is when it is not given.
+bool readNumberIfSet(const QCommandLineParser &parser, const QString &option, int least, int most,
+                     int *number);
+
 /// Reads a tag list. False, with one message for each error, when it has any.
 bool readTags(const QString &path, QVector<Tag> *tags);
 
-/// The same for a list that is to be polled: it also must have a tag, and
-/// no tags that cannot be polled together.
+/// The same for a list that is to be polled: it also must have a tag, and no tags that cannot be
+/// polled together.
 bool readPollableTags(const QString &path, QVector<Tag> *tags);
+
+/// Adds --tags to a command that polls such a list and cannot do without.
+void addNeededTagsOption(QCommandLineParser *parser);
+
+/// Reads the list that it names. False, with a message, also when it is not given.
+bool readNeededTags(const QCommandLineParser &parser, const QString &command, QVector<Tag> *tags);
 
 } // namespace kvt
 

@@ -1,6 +1,6 @@
 #include "apps/kvt/plan_report.h"
 
-#include "apps/kvt/line_search.h"
+#include "apps/kvt/character_format.h"
 #include "apps/kvt/outcome_text.h"
 
 #include <QJsonArray>

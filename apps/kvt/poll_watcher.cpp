@@ -2,23 +2,11 @@
 
 #include "apps/kvt/console.h"
 #include "apps/kvt/outcome_text.h"
+#include "apps/kvt/run_end.h"
 #include "host/poller.h"
-
-#include <QCoreApplication>
 
 namespace kvt
 {
-
-namespace
-{
-
-void quitEventLoop()
-{
-    QMetaObject::invokeMethod(QCoreApplication::instance(), &QCoreApplication::quit,
-                              Qt::QueuedConnection);
-}
-
-} // namespace
 
 PollWatcher::PollWatcher(const QVector<Tag> &tags, int scans, bool verbose, bool isTcp)
     : results_(tags), lastScan_(scans), verbose_(verbose), isTcp_(isTcp), counter_(TagIndex(tags))

@@ -3,6 +3,8 @@
 #include "apps/kvt/character_format.h"
 #include "apps/kvt/console.h"
 #include "apps/kvt/options.h"
+#include "apps/kvt/run_end.h"
+#include "host/host_time.h"
 #include "simulator/fault_text.h"
 #include "simulator/line_speed.h"
 
@@ -21,9 +23,8 @@ const QString TURNAROUND = QStringLiteral("turnaround");
 const QString FAULTS = QStringLiteral("faults");
 const QString VALUES = QStringLiteral("values");
 const QString SEED = QStringLiteral("seed");
-const QString SECONDS = QStringLiteral("seconds");
 
-const int HARDWARE_BAUD = 9600; // of a serial port without --baud
+constexpr int HARDWARE_BAUD = 9600; // of a serial port without --baud
 
 // In the order of SignalKind.
 const QStringList VALUE_NAMES = {QStringLiteral("constant"), QStringLiteral("counter"),
@@ -94,7 +95,7 @@ bool readBehaviour(const QCommandLineParser &parser, SimOptions *options)
     if (!readNumber(parser, TURNAROUND, 0, 10000, &turnaround_ms) ||
         !readNumber(parser, SEED, 0, 2147483647, &seed))
         return false;
-    options->plc.turnaround_ns = turnaround_ms * Q_INT64_C(1000000);
+    options->plc.turnaround_ns = milliseconds(turnaround_ms);
     options->seed = static_cast<quint64>(seed);
     return true;
 }
@@ -151,10 +152,7 @@ void addSimOptions(QCommandLineParser *parser)
                        QStringLiteral("Start of the random numbers for values and faults, 0 to "
                                       "2147483647 (default: 1)."),
                        QStringLiteral("N"), QStringLiteral("1")});
-    parser->addOption({SECONDS,
-                       QStringLiteral("End after so many seconds, 1 to 1000000 (default: run "
-                                      "until Ctrl-C)."),
-                       QStringLiteral("N")});
+    addSecondsOption(parser);
     parser->addOption({QStringLiteral("log"), QStringLiteral("Print a line for each exchange.")});
     parser->addOption({QStringLiteral("json"), QStringLiteral("Print one JSON object per line.")});
 }
@@ -163,10 +161,9 @@ bool readSimOptions(const QCommandLineParser &parser, SimOptions *options)
 {
     options->log = parser.isSet(QStringLiteral("log"));
     options->json = parser.isSet(QStringLiteral("json"));
-    if (parser.isSet(SECONDS) && !readNumber(parser, SECONDS, 1, 1000000, &options->seconds))
-        return false;
-    return readLine(parser, options) && readSpeed(parser, options) &&
-           readBehaviour(parser, options) && readTags(parser.value(TAGS), &options->tags);
+    return readSecondsOption(parser, &options->seconds) && readLine(parser, options) &&
+           readSpeed(parser, options) && readBehaviour(parser, options) &&
+           readTags(parser.value(TAGS), &options->tags);
 }
 
 } // namespace kvt

@@ -1,6 +1,7 @@
 #include "apps/kvt/sim_report.h"
 
 #include "apps/kvt/console.h"
+#include "apps/kvt/frames/frame_text.h"
 #include "apps/kvt/wall_clock.h"
 #include "host/statistics_json.h"
 
@@ -27,11 +28,6 @@ QString kindName(PlcRequest::Kind kind)
     return QStringLiteral("bad");
 }
 
-QString hex(const QByteArray &bytes)
-{
-    return QString::fromLatin1(bytes.toHex(' ').toUpper());
-}
-
 QStringList namesOf(const QVector<FaultKind> &faults)
 {
     QStringList names;
@@ -45,10 +41,10 @@ QString exchangeText(const Exchange &exchange)
     const QString station =
         exchange.station < 0 ? QStringLiteral("?") : QString::number(exchange.station);
     const QString reply =
-        exchange.reply.isEmpty() ? QStringLiteral("no reply") : hex(exchange.reply);
+        exchange.reply.isEmpty() ? QStringLiteral("no reply") : hexText(exchange.reply);
     QString text = QStringLiteral("%1  %2 station %3 %4: %5 -> %6")
                        .arg(isoNow(), QString::number(exchange.number), station,
-                            kindName(exchange.kind), hex(exchange.request), reply);
+                            kindName(exchange.kind), hexText(exchange.request), reply);
     if (!exchange.faults.isEmpty())
         text += QStringLiteral(" [%1]").arg(namesOf(exchange.faults).join(QStringLiteral(", ")));
     return text + QLatin1Char('\n');
@@ -60,8 +56,8 @@ QJsonObject exchangeObject(const Exchange &exchange)
         {QStringLiteral("time"), isoNow()},
         {QStringLiteral("exchange"), exchange.number},
         {QStringLiteral("kind"), kindName(exchange.kind)},
-        {QStringLiteral("request"), hex(exchange.request)},
-        {QStringLiteral("reply"), hex(exchange.reply)},
+        {QStringLiteral("request"), hexText(exchange.request)},
+        {QStringLiteral("reply"), hexText(exchange.reply)},
         {QStringLiteral("faults"), QJsonArray::fromStringList(namesOf(exchange.faults))},
     };
     if (exchange.station >= 0)

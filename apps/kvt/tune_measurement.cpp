@@ -3,9 +3,9 @@
 #include "apps/kvt/host_link.h"
 
 #include <QCoreApplication>
+#include <QSet>
 #include <QTimer>
 
-#include <algorithm>
 #include <limits>
 #include <mutex>
 
@@ -15,18 +15,13 @@ namespace kvt
 namespace
 {
 
-const int LOOK_INTERVAL_ms = 20;
+constexpr int LOOK_INTERVAL_ms = 20;
 
-// Notes whether the line was ever up.
+// Notes why the line is not there.
 class LineWatcher final : public HostEvents
 {
 public:
-    bool hasFailed() const
-    {
-        const std::lock_guard<std::mutex> lock(mutex_);
-        return !error_.isEmpty();
-    }
-    QString error() const
+    QString error() const // empty while it has not failed
     {
         const std::lock_guard<std::mutex> lock(mutex_);
         return error_;
@@ -48,12 +43,11 @@ private:
     QString error_;
 };
 
-QVector<int> stationsOf(const QVector<Tag> &tags)
+QSet<int> stationsOf(const QVector<Tag> &tags)
 {
-    QVector<int> stations;
+    QSet<int> stations;
     for (const Tag &tag : tags)
-        if (!stations.contains(tag.station))
-            stations.append(tag.station);
+        stations.insert(tag.station);
     return stations;
 }
 
@@ -69,7 +63,7 @@ PollerSettings settingsOf(const MeasurementSettings &settings)
 }
 
 // Exchanges done of those that are wanted. A station that was given up has had all that it gets.
-int doneOf(const Statistics &statistics, const QVector<int> &stations, int exchanges)
+int doneOf(const Statistics &statistics, const QSet<int> &stations, int exchanges)
 {
     int done = 0;
     for (const int number : stations) {
@@ -82,6 +76,11 @@ int doneOf(const Statistics &statistics, const QVector<int> &stations, int excha
 }
 
 } // namespace
+
+int exchangesOf(const MeasurementSettings &settings)
+{
+    return stationsOf(settings.tags).size() * settings.exchanges;
+}
 
 Measurement measure(const MeasurementSettings &settings)
 {
@@ -96,14 +95,14 @@ Measurement measure(const MeasurementSettings &settings)
     link.connect(settings.line, settingsOf(settings), settings.tags, &watcher);
     link.poller()->start();
 
-    const QVector<int> stations = stationsOf(settings.tags);
+    const QSet<int> stations = stationsOf(settings.tags);
+    const int all = exchangesOf(settings);
     QTimer timer;
     QObject::connect(&timer, &QTimer::timeout, [&] {
-        const int all = stations.size() * settings.exchanges;
         const int done = doneOf(link.poller()->statistics(), stations, settings.exchanges);
         if (settings.progress)
             settings.progress(done, all);
-        if (watcher.hasFailed())
+        if (!watcher.error().isEmpty())
             measurement.end = Measurement::End::NoLine;
         else if (done == all)
             measurement.end = Measurement::End::Complete;

@@ -34,6 +34,9 @@ struct Measurement {
     Statistics statistics;
 };
 
+/// Returns how many exchanges a measurement has at least, with all stations.
+int exchangesOf(const MeasurementSettings &settings);
+
 /// Polls the tags, one attempt at each request, until every station has had its exchanges. Needs
 /// an event loop that is not running, and runs it. One at a time.
 Measurement measure(const MeasurementSettings &settings);

@@ -16,9 +16,9 @@ namespace kvt
 namespace
 {
 
-const double ACCEPTED_FAILURE_RATE = 1e-6;
-const int MOST_RETRIES = 5;
-const double SIGNIFICANCE = 0.05; // what is less likely is no chance
+constexpr double ACCEPTED_FAILURE_RATE = 1e-6;
+constexpr int MOST_RETRIES = 5;
+constexpr double SIGNIFICANCE = 0.05; // what is less likely is no chance
 
 int wholeMilliseconds(double time_ns)
 {
