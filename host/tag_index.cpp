@@ -14,8 +14,11 @@ bool operator==(const ReadKey &a, const ReadKey &b)
 
 uint qHash(const ReadKey &key, uint seed)
 {
+    // Spread by the golden ratio: tables have a little more than a power of two of buckets, and
+    // stations that lie one such power apart would share theirs.
+    constexpr uint SPREAD = 0x9E3779B1U;
     const uint place = static_cast<uint>(key.station) * 4U + static_cast<uint>(key.area);
-    return ::qHash(static_cast<uint>(key.address) ^ (place << 16U), seed);
+    return (place * SPREAD + static_cast<uint>(key.address)) ^ seed;
 }
 
 TagIndex::TagIndex(const QVector<Tag> &tags)

@@ -12,7 +12,12 @@ namespace
 
 constexpr int LONGEST_LINE = 1024 * 1024;
 
-// What the words of each record are: n a number, h bytes in hexadecimal, t a text, w any word.
+// More than any host reads at a time. The driver makes a record for each, so a single line with a
+// number out of the air would take all memory.
+constexpr int MOST_ELEMENTS = 1000;
+
+// What the words of each record are: n a number, e a number of elements, h bytes in hexadecimal, t
+// a text, w any word.
 // The words of "info" differ in number.
 struct Form {
     const char *name;
@@ -23,7 +28,7 @@ constexpr Form FORMS[] = {
     {trace::STATION, "nn"}, {trace::WRITE, "nntnnnhn"}, {trace::ONCE, "nntnnnnn"},
     {trace::NOTHING, "n"},  {trace::ASK, "hn"},         {trace::SENT, "h"},
     {trace::RECEIVED, "h"}, {trace::DROPPED, "wn"},     {trace::JUDGED, "hnnnnn"},
-    {trace::ENDED, "wn"},   {trace::VALUE, "nntnnh"},   {trace::LINE, "w"},
+    {trace::ENDED, "wn"},   {trace::VALUE, "nntenh"},   {trace::LINE, "w"},
     {trace::CONTINUED, ""}, {trace::LOST, "n"},
 };
 
@@ -41,9 +46,10 @@ bool isBytes(const QByteArray &word)
 bool hasForm(const QByteArray &word, char form)
 {
     bool good = !word.isEmpty();
-    if (form == 'n')
-        word.toInt(&good);
-    else if (form == 'h')
+    const int number = form == 'n' || form == 'e' ? word.toInt(&good) : 0;
+    if (form == 'e')
+        good = good && number <= MOST_ELEMENTS;
+    if (form == 'h')
         good = good && isBytes(word);
     return good;
 }

@@ -19,6 +19,9 @@ constexpr qint64 NEVER = std::numeric_limits<qint64>::max();
 constexpr qint64 NS_PER_SECOND = 1000000000;
 constexpr qint64 REOPEN_ns = 200000000; ///< from one attempt to open a failed port to the next
 
+// A host has one request under way; whoever floods the line gets no more than this into memory.
+constexpr size_t MOST_WAITING = 1024;
+
 qint64 monotonic_ns()
 {
     timespec now = {};
@@ -153,8 +156,12 @@ void PlcRunner::receive(qint64 now_ns)
     receiveFree_ns_ = qMax(now_ns, receiveFree_ns_) + size * byteTime_ns;
     const QByteArray bytes(buffer.data(), static_cast<int>(size));
     const PlcReaction reaction = plc_->receive(bytes, receiveFree_ns_);
-    for (const Transmission &sent : reaction.transmissions)
-        outgoing_.push_back({sent.start_ns + sent.bytes.size() * byteTime_ns, sent.bytes});
+    for (const Transmission &sent : reaction.transmissions) {
+        if (outgoing_.size() < MOST_WAITING)
+            outgoing_.push_back({sent.start_ns + sent.bytes.size() * byteTime_ns, sent.bytes});
+        else
+            plc_->replyLost();
+    }
     if (reaction.lineBreak_ns > 0)
         unplug(now_ns + reaction.lineBreak_ns);
 }

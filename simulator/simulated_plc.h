@@ -68,6 +68,7 @@ struct PlcCounters {
     qint64 notAddressed = 0; ///< requests to a station that is not here, or is none
     qint64 unanswered = 0;   ///< requests to a station while it is silent
     qint64 droppedBytes = 0; ///< received bytes that were part of no frame
+    qint64 lostReplies = 0;  ///< found too many others waiting for their time
     std::array<qint64, FAULT_KINDS> faults = {}; ///< committed, by FaultKind
 };
 
@@ -84,6 +85,9 @@ public:
 
     /// The line is up again after a break: what was half received or still to be sent is gone.
     void lineOpened();
+
+    /// Counts a reply that did not go out because too many others were waiting.
+    void replyLost() { ++counters_.lostReplies; }
 
     /// Switches a station off (it does not answer and carries nothing out) or on again.
     void setStationOff(int station, bool off);

@@ -10,23 +10,31 @@ namespace kvt
 namespace
 {
 
+constexpr int MOST_FIELDS = 256; // of a row
+
 struct Reader {
     csv_parser parser = {};
     CsvRows result;
     CsvRow row;
     bool rowEnded = false;
+    bool tooManyFields = false;
 };
 
 void onField(void *data, size_t size, void *reader)
 {
     auto *r = static_cast<Reader *>(reader);
-    r->row.fields.append(QByteArray(static_cast<const char *>(data), static_cast<int>(size)));
+    if (r->row.fields.size() < MOST_FIELDS)
+        r->row.fields.append(QByteArray(static_cast<const char *>(data), static_cast<int>(size)));
+    else
+        r->tooManyFields = true;
 }
 
 void onRow(int, void *reader)
 {
     auto *r = static_cast<Reader *>(reader);
     r->rowEnded = true;
+    if (r->tooManyFields)
+        return;
     const bool empty = std::all_of(r->row.fields.cbegin(), r->row.fields.cend(),
                                    [](const QByteArray &field) { return field.isEmpty(); });
     if (!empty)
@@ -71,6 +79,10 @@ bool feedLines(Reader *reader, const QByteArray &text)
         const auto size = static_cast<size_t>(bytes.size());
         if (csv_parse(&reader->parser, bytes.constData(), size, onField, onRow, reader) != size) {
             fail(reader, QStringLiteral("a quote stands where none may be"));
+            return false;
+        }
+        if (reader->tooManyFields) {
+            fail(reader, QStringLiteral("a row may have %1 fields").arg(MOST_FIELDS));
             return false;
         }
         betweenRows = reader->rowEnded || (betweenRows && bytes.trimmed().isEmpty());

@@ -19,6 +19,12 @@ namespace
 
 constexpr char BYTE_ORDER_MARK[] = "\xEF\xBB\xBF";
 
+// Well above a list of 200,000 tags.
+constexpr qint64 LARGEST_FILE = 32 * 1024 * 1024;
+
+// A wrong column makes as many errors as the list has rows.
+constexpr int MOST_ERRORS = 100;
+
 enum Column { NAME, AREA, ADDRESS, STATION, TYPE, DESCRIPTION, COLUMN_COUNT };
 
 QString columnName(int column)
@@ -60,9 +66,11 @@ TagError wrongForm(const QByteArray &csv)
     if (csv.startsWith("\xFF\xFE") || csv.startsWith("\xFE\xFF"))
         return {0, 0, QString(), QStringLiteral("is UTF-16 text; UTF-8 is needed")};
     int number = 0;
-    for (const QByteArray &line : csv.split('\n')) {
+    for (int from = 0, to = 0; from < csv.size(); from = to + 1) {
         ++number;
-        const QByteArray text = line.trimmed();
+        to = csv.indexOf('\n', from);
+        to = to < 0 ? csv.size() : to;
+        const QByteArray text = csv.mid(from, to - from).trimmed();
         if (text.isEmpty() || text.startsWith('#'))
             continue;
         const QString separator = wrongSeparator(text);
@@ -97,6 +105,7 @@ public:
 
 private:
     bool readHeader(const CsvRow &row);
+    void readRows(const QVector<CsvRow> &rows);
     void readRow(const CsvRow &row);
     QString field(int column);
     bool readArea(Tag *tag);
@@ -205,6 +214,11 @@ void ListReader::checkName(const QString &name)
         fail(NAME, QStringLiteral("a name is missing"));
         return;
     }
+    if (std::any_of(name.begin(), name.end(),
+                    [](QChar c) { return c.category() == QChar::Other_Control; })) {
+        fail(NAME, QStringLiteral("a name may have no control characters"));
+        return;
+    }
     const auto known = lineOfName_.constFind(name);
     if (known != lineOfName_.constEnd())
         fail(NAME, QStringLiteral("\"%1\" is the name of line %2 already")
@@ -273,6 +287,20 @@ void ListReader::failRow(const CsvRows &rows)
          rows.errorText});
 }
 
+// All behind the header.
+void ListReader::readRows(const QVector<CsvRow> &rows)
+{
+    for (int i = 1; i < rows.size(); ++i) {
+        if (result_.errors.size() >= MOST_ERRORS) {
+            result_.errors.append({rows.at(i).line, 0, QString(),
+                                   QStringLiteral("there are too many errors; the list was not "
+                                                  "read from here on")});
+            return;
+        }
+        readRow(rows.at(i));
+    }
+}
+
 TagListResult ListReader::read(const QByteArray &csv)
 {
     const bool marked = csv.startsWith(BYTE_ORDER_MARK);
@@ -286,12 +314,18 @@ TagListResult ListReader::read(const QByteArray &csv)
     if (rows.rows.isEmpty() && rows.errorLine == 0)
         result_.errors.append({0, 0, QString(), QStringLiteral("there is no header line")});
     if (!rows.rows.isEmpty() && readHeader(rows.rows.first())) {
-        for (int i = 1; i < rows.rows.size(); ++i)
-            readRow(rows.rows[i]);
+        readRows(rows.rows);
     }
     if (rows.errorLine != 0)
         failRow(rows);
     return result_;
+}
+
+TagListResult unusable(const QString &text)
+{
+    TagListResult result;
+    result.errors.append({0, 0, QString(), text});
+    return result;
 }
 
 } // namespace
@@ -306,14 +340,13 @@ TagListResult loadTagList(const QString &path)
 {
     QFile file(path);
     if (file.open(QIODevice::ReadOnly)) {
-        const QByteArray csv = file.readAll();
+        const QByteArray csv = file.read(LARGEST_FILE + 1);
+        if (csv.size() > LARGEST_FILE)
+            return unusable(QStringLiteral("is larger than %1 MiB").arg(LARGEST_FILE >> 20));
         if (file.error() == QFileDevice::NoError)
             return parseTagList(csv);
     }
-    TagListResult result;
-    result.errors.append(
-        {0, 0, QString(), QStringLiteral("cannot be read: %1").arg(file.errorString())});
-    return result;
+    return unusable(QStringLiteral("cannot be read: %1").arg(file.errorString()));
 }
 
 QVector<TagError> pollErrors(const TagListResult &list)

@@ -3,7 +3,8 @@
 // The header line names the columns name, area, address, station, type and description, in any
 // order and any case; description may be left out, other columns are passed over. Text is UTF-8
 // with or without a byte order mark, lines end in LF or CRLF, fields may be quoted, and lines
-// without any text or with a # in front are skipped.
+// without any text or with a # in front are skipped. A file has at most 32 MiB and a row at most
+// 256 fields; names are without control characters.
 #ifndef KVT_TAGS_TAG_LIST_H
 #define KVT_TAGS_TAG_LIST_H
 
@@ -27,7 +28,7 @@ struct TagError {
 /// A list with errors must not be used.
 struct TagListResult {
     QVector<Tag> tags;
-    QVector<TagError> errors; ///< in the order of the file; empty when all is well
+    QVector<TagError> errors; ///< in the order of the file, the first 100; empty when all is well
     QVector<int> lines;       ///< of each tag in the file, from 1
     int addressColumn = 0;    ///< number of the field that has the address, from 1
 };

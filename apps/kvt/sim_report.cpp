@@ -78,6 +78,7 @@ NamedCounts namedCounts(const PlcCounters &counters)
         {QStringLiteral("not addressed"), counters.notAddressed},
         {QStringLiteral("unanswered"), counters.unanswered},
         {QStringLiteral("dropped bytes"), counters.droppedBytes},
+        {QStringLiteral("lost replies"), counters.lostReplies},
     };
 }
 

@@ -33,9 +33,11 @@ QString stationText(const TraceRecord &record)
 QString valueText(const TraceRecord &record)
 {
     const QByteArray bytes = record.bytes(5);
-    int value = 0;
+    quint32 value = 0;
+    if (bytes.size() > static_cast<int>(sizeof value))
+        return QStringLiteral("%1 begins with the bytes %2").arg(placeText(record), hexText(bytes));
     for (int i = bytes.size() - 1; i >= 0; --i)
-        value = value << 8 | static_cast<quint8>(bytes.at(i));
+        value = value << 8U | static_cast<quint8>(bytes.at(i));
     return QStringLiteral("%1 is %2 (0x%3)")
         .arg(placeText(record), QString::number(value), QString::number(value, 16).toUpper());
 }

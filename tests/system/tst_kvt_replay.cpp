@@ -57,6 +57,30 @@ private Q_SLOTS:
                     .startsWith(QStringLiteral("exchange 5 ")));
     }
 
+    void valuesOfAnyLengthAreDecoded()
+    {
+        const QString path = fileOf(folder_.filePath(QStringLiteral("values")),
+                                    "kvt-trace 1 now\n"
+                                    "0.1 value 1 1 5.2.1 1 1 FFFFFFFF\n"
+                                    "0.2 value 2 1 0.0.0.0 3 1 FF00FE00FD00\n");
+        KvtProcess kvt;
+        QCOMPARE(kvt.run({QStringLiteral("decode"), path}), 0);
+        const QByteArray text = kvt.output();
+        QVERIFY2(text.contains("D 5.2.1 at station 1 is 4294967295 (0xFFFFFFFF)\n"),
+                 text.constData());
+        QVERIFY2(text.contains("C 0.0.0.0 at station 1 begins with the bytes FF 00 FE 00 FD 00\n"),
+                 text.constData());
+    }
+
+    void aNumberOutOfTheAirTakesNoMemory()
+    {
+        const QString path = fileOf(folder_.filePath(QStringLiteral("count")),
+                                    "kvt-trace 1 now\n0.1 value 2 1 1.1.1.1 2000000000 1 -\n");
+        KvtProcess kvt;
+        QCOMPARE(kvt.run({QStringLiteral("replay"), path}), 2);
+        QVERIFY2(kvt.errors().contains("line 2 (exchange 0): "), kvt.errors().constData());
+    }
+
     void everyRecordOfATraceIsDecoded()
     {
         const SimulatedLine line(SimulatedLine::Kind::Pty, faults());

@@ -178,7 +178,8 @@ private Q_SLOTS:
         plc.interrupt();
         QCOMPARE(plc.finish(), 0);
         QCOMPARE(plc.output(), QByteArray("exchanges 1, reads 1, writes 0, commands 0, refusals 0, "
-                                          "not addressed 0, unanswered 0, dropped bytes 0\n"));
+                                          "not addressed 0, unanswered 0, dropped bytes 0, "
+                                          "lost replies 0\n"));
     }
 
     void exchangesAreLoggedAsJson()
@@ -217,6 +218,26 @@ private Q_SLOTS:
         plc.interrupt();
         QCOMPARE(plc.finish(), 0);
         QVERIFY(plc.output().endsWith(", refuse 1\n"));
+    }
+
+    void aFloodOfRequestsIsBounded()
+    {
+        KvtProcess plc;
+        plc.start({QStringLiteral("sim"), QStringLiteral("--tcp"), QStringLiteral("0"),
+                   QStringLiteral("--log"), QStringLiteral("--turnaround"),
+                   QStringLiteral("10000")});
+        const QByteArray address = plc.readLine();
+        kvt::FileDescriptor peer;
+        connectTo(&peer, address.mid(address.lastIndexOf(':') + 1).toUShort());
+        QVERIFY(sendBytes(peer, QByteArray(READ_LEVEL).repeated(3000)));
+        for (int i = 0; i < 3000; ++i)
+            QVERIFY(plc.readLine().contains(" read: "));
+        plc.interrupt();
+        QCOMPARE(plc.finish(), 0);
+        const QByteArray summary = plc.output();
+        QVERIFY2(summary.startsWith("exchanges 3000, ") &&
+                     summary.endsWith(", lost replies 1976\n"),
+                 summary.constData());
     }
 
     void theLinkGoesWithTheProgram()

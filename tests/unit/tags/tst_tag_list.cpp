@@ -146,6 +146,18 @@ private Q_SLOTS:
                                  << "t:2: column 1 \"name\": a name is missing";
         QTest::newRow("blank name")
             << QByteArray("\" \",D,5.2.1,1,u16") << "t:2: column 1 \"name\": a name is missing";
+        QTest::newRow("name with a NUL")
+            << QByteArray("a\0b,D,5.2.1,1,u16", 17)
+            << "t:2: column 1 \"name\": a name may have no control characters";
+        QTest::newRow("name with an escape")
+            << QByteArray("a\x1B[2J,D,5.2.1,1,u16")
+            << "t:2: column 1 \"name\": a name may have no control characters";
+        QTest::newRow("name of two lines")
+            << QByteArray("\"a\nb\",D,5.2.1,1,u16")
+            << "t:2: column 1 \"name\": a name may have no control characters";
+        QTest::newRow("more fields than a row has")
+            << QByteArray("a,D,5.2.1,1,u16" + QByteArray(252, ','))
+            << "t:2: column 257: a row may have 256 fields";
         QTest::newRow("area") << QByteArray("a,E,5.2.1,1,u16")
                               << "t:2: column 2 \"area\": \"E\" is no area (X, D or C)";
         QTest::newRow("area in lower case")
@@ -316,6 +328,24 @@ private Q_SLOTS:
         QFile file(path);
         QVERIFY(file.open(QIODevice::ReadOnly));
         QCOMPARE(file.readAll(), saved);
+    }
+
+    void theFirstHundredErrorsAreNamed()
+    {
+        QByteArray csv(HEADER);
+        for (int i = 0; i < 500; ++i)
+            csv += "n" + QByteArray::number(i) + ",E,1.1.1,1,u16\n";
+        const TagListResult result = parseTagList(csv);
+        QCOMPARE(result.errors.size(), 101);
+        QCOMPARE(result.errors.last().line, 102);
+        QCOMPARE(result.errors.last().text, QString("there are too many errors; the list was not "
+                                                    "read from here on"));
+    }
+
+    void aListBeyondAllSizeIsNotRead()
+    {
+        const TagListResult endless = loadTagList(QStringLiteral("/dev/zero"));
+        QCOMPARE(errorsOf(endless), QString("t: is larger than 32 MiB"));
     }
 
     void aListThatCannotBeReadSaysSo()
