@@ -24,8 +24,8 @@ struct CsvRows {
     QString errorText;   ///< what is wrong with it
 };
 
-/// Splits a CSV text: fields parted by commas, quoted by `"`, rows ended by LF, CR or both. A row of
-/// more than 256 fields counts as malformed.
+/// Splits a CSV text: fields parted by commas, quoted by `"`, rows ended by LF, CR or both. A row
+/// of more than 256 fields counts as malformed.
 CsvRows splitCsv(const QByteArray &text);
 
 /// Appends one field to a row under construction, quoted where it must be.
