@@ -55,7 +55,7 @@ struct EngineSettings {
     /// Each reply is followed by a pause, and its value counts only if nothing was heard there.
     bool confirm = false;
 
-    bool remoteMode = false; ///< binary envelopes: CR ends nothing and replies are not checked
+    bool remoteMode = false; ///< binary envelopes: CR ends no reply
 
     LineTap *tap = nullptr; ///< sees what passes on the line; outlives the engine; may be null
 

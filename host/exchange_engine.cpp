@@ -209,9 +209,7 @@ bool ExchangeEngine::cameTooSoon(qint64 now_ns) const
 void ExchangeEngine::replyComplete(qint64 now_ns)
 {
     const QByteArray &reply = reply_.bytes();
-    if (settings_.remoteMode) {
-        endAttempt(now_ns, AttemptEnd::Replied);
-    } else if (isRefusal(request_, reply)) {
+    if (isRefusal(request_, reply)) {
         state_ = State::Refused;
         refusedAt_ns_ = now_ns;
         deadline_ns_ = std::max(now_ns, replyDue_ns_);

@@ -16,6 +16,7 @@ private Q_SLOTS:
     void theRotationComesRound();
     void aReplyIsCompleteAtCarriageReturn();
     void carriageReturnEndsNothingInRemoteMode();
+    void remoteModeHoldsAStationToItsWayOfAnswering();
     void aLineWithoutAPaceMayStillBeSendingTheRequest();
     void aReplyThatHasBegunIsNotCutOffAtTheTimeout();
     void aGapAfterTheReplyIsKeptWhereAStationNeedsOne();
@@ -111,7 +112,24 @@ void TestExchangeEngine::carriageReturnEndsNothingInRemoteMode()
     bench.receive(1, QByteArray("\r"));
     QCOMPARE(bench.log.ended.size(), 1);
     QCOMPARE(bench.log.ended[0].resultCode, 1);
-    QVERIFY(!bench.log.ended[0].doubtful);
+    QVERIFY(bench.log.ended[0].doubtful);
+}
+
+void TestExchangeEngine::remoteModeHoldsAStationToItsWayOfAnswering()
+{
+    EngineBench bench(TWO_WORDS, 0);
+    bench.settings.remoteMode = true;
+    bench.info.remoteMode = 1;
+    bench.bringUp();
+    bench.send();
+    bench.receive(5, REPLY);
+    QCOMPARE(bench.log.ended.last().resultCode, 1);
+    QVERIFY(!bench.log.ended.last().doubtful);
+    bench.send();
+    bench.receive(5, QByteArray("\x06"
+                                "021234\r"));
+    QCOMPARE(bench.log.ended.last().end, AttemptEnd::Foreign);
+    QVERIFY(bench.log.ended.last().resultCode != 1);
 }
 
 void TestExchangeEngine::aLineWithoutAPaceMayStillBeSendingTheRequest()
