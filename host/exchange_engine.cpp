@@ -50,6 +50,7 @@ void ExchangeEngine::received(qint64 now_ns, const char *bytes, int count)
     case State::Down:
         break;
     case State::Idle:
+    case State::Resting:
     case State::Pausing:
         bytesInPause(now_ns, count);
         break;
@@ -97,7 +98,7 @@ void ExchangeEngine::deadlineReached(qint64 now_ns)
         begin(now_ns);
     if (now_ns < deadline_ns_)
         return;
-    if (state_ == State::Holding)
+    if (state_ == State::Holding || state_ == State::Resting)
         goOn(now_ns);
     else if (state_ == State::Pausing)
         pauseOver(now_ns);
@@ -282,11 +283,12 @@ void ExchangeEngine::endAttempt(qint64 now_ns, AttemptEnd end, bool doubtful)
         settings_.tap->attemptEnded(attempt);
     observer_->attemptEnded(attempt, *reply);
 
-    const qint64 silenceEnd_ns = this->silenceEnd_ns(attempt);
-    if (silenceEnd_ns > now_ns)
-        hold(silenceEnd_ns, attempt.isSuccess() ? DroppedBytes::Stale : DroppedBytes::Late);
+    // One good reply with nothing behind it is the answer. Behind one to a later attempt that of
+    // another attempt may still be on its way.
+    if (attempt.isSuccess() && !replyOutstanding_)
+        rest(now_ns);
     else
-        goOn(now_ns);
+        keepSilent(now_ns, attempt);
 }
 
 const RW_VAR *ExchangeEngine::handOver(AttemptEnd end)
@@ -317,18 +319,30 @@ void ExchangeEngine::noteSteps(Attempt *attempt)
         observer_->outOfStep(steps_.foundBehind());
 }
 
-// The line is kept silent until no answer to the attempt can come any more. One good reply with
-// nothing behind it is the answer; behind anything else it may still be on its way.
-qint64 ExchangeEngine::silenceEnd_ns(const Attempt &attempt)
+// Nothing is due any more; the station may need silence all the same.
+void ExchangeEngine::rest(qint64 now_ns)
 {
-    // An earlier attempt may have been answered just now, and this one still be.
-    if (attempt.isSuccess() && !replyOutstanding_)
-        return attempt.endedAt_ns + settings_.timingOf(request_.station).gapAfterReply_ns;
+    const qint64 gap_ns = settings_.timingOf(request_.station).gapAfterReply_ns;
+    if (gap_ns == 0) {
+        goOn(now_ns);
+        return;
+    }
+    state_ = State::Resting;
+    deadline_ns_ = now_ns + gap_ns;
+}
+
+// The line is kept silent until no answer to the attempt can come any more.
+void ExchangeEngine::keepSilent(qint64 now_ns, const Attempt &attempt)
+{
     if (attempt.end == AttemptEnd::NoReply || attempt.end == AttemptEnd::Foreign ||
         attempt.end == AttemptEnd::Disturbed)
         replyOutstanding_ = true;
-    return std::max(attempt.endedAt_ns, replyDue_ns_) +
-           settings_.quietTime_ns(request_.station, request_.expectedLength);
+    const qint64 end_ns = std::max(attempt.endedAt_ns, replyDue_ns_) +
+                          settings_.quietTime_ns(request_.station, request_.expectedLength);
+    if (end_ns > now_ns)
+        hold(end_ns, attempt.isSuccess() ? DroppedBytes::Stale : DroppedBytes::Late);
+    else
+        goOn(now_ns);
 }
 
 void ExchangeEngine::hold(qint64 until_ns, DroppedBytes meaning)

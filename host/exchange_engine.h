@@ -65,7 +65,8 @@ private:
     enum class State {
         Down,    // the line cannot be used
         Idle,    // the driver has nothing to send
-        Holding, // the line is kept silent until the deadline
+        Holding, // the line is kept silent until the deadline, and late replies may come
+        Resting, // the line is kept silent for the station's sake, and nothing is due
         Pausing, // listening whether replies are in step, from pauseBegan_ns_ on
         Sending, // a request has been handed out and has not left
         Waiting, // for the reply, from sentAt_ns_ on
@@ -86,7 +87,8 @@ private:
     void endAttempt(qint64 now_ns, AttemptEnd end, bool doubtful = false);
     const RW_VAR *handOver(AttemptEnd end);
     void noteSteps(Attempt *attempt);
-    qint64 silenceEnd_ns(const Attempt &attempt);
+    void rest(qint64 now_ns);
+    void keepSilent(qint64 now_ns, const Attempt &attempt);
     void hold(qint64 until_ns, DroppedBytes meaning);
     void drop(DroppedBytes kind, int count);
 

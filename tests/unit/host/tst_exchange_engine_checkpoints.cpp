@@ -86,6 +86,26 @@ private Q_SLOTS:
         QCOMPARE(bench.log.outOfSteps, QVector<qint64>{proved_ns});
     }
 
+    void bytesInTheGapThatAStationNeedsMeanTheSame()
+    {
+        EngineBench bench(TWO_WORDS);
+        bench.settings.confirm = true;
+        bench.settings.defaultTiming.gapAfterReply_ns = milliseconds(7);
+        bringUp(&bench);
+        bench.passDeadline();
+        QCOMPARE(bench.log.passed.size(), 1);
+        bench.send();
+        bench.receive(10, REPLY);
+        QVERIFY(bench.log.ended.last().unproven);
+        bench.receive(5, OTHER_REPLY);
+        QCOMPARE(bench.log.stale, 8);
+        QCOMPARE(bench.log.outOfSteps, bench.log.passed);
+        // What was taken for the answer is never proved.
+        QCOMPARE(bench.left_ms(), 58);
+        bench.passDeadline();
+        QCOMPARE(bench.log.passed.size(), 1);
+    }
+
     void aReplyThatIsSuddenlyFastIsProvedAtOnce()
     {
         EngineBench bench(TWO_WORDS);
