@@ -228,8 +228,7 @@ void ExchangeEngine::replyComplete(qint64 now_ns)
 void ExchangeEngine::replyWithSurplus(qint64 now_ns, const char *surplus, int count)
 {
     drop(DroppedBytes::Stale, count);
-    if (steps_.answersPrevious(reply_.bytes() + QByteArray(surplus, count)))
-        observer_->outOfStep(steps_.foundBehind());
+    steps_.showsBehind(reply_.bytes() + QByteArray(surplus, count));
     endAttempt(now_ns, AttemptEnd::Disturbed);
 }
 
@@ -257,7 +256,7 @@ void ExchangeEngine::bytesWhileSilent(qint64 now_ns, int count)
 void ExchangeEngine::bytesInPause(qint64 now_ns, int count)
 {
     drop(DroppedBytes::Stale, count);
-    observer_->outOfStep(steps_.heardUnasked(now_ns));
+    observer_->outOfStep(steps_.outOfStep(now_ns));
     hold(now_ns + settings_.quietTime_ns(request_.station, request_.expectedLength),
          DroppedBytes::Stale);
 }
@@ -313,10 +312,8 @@ void ExchangeEngine::noteSteps(Attempt *attempt)
         return;
     steps_.somethingOdd();
     // What came unasked may be the true answer to a request whose answer we believed to have had.
-    if (attempt->end == AttemptEnd::Disturbed)
-        observer_->outOfStep(steps_.heardUnasked(attempt->endedAt_ns));
-    else if (steps_.answersPrevious(reply_.bytes()))
-        observer_->outOfStep(steps_.foundBehind());
+    if (attempt->end == AttemptEnd::Disturbed || steps_.showsBehind(reply_.bytes()))
+        observer_->outOfStep(steps_.outOfStep(attempt->endedAt_ns));
 }
 
 // Nothing is due any more; the station may need silence all the same.

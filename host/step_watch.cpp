@@ -53,10 +53,13 @@ void StepWatch::somethingOdd()
     wary_ = WARY_REPLIES;
 }
 
-bool StepWatch::answersPrevious(const QByteArray &bytes) const
+bool StepWatch::showsBehind(const QByteArray &bytes)
 {
-    return previous_.station >= 0 && previous_ != current_ && bytes.size() == previous_.length &&
-           bytes.endsWith(FRAME_CR) && beginsAsReplyOf(previous_.station, bytes);
+    const bool shows = previous_.station >= 0 && previous_ != current_ &&
+                       bytes.size() == previous_.length && bytes.endsWith(FRAME_CR) &&
+                       beginsAsReplyOf(previous_.station, bytes);
+    behind_ = behind_ || shows;
+    return shows;
 }
 
 bool StepWatch::isPauseDue(qint64 now_ns) const
@@ -86,20 +89,12 @@ bool StepWatch::pauseWasSilent(qint64 began_ns, qint64 now_ns)
     return true;
 }
 
-qint64 StepWatch::heardUnasked(qint64 now_ns)
+qint64 StepWatch::outOfStep(qint64 now_ns)
 {
     pausedAt_ns_ = now_ns;
     somethingOdd();
     proofWanted_ = false;
-    return provedUntil_ns_;
-}
-
-qint64 StepWatch::foundBehind()
-{
-    behind_ = true;
-    somethingOdd();
-    proofWanted_ = false;
-    return std::min(provedUntil_ns_, differedAt_ns_);
+    return behind_ ? std::min(provedUntil_ns_, differedAt_ns_) : provedUntil_ns_;
 }
 
 } // namespace kvt

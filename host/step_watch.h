@@ -35,9 +35,10 @@ public:
     /// An attempt had no good reply, or bytes came that were none.
     void somethingOdd();
 
-    /// True when these bytes, no good reply to the latest request, are just what would answer the
-    /// one before it: the replies have been one behind.
-    bool answersPrevious(const QByteArray &bytes) const;
+    /// Looks at bytes that have come for the latest request. True when they are just what answers
+    /// the one before it, and not the latest: replies are one behind. From then on silence proves
+    /// nothing until two requests that differ have been answered.
+    bool showsBehind(const QByteArray &bytes);
 
     /// Somebody waits for a proof: the next pause is due at once.
     void askForProof() { proofWanted_ = share_ > 0; }
@@ -52,12 +53,9 @@ public:
     /// what came before it.
     bool pauseWasSilent(qint64 began_ns, qint64 now_ns);
 
-    /// A byte was heard that nobody had asked for. Returns the time since which nothing is proved.
-    qint64 heardUnasked(qint64 now_ns);
-
-    /// A reply came that answers the request before. Returns the time since which nothing is
-    /// proved: silence proves no more until two requests that differ have been answered.
-    qint64 foundBehind();
+    /// Replies are out of step: a byte was heard that nobody had asked for, or they were shown to
+    /// be behind. Returns the time since which nothing is proved.
+    qint64 outOfStep(qint64 now_ns);
 
 private:
     bool provesEachReply() const { return everyReply_ || wary_ > 0; }

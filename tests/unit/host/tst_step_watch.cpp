@@ -27,6 +27,10 @@ bool exchange(StepWatch *watch, qint64 *now_ns, int station = 1, int length = 8)
     return watch->replied(*now_ns, 8 * MS, true);
 }
 
+// A reply of station 1 to a request for a word, and to one for a bit.
+const QByteArray WORD = QByteArray::fromHex("06 30 31 31 32 41 42 0D");
+const QByteArray BIT = QByteArray::fromHex("06 30 31 30 31 0D");
+
 // As a line that has been listened to once.
 void begin(StepWatch *watch, qint64 *now_ns)
 {
@@ -152,7 +156,7 @@ private Q_SLOTS:
         watch.pauseWasSilent(now_ns, now_ns + 11 * MS);
         now_ns += 11 * MS;
         exchange(&watch, &now_ns);
-        QCOMPARE(watch.heardUnasked(now_ns), proved_ns);
+        QCOMPARE(watch.outOfStep(now_ns), proved_ns);
         QVERIFY(exchange(&watch, &now_ns));
         QVERIFY(watch.isPauseDue(now_ns));
     }
@@ -160,23 +164,22 @@ private Q_SLOTS:
     void aReplyInTheShapeOfTheRequestBeforeIsRecognised()
     {
         StepWatch watch(ONE_PERCENT, false);
-        const QByteArray word = QByteArray::fromHex("06 30 31 31 32 41 42 0D");
         watch.lineUp(0);
         watch.sent(requestOf(1, 8));
-        QVERIFY(!watch.answersPrevious(word));
+        QVERIFY(!watch.showsBehind(WORD));
         watch.sent(requestOf(1, 6));
-        QVERIFY(watch.answersPrevious(word));
-        QVERIFY(!watch.answersPrevious(word.left(7)));
-        QVERIFY(!watch.answersPrevious(word + '\r'));
-        QVERIFY(!watch.answersPrevious("\x06"
-                                       "0212AB\r"));
-        QVERIFY(!watch.answersPrevious(QByteArray(word).replace(0, 1, "\x15")));
+        QVERIFY(watch.showsBehind(WORD));
+        QVERIFY(!watch.showsBehind(WORD.left(7)));
+        QVERIFY(!watch.showsBehind(WORD + '\r'));
+        QVERIFY(!watch.showsBehind("\x06"
+                                   "0212AB\r"));
+        QVERIFY(!watch.showsBehind(QByteArray(WORD).replace(0, 1, "\x15")));
         watch.sent(requestOf(1, 6));
-        QVERIFY(!watch.answersPrevious(word));
+        QVERIFY(!watch.showsBehind(WORD));
         watch.sent(requestOf(2, 8));
         watch.sent(requestOf(1, 8));
-        QVERIFY(watch.answersPrevious("\x06"
-                                      "0212AB\r"));
+        QVERIFY(watch.showsBehind("\x06"
+                                  "0212AB\r"));
     }
 
     void onceBehindSilenceProvesNothingUntilTwoThatDifferWereRight()
@@ -193,7 +196,8 @@ private Q_SLOTS:
         now_ns += 11 * MS;
         watch.sent(requestOf(1, 8));
         // All since the last two that differed may have been behind, silent pauses or not.
-        QCOMPARE(watch.foundBehind(), differed_ns);
+        QVERIFY(watch.showsBehind(BIT));
+        QCOMPARE(watch.outOfStep(now_ns), differed_ns);
         exchange(&watch, &now_ns);
         QVERIFY(watch.isPauseDue(now_ns));
         exchange(&watch, &now_ns);
@@ -207,7 +211,9 @@ private Q_SLOTS:
         StepWatch watch(ONE_PERCENT, false);
         qint64 now_ns = 0;
         begin(&watch, &now_ns);
-        watch.foundBehind();
+        watch.sent(requestOf(1, 6));
+        QVERIFY(watch.showsBehind(WORD));
+        watch.outOfStep(now_ns);
         watch.lineUp(now_ns);
         QVERIFY(exchange(&watch, &now_ns));
         QVERIFY(watch.pauseWasSilent(now_ns, now_ns + 11 * MS));
