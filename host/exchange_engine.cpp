@@ -302,8 +302,8 @@ const RW_VAR *ExchangeEngine::handOver(AttemptEnd end)
 void ExchangeEngine::noteSteps(Attempt *attempt)
 {
     if (attempt->isSuccess()) {
-        attempt->unproven =
-            steps_.replied(attempt->endedAt_ns, replyBegan_ns_ - sentAt_ns_, timesSent_ == 1);
+        attempt->unproven = steps_.replied(reply_.bytes(), attempt->endedAt_ns,
+                                           replyBegan_ns_ - sentAt_ns_, timesSent_ == 1);
         if (!attempt->doubtful)
             judge_.accepted(request_);
         return;

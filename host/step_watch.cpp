@@ -32,9 +32,10 @@ void StepWatch::sent(const Request &request)
     current_ = {request.station & 0xFF, request.expectedLength};
 }
 
-bool StepWatch::replied(qint64 now_ns, qint64 turnaround_ns, bool firstAttempt)
+bool StepWatch::replied(const QByteArray &reply, qint64 now_ns, qint64 turnaround_ns,
+                        bool firstAttempt)
 {
-    if (previous_.station >= 0 && previous_ != current_) {
+    if (cannotAnswerPrevious(reply)) {
         behind_ = false;
         differedAt_ns_ = now_ns;
     }
@@ -51,6 +52,15 @@ void StepWatch::somethingOdd()
 {
     odd_ = true;
     wary_ = WARY_REPLIES;
+}
+
+// A good reply has the length that was asked for, but its station is looked at by nobody else if
+// replies are not checked, or one was taken that is doubtful.
+bool StepWatch::cannotAnswerPrevious(const QByteArray &goodReply) const
+{
+    if (previous_.station < 0 || previous_.length != current_.length)
+        return previous_.station >= 0;
+    return previous_.station != current_.station && beginsAsReplyOf(current_.station, goodReply);
 }
 
 bool StepWatch::showsBehind(const QByteArray &bytes)

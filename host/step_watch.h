@@ -30,7 +30,7 @@ public:
 
     /// A good reply has come, to the first attempt or a later one, and began `turnaround_ns` after
     /// its request had left. Returns true when its value waits for a proof.
-    bool replied(qint64 now_ns, qint64 turnaround_ns, bool firstAttempt);
+    bool replied(const QByteArray &reply, qint64 now_ns, qint64 turnaround_ns, bool firstAttempt);
 
     /// An attempt had no good reply, or bytes came that were none.
     void somethingOdd();
@@ -59,6 +59,7 @@ public:
 
 private:
     bool provesEachReply() const { return everyReply_ || wary_ > 0; }
+    bool cannotAnswerPrevious(const QByteArray &goodReply) const;
 
     struct Shape {
         int station = -1;

@@ -19,17 +19,18 @@ Request requestOf(int station, int length)
     return request;
 }
 
-// Station 1 answers a request for a word after 8 ms; a pause then takes 11.
-bool exchange(StepWatch *watch, qint64 *now_ns, int station = 1, int length = 8)
-{
-    watch->sent(requestOf(station, length));
-    *now_ns += 8 * MS;
-    return watch->replied(*now_ns, 8 * MS, true);
-}
-
 // A reply of station 1 to a request for a word, and to one for a bit.
 const QByteArray WORD = QByteArray::fromHex("06 30 31 31 32 41 42 0D");
 const QByteArray BIT = QByteArray::fromHex("06 30 31 30 31 0D");
+
+// Station 1 answers a request for a word after 8 ms; a pause then takes 11.
+bool exchange(StepWatch *watch, qint64 *now_ns, int station = 1, int length = 8,
+              const QByteArray &reply = WORD)
+{
+    watch->sent(requestOf(station, length));
+    *now_ns += 8 * MS;
+    return watch->replied(reply, *now_ns, 8 * MS, true);
+}
 
 // As a line that has been listened to once.
 void begin(StepWatch *watch, qint64 *now_ns)
@@ -129,11 +130,11 @@ private Q_SLOTS:
         qint64 now_ns = 0;
         begin(&watch, &now_ns);
         watch.sent(requestOf(1, 8));
-        QVERIFY(watch.replied(now_ns, 2 * MS, true));
+        QVERIFY(watch.replied(WORD, now_ns, 2 * MS, true));
         QVERIFY(watch.isPauseDue(now_ns));
         watch.pauseWasSilent(now_ns, now_ns);
         watch.sent(requestOf(1, 8));
-        QVERIFY(watch.replied(now_ns, 12 * MS, true));
+        QVERIFY(watch.replied(WORD, now_ns, 12 * MS, true));
     }
 
     void theTimeOfALaterAttemptSaysNothing()
@@ -142,7 +143,7 @@ private Q_SLOTS:
         qint64 now_ns = 0;
         begin(&watch, &now_ns);
         watch.sent(requestOf(1, 8));
-        QVERIFY(!watch.replied(now_ns, 200 * MS, false));
+        QVERIFY(!watch.replied(WORD, now_ns, 200 * MS, false));
         QCOMPARE(watch.pauseEnd_ns(now_ns, 0), now_ns + 11 * MS);
     }
 
@@ -203,6 +204,20 @@ private Q_SLOTS:
         exchange(&watch, &now_ns);
         QVERIFY(!watch.pauseWasSilent(now_ns, now_ns + 11 * MS));
         exchange(&watch, &now_ns, 1, 6);
+        QVERIFY(watch.pauseWasSilent(now_ns, now_ns + 11 * MS));
+    }
+
+    void aReplyThatDoesNotNameItsStationIsNotRightBehindAnother()
+    {
+        StepWatch watch(ONE_PERCENT, false);
+        qint64 now_ns = 0;
+        begin(&watch, &now_ns);
+        watch.sent(requestOf(1, 6));
+        QVERIFY(watch.showsBehind(WORD));
+        watch.outOfStep(now_ns);
+        exchange(&watch, &now_ns, 2, 6, BIT);
+        QVERIFY(!watch.pauseWasSilent(now_ns, now_ns + 11 * MS));
+        exchange(&watch, &now_ns, 1, 6, BIT);
         QVERIFY(watch.pauseWasSilent(now_ns, now_ns + 11 * MS));
     }
 
