@@ -11,7 +11,7 @@ namespace kvt
 ExchangeEngine::ExchangeEngine(const DriverApi &api, const EngineSettings &settings,
                                ExchangeObserver *observer)
     : api_(api), settings_(settings), observer_(observer), judge_(settings.replyChecking),
-      steps_(settings.checkpointShare, settings.confirm)
+      steps_(settings.checkpointShare, settings.confirm, settings.characterTime_ns)
 {
 }
 

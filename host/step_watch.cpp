@@ -83,8 +83,12 @@ bool StepWatch::isPauseDue(qint64 now_ns) const
 qint64 StepWatch::pauseEnd_ns(qint64 now_ns, qint64 sentAt_ns) const
 {
     const qint64 pause_ns = times_.pause_ns(current_.station);
-    // Where each reply is followed by a pause, none can be further behind than its own request.
-    return std::max(now_ns, (provesEachReply() && !odd_ ? sentAt_ns : now_ns) + pause_ns);
+    if (odd_ || !provesEachReply())
+        return now_ns + pause_ns;
+    // Where each reply is followed by a pause, none can be further behind than its own request. The
+    // answer to that may have had to wait for the line, and follows at once then.
+    return std::max(now_ns + ReplyTimes::pauseAfter_ns(2 * characterTime_ns_),
+                    sentAt_ns + pause_ns);
 }
 
 bool StepWatch::pauseWasSilent(qint64 began_ns, qint64 now_ns)

@@ -19,8 +19,11 @@ class StepWatch
 public:
     /// `share` is the part of the line's time that pauses may take, 0 to 1; with 0 there are none
     /// and nothing is ever unproven. With `everyReply` each reply is followed by a pause, which
-    /// lasts only until its own request could still be answered.
-    StepWatch(double share, bool everyReply) : share_(share), everyReply_(everyReply) {}
+    /// lasts only until its own request could still be answered. `characterTime_ns` is the line's.
+    StepWatch(double share, bool everyReply, qint64 characterTime_ns = 0)
+        : share_(share), everyReply_(everyReply), characterTime_ns_(characterTime_ns)
+    {
+    }
 
     /// Nothing is known of the line from now on.
     void lineUp(qint64 now_ns);
@@ -72,6 +75,7 @@ private:
 
     double share_;
     bool everyReply_;
+    qint64 characterTime_ns_;
     ReplyTimes times_;
     Shape previous_;
     Shape current_;

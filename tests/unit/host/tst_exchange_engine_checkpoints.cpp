@@ -145,6 +145,21 @@ private Q_SLOTS:
         }
     }
 
+    void whatComesDirectlyBehindALongReplyIsHeardBeforeItIsConfirmed()
+    {
+        EngineBench bench(TWO_WORDS);
+        bench.settings.confirm = true;
+        bench.settings.paced = true;
+        bringUp(&bench);
+        bench.send();
+        bench.receive(9, REPLY.left(1));
+        bench.receive(7, REPLY.mid(1)); // behind the time by which its answer should have begun
+        bench.engine->deadlineReached(bench.now_ns);
+        QCOMPARE(bench.log.passed.size(), 1);
+        bench.receive(1, OTHER_REPLY.left(1));
+        QCOMPARE(bench.log.outOfSteps, bench.log.passed);
+    }
+
     void aCommandIsNotSentAgainWhenTheLineComesBack()
     {
         EngineBench bench({}, 0);
