@@ -263,6 +263,8 @@ void HostSession::lineChanged(bool up, qint64 now_ns)
     {
         const std::lock_guard<std::mutex> lock(mutex_);
         statistics_.lineChanged(up, now_ns);
+        if (!up)
+            values_.leaveUnproved(statistics_.provedUntil_ns);
     }
     if (!up)
         giveUpUnproven(WriteReason::NotProved);

@@ -23,11 +23,13 @@ bool ValueTable::read(int cell, const Reading &reading)
     entry.raw = reading.raw;
     entry.quality = reading.doubtful ? Quality::Doubtful : Quality::Good;
     entry.readAt_ns = reading.readAt_ns;
+    entry.provable = true;
     return true;
 }
 
 QVector<int> ValueTable::withdraw(qint64 provedUntil_ns)
 {
+    leaveUnproved(provedUntil_ns);
     QVector<int> withdrawn;
     for (int cell = 0; cell < cells_.size(); ++cell) {
         const Cell &entry = cells_.at(cell);
@@ -37,6 +39,13 @@ QVector<int> ValueTable::withdraw(qint64 provedUntil_ns)
         withdrawn.append(cell);
     }
     return withdrawn;
+}
+
+void ValueTable::leaveUnproved(qint64 provedUntil_ns)
+{
+    for (Cell &entry : cells_)
+        if (entry.readAt_ns > provedUntil_ns)
+            entry.provable = false;
 }
 
 void ValueTable::readFailed(int cell)
@@ -64,6 +73,7 @@ CellValue ValueTable::value(int cell, qint64 now_ns, qint64 staleAfter_ns) const
     value.raw = entry.raw;
     value.quality = entry.quality;
     value.readAt_ns = entry.readAt_ns;
+    value.provable = entry.provable;
     value.writePending = entry.pendingWrites > 0;
     if (isFresh(value.quality) && now_ns - entry.readAt_ns > staleAfter_ns)
         value.quality = Quality::Stale;

@@ -31,7 +31,11 @@ struct CellValue {
     Quality quality = Quality::NeverRead;
     qint64 readAt_ns = 0;      ///< when the reply with it was complete
     bool writePending = false; ///< a write to the cell has not ended
-    qint64 provedUntil_ns = 0; ///< readings up to then are proved to be the cell's own
+    bool provable = true;      ///< false: it was in doubt, which no later proof ends
+    qint64 provedUntil_ns = 0; ///< replies up to then are proved, but for those in doubt
+
+    /// True when it is proved to be the cell's own.
+    bool isProved() const { return provable && readAt_ns <= provedUntil_ns; }
 };
 
 /// The cells by number. Does no locking of its own.
@@ -49,6 +53,9 @@ public:
     /// Readings after `provedUntil_ns` may be another cell's. Returns the cells that have one and
     /// are Suspect from now on.
     QVector<int> withdraw(qint64 provedUntil_ns);
+
+    /// Readings after `provedUntil_ns` stay unproved for good.
+    void leaveUnproved(qint64 provedUntil_ns);
 
     /// Number of writes to the cell so far, pending ones included.
     quint32 writesTo(int cell) const { return cells_.at(cell).writes; }
@@ -68,6 +75,7 @@ private:
     struct Cell {
         quint16 raw = 0;
         Quality quality = Quality::NeverRead;
+        bool provable = true;
         qint64 readAt_ns = 0;
         int pendingWrites = 0;
         quint32 writes = 0;

@@ -47,7 +47,7 @@ QJsonObject polledTagToJson(const Tag &tag, const CellValue &value, const TagRes
     insertValue(tag, value.raw, &object);
     object.insert(QStringLiteral("age_ms"), millisecondsOf(now_ns - value.readAt_ns));
     object.insert(QStringLiteral("read_time"), isoTimeBefore(now_ns - value.readAt_ns));
-    object.insert(QStringLiteral("proved"), value.readAt_ns <= value.provedUntil_ns);
+    object.insert(QStringLiteral("proved"), value.isProved());
     if (value.provedUntil_ns > 0)
         object.insert(QStringLiteral("checkpoint_age_ms"),
                       millisecondsOf(now_ns - value.provedUntil_ns));

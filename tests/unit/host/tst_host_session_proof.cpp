@@ -53,6 +53,46 @@ private Q_SLOTS:
         QCOMPARE(bench.session->statistics().timesOutOfStep, quint64(1));
     }
 
+    void noLaterProofIsOneOfAWithdrawnReading()
+    {
+        SessionBench bench({"D1/5.2.1", "D1/5.3.1", "D1/5.4.1"});
+        bench.settings.engine.checkpointShare = 0.01;
+        bench.start();
+        bench.exchange();
+        bench.passDeadline();
+        bench.exchange();
+        bench.session->engine().askForProof();
+        bench.exchange();
+        bench.receive("?");
+        QCOMPARE(bench.value(1).quality, Quality::Suspect);
+        bench.passDeadline();
+        bench.exchange();
+        bench.passDeadline();
+        QVERIFY(bench.value(0).isProved());
+        QVERIFY(bench.value(1).readAt_ns < bench.value(1).provedUntil_ns);
+        QVERIFY(!bench.value(1).isProved());
+    }
+
+    void noLaterProofIsOneOfAReadingBeforeTheLineWasLost()
+    {
+        SessionBench bench({"D1/5.2.1", "D1/5.3.1", "D1/5.4.1"});
+        bench.settings.engine.checkpointShare = 0.01;
+        bench.start();
+        bench.exchange();
+        bench.passDeadline();
+        bench.exchange();
+        bench.session->engine().lineDown(bench.now_ns);
+        bench.session->engine().lineUp(bench.now_ns);
+        bench.passDeadline();
+        bench.exchange();
+        bench.passDeadline();
+        QVERIFY(bench.value(0).isProved());
+        QCOMPARE(bench.value(1).quality, Quality::Good);
+        QVERIFY(bench.value(1).readAt_ns < bench.value(1).provedUntil_ns);
+        QVERIFY(!bench.value(1).isProved());
+        QVERIFY(bench.value(2).isProved());
+    }
+
     void aWriteIsAcknowledgedOnceItIsProved()
     {
         SessionBench bench({"D1/5.2.1"});
