@@ -152,6 +152,14 @@ public:
         engine->received(now_ns, bytes.constData(), bytes.size());
     }
 
+    /// Sends the request that is due and has bytes arrive `later_ms` after it.
+    QByteArray exchange(qint64 later_ms, const QByteArray &bytes)
+    {
+        const QByteArray request = send();
+        receive(later_ms, bytes);
+        return request;
+    }
+
     /// Goes on to the engine's deadline.
     void passDeadline()
     {

@@ -34,8 +34,7 @@ void TestExchangeEngine::aReplyIsCompleteAtItsExpectedLength()
     EngineBench bench(TWO_WORDS);
     QVERIFY2(bench.library.isLoaded(), qPrintable(bench.error));
     bench.bringUp();
-    QCOMPARE(bench.send(), FIRST_REQUEST);
-    bench.receive(10, REPLY);
+    QCOMPARE(bench.exchange(10, REPLY), FIRST_REQUEST);
     QCOMPARE(bench.log.ended.size(), 1);
     QCOMPARE(bench.log.ended[0].end, AttemptEnd::Replied);
     QCOMPARE(bench.log.ended[0].resultCode, 1);
@@ -62,8 +61,7 @@ void TestExchangeEngine::theNextRequestLeavesInTheSameCall()
 {
     EngineBench bench(TWO_WORDS);
     bench.bringUp();
-    bench.send();
-    bench.receive(10, REPLY);
+    bench.exchange(10, REPLY);
     QCOMPARE(bench.take(), SECOND_REQUEST);
     QCOMPARE(bench.take(), QByteArray());
     QCOMPARE(bench.engine->deadline_ns(), NEVER);
@@ -88,9 +86,8 @@ void TestExchangeEngine::aReplyIsCompleteAtCarriageReturn()
 {
     EngineBench bench(TWO_WORDS, 0);
     bench.bringUp();
-    bench.send();
-    bench.receive(5, QByteArray("\x06"
-                                "01\r"));
+    bench.exchange(5, QByteArray("\x06"
+                                 "01\r"));
     QCOMPARE(bench.log.ended.size(), 1);
     QCOMPARE(bench.log.ended[0].end, AttemptEnd::Replied);
     QCOMPARE(bench.log.ended[0].resultCode, 71);
@@ -121,13 +118,11 @@ void TestExchangeEngine::remoteModeHoldsAStationToItsWayOfAnswering()
     bench.settings.remoteMode = true;
     bench.info.remoteMode = 1;
     bench.bringUp();
-    bench.send();
-    bench.receive(5, REPLY);
+    bench.exchange(5, REPLY);
     QCOMPARE(bench.log.ended.last().resultCode, 1);
     QVERIFY(!bench.log.ended.last().doubtful);
-    bench.send();
-    bench.receive(5, QByteArray("\x06"
-                                "021234\r"));
+    bench.exchange(5, QByteArray("\x06"
+                                 "021234\r"));
     QCOMPARE(bench.log.ended.last().end, AttemptEnd::Foreign);
     QVERIFY(bench.log.ended.last().resultCode != 1);
 }
@@ -147,8 +142,7 @@ void TestExchangeEngine::aReplyThatHasBegunIsNotCutOffAtTheTimeout()
 {
     EngineBench bench(TWO_WORDS);
     bench.bringUp();
-    bench.send();
-    bench.receive(57, REPLY.left(4));
+    bench.exchange(57, REPLY.left(4));
     QCOMPARE(bench.left_ms(), 4);
     bench.receive(3, REPLY.mid(4));
     QCOMPARE(bench.log.ended.size(), 1);
@@ -162,8 +156,7 @@ void TestExchangeEngine::aGapAfterTheReplyIsKeptWhereAStationNeedsOne()
     slow.gapAfterReply_ns = 7 * EngineBench::MS;
     bench.settings.stations.insert(1, slow);
     bench.bringUp();
-    bench.send();
-    bench.receive(8, REPLY);
+    bench.exchange(8, REPLY);
     QCOMPARE(bench.take(), QByteArray());
     QCOMPARE(bench.left_ms(), 7);
     bench.passDeadline();
@@ -180,9 +173,8 @@ void TestExchangeEngine::anyLengthEndsAtCarriageReturn()
     EngineBench bench(TWO_WORDS);
     bench.library.api().ComCommunication()->expectedReplyLength = -1;
     bench.bringUp();
-    bench.send();
-    bench.receive(8, QByteArray("\x06"
-                                "0112345678\r"));
+    bench.exchange(8, QByteArray("\x06"
+                                 "0112345678\r"));
     QCOMPARE(bench.log.ended.size(), 1);
     QCOMPARE(bench.log.ended[0].receivedBytes, 12);
     QCOMPARE(bench.log.ended[0].resultCode, 1);

@@ -16,8 +16,7 @@ void bringUp(EngineBench *bench)
 {
     bench->settings.checkpointShare = 0.01;
     bench->bringUp();
-    bench->send();
-    bench->receive(10, REPLY);
+    bench->exchange(10, REPLY);
     QCOMPARE(bench->take(), QByteArray());
     bench->passDeadline();
 }
@@ -34,8 +33,7 @@ private Q_SLOTS:
         EngineBench bench(TWO_WORDS);
         bench.settings.checkpointShare = 0.01;
         bench.bringUp();
-        bench.send();
-        bench.receive(10, REPLY);
+        bench.exchange(10, REPLY);
         QVERIFY(bench.log.ended[0].unproven);
         QVERIFY(bench.log.passed.isEmpty());
         QCOMPARE(bench.take(), QByteArray());
@@ -43,8 +41,7 @@ private Q_SLOTS:
         bench.passDeadline();
         QCOMPARE(bench.now_ns - began_ns, milliseconds(13) + microseconds(500));
         QCOMPARE(bench.log.passed, QVector<qint64>{began_ns});
-        QCOMPARE(bench.send(), SECOND_REQUEST);
-        bench.receive(10, REPLY);
+        QCOMPARE(bench.exchange(10, REPLY), SECOND_REQUEST);
         QVERIFY(!bench.log.ended[1].unproven);
         QCOMPARE(bench.take(), FIRST_REQUEST);
     }
@@ -54,11 +51,9 @@ private Q_SLOTS:
         EngineBench bench(TWO_WORDS);
         bringUp(&bench);
         const qint64 proved_ns = bench.log.passed.last();
-        bench.send();
-        bench.receive(10, REPLY);
+        bench.exchange(10, REPLY);
         bench.engine->askForProof();
-        bench.send();
-        bench.receive(10, REPLY);
+        bench.exchange(10, REPLY);
         QCOMPARE(bench.take(), QByteArray());
         bench.receive(5, OTHER_REPLY);
         QCOMPARE(bench.log.stale, 8);
@@ -66,8 +61,7 @@ private Q_SLOTS:
         // Silence until nothing more can come, and then everything is proved anew.
         QCOMPARE(bench.left_ms(), 58);
         bench.passDeadline();
-        bench.send();
-        bench.receive(10, REPLY);
+        bench.exchange(10, REPLY);
         QVERIFY(bench.log.ended.last().unproven);
         QCOMPARE(bench.take(), QByteArray());
     }
@@ -77,8 +71,7 @@ private Q_SLOTS:
         EngineBench bench(TWO_WORDS);
         bringUp(&bench);
         const qint64 proved_ns = bench.log.passed.last();
-        bench.send();
-        bench.receive(10, REPLY);
+        bench.exchange(10, REPLY);
         bench.take();
         bench.receive(3, OTHER_REPLY);
         bench.engine->sent(bench.now_ns);
@@ -94,8 +87,7 @@ private Q_SLOTS:
         bringUp(&bench);
         bench.passDeadline();
         QCOMPARE(bench.log.passed.size(), 1);
-        bench.send();
-        bench.receive(10, REPLY);
+        bench.exchange(10, REPLY);
         QVERIFY(bench.log.ended.last().unproven);
         bench.receive(5, OTHER_REPLY);
         QCOMPARE(bench.log.stale, 8);
@@ -110,8 +102,7 @@ private Q_SLOTS:
     {
         EngineBench bench(TWO_WORDS);
         bringUp(&bench);
-        bench.send();
-        bench.receive(1, REPLY);
+        bench.exchange(1, REPLY);
         QVERIFY(bench.log.ended.last().unproven);
         // The true answer comes where it always does.
         bench.receive(9, OTHER_REPLY);
@@ -123,8 +114,7 @@ private Q_SLOTS:
     {
         EngineBench bench({{AREA_D, 1, "5.2.1"}, {AREA_X, 1, "1.2.0"}}, 0);
         bringUp(&bench);
-        bench.send();
-        bench.receive(10, REPLY); // eight bytes where six are expected
+        bench.exchange(10, REPLY); // eight bytes where six are expected
         QCOMPARE(bench.log.ended.last().end, AttemptEnd::Disturbed);
         QCOMPARE(bench.log.outOfSteps.size(), 1);
     }
@@ -135,8 +125,7 @@ private Q_SLOTS:
         bench.settings.confirm = true;
         bringUp(&bench);
         for (int i = 0; i < 5; ++i) {
-            bench.send();
-            bench.receive(10, REPLY);
+            bench.exchange(10, REPLY);
             QVERIFY(bench.log.ended.last().unproven);
             QCOMPARE(bench.take(), QByteArray());
             QCOMPARE(bench.left_ms(), 3);
@@ -151,8 +140,7 @@ private Q_SLOTS:
         bench.settings.confirm = true;
         bench.settings.paced = true;
         bringUp(&bench);
-        bench.send();
-        bench.receive(9, REPLY.left(1));
+        bench.exchange(9, REPLY.left(1));
         bench.receive(7, REPLY.mid(1)); // behind the time by which its answer should have begun
         bench.engine->deadlineReached(bench.now_ns);
         QCOMPARE(bench.log.passed.size(), 1);

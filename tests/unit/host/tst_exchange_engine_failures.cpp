@@ -60,8 +60,7 @@ void TestExchangeEngineFailures::aGapInsideAReplyEndsIt()
 {
     EngineBench bench(TWO_WORDS, 0);
     bench.bringUp();
-    bench.send();
-    bench.receive(5, REPLY.left(7));
+    bench.exchange(5, REPLY.left(7));
     QCOMPARE(bench.left_ms(), 4);
     bench.passDeadline();
     QCOMPARE(bench.log.ended.size(), 1);
@@ -75,9 +74,8 @@ void TestExchangeEngineFailures::aReplyWithoutCarriageReturnFails()
 {
     EngineBench bench(TWO_WORDS, 0);
     bench.bringUp();
-    bench.send();
-    bench.receive(8, QByteArray("\x06"
-                                "01123456"));
+    bench.exchange(8, QByteArray("\x06"
+                                 "01123456"));
     QCOMPARE(bench.log.ended.size(), 1);
     QCOMPARE(bench.log.ended[0].resultCode, 41);
     QCOMPARE(bench.log.stale, 1);
@@ -88,8 +86,7 @@ void TestExchangeEngineFailures::aRefusalCountsOnceNothingCanFollowIt()
 {
     EngineBench bench(TWO_WORDS, 1);
     bench.bringUp();
-    bench.send();
-    bench.receive(6, REFUSAL);
+    bench.exchange(6, REFUSAL);
     QCOMPARE(bench.log.ended.size(), 0);
     QCOMPARE(bench.left_ms(), 8 + 58 - 6);
     bench.passDeadline();
@@ -98,8 +95,7 @@ void TestExchangeEngineFailures::aRefusalCountsOnceNothingCanFollowIt()
     QCOMPARE(bench.log.ended[0].endedAt_ns - bench.log.ended[0].sentAt_ns, milliseconds(6));
     QCOMPARE(bench.left_ms(), 58);
     bench.passDeadline();
-    QCOMPARE(bench.send(), FIRST_REQUEST);
-    bench.receive(6, REFUSAL);
+    QCOMPARE(bench.exchange(6, REFUSAL), FIRST_REQUEST);
     bench.passDeadline();
     QCOMPARE(bench.log.ended[1].number, 2);
     QCOMPARE(bench.log.ended[1].resultCode, 71);
@@ -111,8 +107,7 @@ void TestExchangeEngineFailures::aReplyBehindARefusalMakesBothWorthless()
 {
     EngineBench bench(TWO_WORDS, 0);
     bench.bringUp();
-    bench.send();
-    bench.receive(6, REFUSAL);
+    bench.exchange(6, REFUSAL);
     bench.receive(20, REPLY);
     QCOMPARE(bench.log.ended[0].end, AttemptEnd::Disturbed);
     QCOMPARE(bench.log.ended[0].resultCode, 41);

@@ -91,14 +91,12 @@ void TestExchangeEngineLine::aRequestInFlightIsSentAgainAndNothingFails()
 {
     EngineBench bench(TWO_WORDS, 0);
     bench.bringUp();
-    bench.send();
-    bench.receive(5, REPLY.left(3));
+    bench.exchange(5, REPLY.left(3));
     bench.engine->lineDown(bench.now_ns);
     QCOMPARE(bench.engine->deadline_ns(), NEVER);
     QCOMPARE(bench.log.ended.size(), 0);
     bringUpAgain(&bench);
-    QCOMPARE(bench.send(), FIRST_REQUEST);
-    bench.receive(8, REPLY);
+    QCOMPARE(bench.exchange(8, REPLY), FIRST_REQUEST);
     QCOMPARE(bench.log.ended.size(), 1);
     QCOMPARE(bench.log.ended[0].resultCode, 1);
     QCOMPARE(bench.log.ended[0].number, 1);

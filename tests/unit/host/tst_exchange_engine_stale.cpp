@@ -74,8 +74,7 @@ void TestExchangeEngineStale::bytesWhileTheRequestLeavesSpoilItsAttempt()
     bench.receive(20, OTHER_REPLY);
     QCOMPARE(bench.log.late, 8);
     bench.passDeadline();
-    QCOMPARE(bench.send(), FIRST_REQUEST);
-    bench.receive(10, OTHER_REPLY);
+    QCOMPARE(bench.exchange(10, OTHER_REPLY), FIRST_REQUEST);
     QCOMPARE(bench.word(1, "5.2.1"), QByteArray::fromHex("CDAB"));
 }
 
@@ -126,8 +125,7 @@ void TestExchangeEngineStale::aRepetitionBehindAReplySpoilsItsAttempt()
 {
     EngineBench bench(TWO_WORDS);
     bench.bringUp();
-    bench.send();
-    bench.receive(16, REPLY + REPLY.left(5));
+    bench.exchange(16, REPLY + REPLY.left(5));
     QCOMPARE(bench.log.stale, 5);
     QCOMPARE(bench.log.ended[0].end, AttemptEnd::Disturbed);
     QCOMPARE(bench.log.ended[0].resultCode, 0);
@@ -143,8 +141,7 @@ void TestExchangeEngineStale::anotherReplyBehindAReplyMakesBothDoubtful()
 {
     EngineBench bench(TWO_WORDS);
     bench.bringUp();
-    bench.send();
-    bench.receive(16, REPLY + OTHER_REPLY);
+    bench.exchange(16, REPLY + OTHER_REPLY);
     QCOMPARE(bench.log.ended[0].end, AttemptEnd::Disturbed);
     QCOMPARE(bench.log.ended[0].resultCode, 0);
     QCOMPARE(bench.word(1, "5.2.1"), NOTHING_READ);
@@ -154,8 +151,7 @@ void TestExchangeEngineStale::aDuplicateThatRunsIntoTheNextRequestIsNotItsAnswer
 {
     EngineBench bench(TWO_WORDS);
     bench.bringUp();
-    bench.send();
-    bench.receive(8, REPLY);
+    bench.exchange(8, REPLY);
     QCOMPARE(bench.take(), SECOND_REQUEST);
     for (const char byte : REPLY)
         bench.receive(1, QByteArray(1, byte));
@@ -221,8 +217,7 @@ void TestExchangeEngineStale::aRetryAnsweredInPlaceOfAnEarlierAttemptIsFollowedB
     bench.send();
     bench.passDeadline();
     bench.passDeadline();
-    QCOMPARE(bench.send(), FIRST_REQUEST);
-    bench.receive(10, REPLY);
+    QCOMPARE(bench.exchange(10, REPLY), FIRST_REQUEST);
     QCOMPARE(bench.log.ended[1].resultCode, 1);
     QCOMPARE(bench.take(), QByteArray());
     QCOMPARE(bench.left_ms(), 8 + 58 - 10 + 58);
@@ -240,8 +235,7 @@ void TestExchangeEngineStale::noSilenceFollowsWhenTheLateReplyWasHeard()
     bench.passDeadline();
     bench.receive(10, REPLY);
     bench.passDeadline();
-    QCOMPARE(bench.send(), FIRST_REQUEST);
-    bench.receive(10, REPLY);
+    QCOMPARE(bench.exchange(10, REPLY), FIRST_REQUEST);
     QCOMPARE(bench.send(), SECOND_REQUEST);
 }
 
@@ -290,8 +284,7 @@ void TestExchangeEngineStale::aForeignReplyIsCounted()
 {
     EngineBench bench(TWO_WORDS);
     bench.bringUp();
-    bench.send();
-    bench.receive(8, FOREIGN_REPLY);
+    bench.exchange(8, FOREIGN_REPLY);
     QCOMPARE(bench.log.ended[0].end, AttemptEnd::Replied);
     QVERIFY(bench.log.ended[0].doubtful);
     QCOMPARE(bench.log.ended[0].resultCode, 1);
@@ -302,8 +295,7 @@ void TestExchangeEngineStale::aForeignReplyIsRefusedOnDemand()
     EngineBench bench(TWO_WORDS, 0);
     bench.settings.replyChecking = ReplyChecking::Refuse;
     bench.bringUp();
-    bench.send();
-    bench.receive(8, FOREIGN_REPLY);
+    bench.exchange(8, FOREIGN_REPLY);
     QCOMPARE(bench.log.ended[0].end, AttemptEnd::Foreign);
     QVERIFY(bench.log.ended[0].doubtful);
     QCOMPARE(bench.log.ended[0].resultCode, 41);
@@ -316,8 +308,7 @@ void TestExchangeEngineStale::aForeignReplyGoesUnnoticedWhenNotLookedAt()
     EngineBench bench(TWO_WORDS);
     bench.settings.replyChecking = ReplyChecking::Off;
     bench.bringUp();
-    bench.send();
-    bench.receive(8, FOREIGN_REPLY);
+    bench.exchange(8, FOREIGN_REPLY);
     QCOMPARE(bench.log.ended[0].end, AttemptEnd::Replied);
     QVERIFY(!bench.log.ended[0].doubtful);
 }

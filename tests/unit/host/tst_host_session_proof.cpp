@@ -13,6 +13,23 @@ const QByteArray VALUE("\x34\x12", 2);
 const QByteArray FOREIGN_REPLY("\x06"
                                "021234\r");
 
+// Brings up a line with pauses and has the first reply come, which waits for a proof.
+void beginUnproven(SessionBench *bench)
+{
+    bench->settings.engine.checkpointShare = 0.01;
+    bench->start();
+    bench->exchange();
+}
+
+// Ends that pause in silence, and has a write acknowledged. Returns its id.
+int acknowledgeWrite(SessionBench *bench)
+{
+    const int id = bench->session->write(0, VALUE);
+    bench->passDeadline();
+    bench->exchange();
+    return id;
+}
+
 } // namespace
 
 class TestHostSessionProof : public QObject
@@ -23,9 +40,7 @@ private Q_SLOTS:
     void aReadingIsShownOnceItIsProved()
     {
         SessionBench bench({"D1/5.2.1"});
-        bench.settings.engine.checkpointShare = 0.01;
-        bench.start();
-        bench.exchange();
+        beginUnproven(&bench);
         QCOMPARE(bench.value(0).quality, Quality::NeverRead);
         const qint64 readAt_ns = bench.now_ns;
         bench.passDeadline();
@@ -37,9 +52,7 @@ private Q_SLOTS:
     void readingsSinceTheLastProofAreWithdrawn()
     {
         SessionBench bench({"D1/5.2.1", "D1/5.3.1", "D1/5.4.1"});
-        bench.settings.engine.checkpointShare = 0.01;
-        bench.start();
-        bench.exchange();
+        beginUnproven(&bench);
         bench.passDeadline();
         bench.exchange();
         QCOMPARE(bench.value(1).quality, Quality::Good);
@@ -56,9 +69,7 @@ private Q_SLOTS:
     void noLaterProofIsOneOfAWithdrawnReading()
     {
         SessionBench bench({"D1/5.2.1", "D1/5.3.1", "D1/5.4.1"});
-        bench.settings.engine.checkpointShare = 0.01;
-        bench.start();
-        bench.exchange();
+        beginUnproven(&bench);
         bench.passDeadline();
         bench.exchange();
         bench.session->engine().askForProof();
@@ -76,9 +87,7 @@ private Q_SLOTS:
     void noLaterProofIsOneOfAReadingBeforeTheLineWasLost()
     {
         SessionBench bench({"D1/5.2.1", "D1/5.3.1", "D1/5.4.1"});
-        bench.settings.engine.checkpointShare = 0.01;
-        bench.start();
-        bench.exchange();
+        beginUnproven(&bench);
         bench.passDeadline();
         bench.exchange();
         bench.session->engine().lineDown(bench.now_ns);
@@ -96,12 +105,8 @@ private Q_SLOTS:
     void aWriteIsAcknowledgedOnceItIsProved()
     {
         SessionBench bench({"D1/5.2.1"});
-        bench.settings.engine.checkpointShare = 0.01;
-        bench.start();
-        bench.exchange();
-        const int id = bench.session->write(0, VALUE);
-        bench.passDeadline();
-        bench.exchange();
+        beginUnproven(&bench);
+        const int id = acknowledgeWrite(&bench);
         QVERIFY(!bench.events.events().hasEnded(id));
         bench.passDeadline();
         QCOMPARE(bench.events.events().lastOf(id).state, WriteState::Acknowledged);
@@ -111,12 +116,8 @@ private Q_SLOTS:
     void aWriteWhoseAcknowledgementMayBeAnothersIsUncertain()
     {
         SessionBench bench({"D1/5.2.1"});
-        bench.settings.engine.checkpointShare = 0.01;
-        bench.start();
-        bench.exchange();
-        const int id = bench.session->write(0, VALUE);
-        bench.passDeadline();
-        bench.exchange();
+        beginUnproven(&bench);
+        const int id = acknowledgeWrite(&bench);
         bench.receive("?");
         QCOMPARE(bench.events.events().lastOf(id).state, WriteState::Uncertain);
         QCOMPARE(bench.events.events().lastOf(id).reason, WriteReason::NotProved);
@@ -125,9 +126,7 @@ private Q_SLOTS:
     void stoppingSettlesWhatIsUnproven()
     {
         SessionBench bench({"D1/5.2.1"});
-        bench.settings.engine.checkpointShare = 0.01;
-        bench.start();
-        bench.exchange();
+        beginUnproven(&bench);
         const int id = bench.session->write(0, VALUE);
         const int read = bench.session->readOnce(0);
         bench.passDeadline();
@@ -143,12 +142,8 @@ private Q_SLOTS:
     void aLostLineSettlesWhatIsUnproven()
     {
         SessionBench bench({"D1/5.2.1"});
-        bench.settings.engine.checkpointShare = 0.01;
-        bench.start();
-        bench.exchange();
-        const int id = bench.session->write(0, VALUE);
-        bench.passDeadline();
-        bench.exchange();
+        beginUnproven(&bench);
+        const int id = acknowledgeWrite(&bench);
         bench.session->engine().lineDown(bench.now_ns);
         QCOMPARE(bench.events.events().lastOf(id).state, WriteState::Uncertain);
     }
@@ -156,9 +151,7 @@ private Q_SLOTS:
     void aWriteMeanwhileMakesAnUnprovenReadingWorthless()
     {
         SessionBench bench({"D1/5.2.1"});
-        bench.settings.engine.checkpointShare = 0.01;
-        bench.start();
-        bench.exchange();
+        beginUnproven(&bench);
         const int id = bench.session->write(0, VALUE);
         QVERIFY(id > 0);
         bench.passDeadline();

@@ -9,10 +9,24 @@ using namespace kvt;
 namespace
 {
 
+struct Target {
+    int station;
+    int address;
+};
+
 class Bench
 {
 public:
     Bench() : tracker([this](const WriteReport &report) { reports.append(report); }) {}
+
+    /// With writes to these in the queue, their ids counting from 1, and nothing reported of it.
+    explicit Bench(std::initializer_list<Target> targets) : Bench()
+    {
+        int id = 0;
+        for (const Target &target : targets)
+            queue(++id, target.station, target.address);
+        reports.clear();
+    }
 
     void queue(int id, int station, int address)
     {
@@ -65,11 +79,7 @@ private Q_SLOTS:
 
     void aNewerValueReplacesAQueuedOne()
     {
-        Bench bench;
-        bench.queue(1, 1, 10);
-        bench.queue(2, 1, 11);
-        bench.queue(3, 1, 12);
-        bench.taken();
+        Bench bench({{1, 10}, {1, 11}, {1, 12}});
         bench.queue(4, 1, 11);
         QCOMPARE(bench.taken(),
                  QStringList({QStringLiteral("2 dropped a newer value took its place"),
@@ -120,11 +130,7 @@ private Q_SLOTS:
 
     void theWritesBeforeTheOneSentWereDropped()
     {
-        Bench bench;
-        bench.queue(1, 1, 10);
-        bench.queue(2, 1, 11);
-        bench.queue(3, 2, 10);
-        bench.taken();
+        Bench bench({{1, 10}, {1, 11}, {2, 10}});
         bench.tracker.sent(3);
         QCOMPARE(bench.taken(),
                  QStringList({QStringLiteral("1 dropped the station is switched off"),
@@ -134,11 +140,7 @@ private Q_SLOTS:
 
     void aFailurePurgesItsStationOnly()
     {
-        Bench bench;
-        bench.queue(1, 1, 10);
-        bench.queue(2, 2, 10);
-        bench.queue(3, 1, 11);
-        bench.taken();
+        Bench bench({{1, 10}, {2, 10}, {1, 11}});
         bench.tracker.stationFailed(1);
         QCOMPARE(bench.taken(),
                  QStringList({QStringLiteral("1 dropped another request to the station failed"),
