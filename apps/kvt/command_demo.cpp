@@ -1,5 +1,6 @@
 // kvt demo: the whole system at work, with a simulated PLC on a pseudo-terminal.
 #include "apps/kvt/commands.h"
+#include "apps/kvt/common/counted.h"
 #include "apps/kvt/console.h"
 #include "apps/kvt/demo_witness.h"
 #include "apps/kvt/driver_option.h"
@@ -163,7 +164,8 @@ void Demo::show()
     state.line = QStringLiteral("%1 at %2 baud").arg(port_.name()).arg(BAUD);
     state.scans = static_cast<int>(statistics.scan.times().count());
     state.exchanges = statistics.total.exchanges;
-    state.more = QStringLiteral(", %1 writes confirmed").arg(witness_.writesConfirmed());
+    state.more = QStringLiteral(", ") +
+                 counted(witness_.writesConfirmed(), "write confirmed", "writes confirmed");
     state.elapsed_ns = now_ns - startedAt_ns_;
     output_.show({values, witness_.results(), now_ns, QSet<int>()}, state);
 }

@@ -1,5 +1,6 @@
 // kvt poll: the cyclic poll of a tag list.
 #include "apps/kvt/commands.h"
+#include "apps/kvt/common/counted.h"
 #include "apps/kvt/console.h"
 #include "apps/kvt/exit_codes.h"
 #include "apps/kvt/host_link.h"
@@ -137,8 +138,8 @@ int Poll::conclude()
         printSummary();
     reportDoubtfulReplies();
     if (skipped_ > 0)
-        printEvent(QStringLiteral("%1 outputs were left out, nobody read those before in time")
-                       .arg(skipped_));
+        printEvent(counted(skipped_, "output was left out, nobody read those before in time",
+                           "outputs were left out, nobody read those before in time"));
     return judge(values);
 }
 
@@ -156,7 +157,10 @@ int Poll::judge(const QVector<CellValue> &values) const
     if (!lineError.isEmpty())
         printEvent(QStringLiteral("the line is still down: %1").arg(lineError));
     if (bad > 0)
-        printEvent(QStringLiteral("%1 of %2 tags have no good value").arg(bad).arg(tags_.size()));
+        printEvent(QStringLiteral("%1 of %2 %3 no good value")
+                       .arg(bad)
+                       .arg(counted(tags_.size(), "tag", "tags"),
+                            bad == 1 ? QStringLiteral("has") : QStringLiteral("have")));
     else if (!anyGood)
         printEvent(QStringLiteral("no tag has more than a doubtful value"));
     return bad > 0 || !anyGood || !lineError.isEmpty() ? EXIT_NO_ANSWER : EXIT_GOOD;
@@ -189,9 +193,10 @@ void Poll::reportDoubtfulReplies() const
     const quint64 count = link_.poller()->statistics().total.doubtfulTaken;
     if (count == 0)
         return;
-    printEvent(QStringLiteral("%1 replies do not look like the station's own and were taken as "
-                              "doubtful: --reply-check refuse drops such replies")
-                   .arg(count));
+    printEvent(counted(static_cast<qint64>(count),
+                       "reply does not look like the station's own and was taken as",
+                       "replies do not look like the station's own and were taken as") +
+               QStringLiteral(" doubtful: --reply-check refuse drops such replies"));
 }
 
 void addOptions(QCommandLineParser *parser)

@@ -1,5 +1,6 @@
 // kvt replay: puts a recorded run to the driver again.
 #include "apps/kvt/commands.h"
+#include "apps/kvt/common/counted.h"
 #include "apps/kvt/console.h"
 #include "apps/kvt/driver_option.h"
 #include "apps/kvt/exit_codes.h"
@@ -29,10 +30,10 @@ QString resultText(const ReplayResult &result)
 {
     if (!result.difference.isEmpty())
         return result.difference + QLatin1Char('\n');
-    return QStringLiteral("%1 exchanges replayed, %2 outcomes compared, no difference%3\n")
-        .arg(result.exchanges)
-        .arg(result.calls)
-        .arg(result.isCut ? QStringLiteral(" (up to where the recording has lost records)")
+    return QStringLiteral("%1, %2, no difference%3\n")
+        .arg(counted(result.exchanges, "exchange replayed", "exchanges replayed"),
+             counted(result.calls, "outcome compared", "outcomes compared"),
+             result.isCut ? QStringLiteral(" (up to where the recording has lost records)")
                           : QString());
 }
 

@@ -1,6 +1,7 @@
 // kvt scan: which stations answer.
 #include "apps/kvt/character_format.h"
 #include "apps/kvt/commands.h"
+#include "apps/kvt/common/counted.h"
 #include "apps/kvt/console.h"
 #include "apps/kvt/enquiry.h"
 #include "apps/kvt/exit_codes.h"
@@ -67,13 +68,16 @@ void printSummary(int answers, int asked, int wanted, bool json)
                                   {QStringLiteral("complete"), complete}};
         printOut(jsonLine({{QStringLiteral("summary"), summary}}));
     } else if (complete) {
-        printOut(QStringLiteral("%1 of %2 stations answer\n").arg(answers).arg(asked));
-    } else {
-        printOut(QStringLiteral("cut short: %1 of the %2 stations asked so far answer, %3 were not "
-                                "asked\n")
+        printOut(QStringLiteral("%1 of %2 %3\n")
                      .arg(answers)
-                     .arg(asked)
-                     .arg(wanted - asked));
+                     .arg(counted(asked, "station", "stations"),
+                          answers == 1 ? QStringLiteral("answers") : QStringLiteral("answer")));
+    } else {
+        printOut(QStringLiteral("cut short: %1 of %2 asked so far %3, %4 asked\n")
+                     .arg(answers)
+                     .arg(counted(asked, "station", "stations"),
+                          answers == 1 ? QStringLiteral("answers") : QStringLiteral("answer"),
+                          counted(wanted - asked, "was not", "were not")));
     }
 }
 
@@ -86,9 +90,9 @@ int find(ScanOptions *options)
     case SearchEnd::Stopped:
         return exitCode;
     case SearchEnd::NothingAnswers:
-        printError(
-            QStringLiteral("no station answers at any of the %1 settings that the port takes")
-                .arg(tried));
+        printError(QStringLiteral("no station answers: ") +
+                   counted(tried, "setting that the port takes was tried",
+                           "settings that the port takes were tried"));
         return EXIT_NO_ANSWER;
     case SearchEnd::Found:
         break;
@@ -148,7 +152,7 @@ bool readRange(const QString &text, ScanOptions *options)
 
 bool readProbe(const QCommandLineParser &parser, Tag *probe)
 {
-    if (!readArea(parser.value(QStringLiteral("area")), &probe->area))
+    if (!readArea(parser.value(QStringLiteral("area")), &probe->area, QStringLiteral("--area: ")))
         return false;
     probe->address = probe->area == Area::C ? QStringLiteral("0.0.0.0") : QStringLiteral("0.0.0");
     if (parser.isSet(QStringLiteral("address")))

@@ -1,5 +1,6 @@
 #include "apps/kvt/console.h"
 
+#include "apps/kvt/common/counted.h"
 #include "apps/kvt/exit_codes.h"
 #include "apps/kvt/run_end.h"
 #include "apps/kvt/stop_signal.h"
@@ -99,8 +100,8 @@ QString outputProblem()
     if (!output().error().isEmpty())
         return output().error();
     if (output().dropped() > 0)
-        return QStringLiteral("%1 texts were dropped, nobody read them in time")
-            .arg(output().dropped());
+        return counted(output().dropped(), "text was dropped, nobody read it in time",
+                       "texts were dropped, nobody read them in time");
     return output().isBusy() ? QStringLiteral("nobody reads the last texts") : QString();
 }
 
@@ -151,8 +152,8 @@ int finishOutput(int exitCode)
         printError(QStringLiteral("standard output: %1").arg(problem));
     }
     if (errors().dropped() > 0)
-        printError(QStringLiteral("%1 messages were dropped, nobody read them in time")
-                       .arg(errors().dropped()));
+        printError(counted(errors().dropped(), "message was dropped, nobody read it in time",
+                           "messages were dropped, nobody read them in time"));
     errors().drain(StopSignal::wasRequested() ? SHORT_DRAIN_ns : NEVER);
     return exitCode == EXIT_GOOD && lossReported ? EXIT_NO_ANSWER : exitCode;
 }

@@ -1,6 +1,7 @@
 #include "apps/kvt/plan_report.h"
 
 #include "apps/kvt/character_format.h"
+#include "apps/kvt/common/counted.h"
 #include "apps/kvt/outcome_text.h"
 
 #include <QJsonArray>
@@ -117,11 +118,10 @@ bool isAchievable(const PlanReport &report)
 
 QString planText(const PlanReport &report)
 {
-    return QStringLiteral("%1 %2: %3 requests, %4 bytes, turnaround %5, %6 of host and interface "
-                          "each\nscan: %7\n")
+    return QStringLiteral("%1 %2: %3, %4 bytes, turnaround %5, %6 of host and interface each\n"
+                          "scan: %7\n")
                .arg(report.serial.baud)
-               .arg(formatName(report.serial))
-               .arg(report.plan.reads)
+               .arg(formatName(report.serial), counted(report.plan.reads, "request", "requests"))
                .arg(report.plan.bytes)
                .arg(timeText(report.settings.turnaround_ns), timeText(report.settings.overhead_ns),
                     timeText(report.plan.scan_ns)) +

@@ -1,5 +1,6 @@
 #include "apps/kvt/poll_output.h"
 
+#include "apps/kvt/common/counted.h"
 #include "apps/kvt/console.h"
 #include "apps/kvt/outcome_text.h"
 #include "apps/kvt/report_json.h"
@@ -19,11 +20,10 @@ namespace
 QString statusText(const PollState &state)
 {
     // The line comes last: its name may be long, and a narrow terminal cuts it.
-    return QStringLiteral("%1, %2 scans, %3 exchanges%4 on %5")
-        .arg(roughTimeText(state.elapsed_ns))
-        .arg(state.scans)
-        .arg(state.exchanges)
-        .arg(state.more, state.line);
+    return QStringLiteral("%1, %2, %3%4 on %5")
+        .arg(roughTimeText(state.elapsed_ns), counted(state.scans, "scan", "scans"),
+             counted(static_cast<qint64>(state.exchanges), "exchange", "exchanges"), state.more,
+             state.line);
 }
 
 QString troubleText(const Snapshot &snapshot, const PollState &state)

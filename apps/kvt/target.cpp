@@ -120,7 +120,7 @@ void addTargetOptions(QCommandLineParser *parser, const QString &types)
                        QStringLiteral("FILE")});
 }
 
-bool readArea(const QString &text, Area *area)
+bool readArea(const QString &text, Area *area, const QString &place)
 {
     for (const Area one : {Area::X, Area::D, Area::C}) {
         if (text.compare(areaName(one), Qt::CaseInsensitive) == 0) {
@@ -128,7 +128,7 @@ bool readArea(const QString &text, Area *area)
             return true;
         }
     }
-    printError(QStringLiteral("\"%1\" is no area; there are X, D and C").arg(text));
+    printError(place + QStringLiteral("\"%1\" is no area; there are X, D and C").arg(text));
     return false;
 }
 

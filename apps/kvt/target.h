@@ -13,8 +13,8 @@ namespace kvt
 /// Adds --station, --type and --tags. `types` is what --help says of the types.
 void addTargetOptions(QCommandLineParser *parser, const QString &types);
 
-/// Reads an area's name. False, with a message, when it is none.
-bool readArea(const QString &text, Area *area);
+/// Reads an area's name. False, with a message that begins with `place`, when it is none.
+bool readArea(const QString &text, Area *area, const QString &place = QString());
 
 /// The targets of `words`: an area and addresses in it, or, with --tags, names of tags. False,
 /// with a message, when a word is wrong, a type does not fit, or they cannot be had together.

@@ -1,5 +1,6 @@
 #include "apps/kvt/trace_text.h"
 
+#include "apps/kvt/common/counted.h"
 #include "apps/kvt/frames/frame_explanation.h"
 #include "apps/kvt/frames/frame_text.h"
 #include "apps/kvt/result_code.h"
@@ -137,21 +138,21 @@ QString TraceText::textOf(const TraceRecord &record) const
     if (record.is(trace::ONCE))
         return QStringLiteral("one-time read queued: %1").arg(placeText(record));
     if (record.is(trace::DROPPED))
-        return QStringLiteral("%1 bytes dropped: %2")
-            .arg(record.number(1))
-            .arg(QString::fromLatin1(record.words.at(0)));
+        return QStringLiteral("%1: %2").arg(
+            counted(record.number(1), "byte dropped", "bytes dropped"),
+            QString::fromLatin1(record.words.at(0)));
     if (record.is(trace::LINE))
         return QStringLiteral("the line is %1").arg(joined(record));
     if (record.is(trace::INFO))
         return QStringLiteral("settings: %1").arg(joined(record));
     if (record.is(trace::LIST))
-        return QStringLiteral("read list of %1 entries").arg(record.number(0));
+        return QStringLiteral("read list of ") + counted(record.number(0), "entry", "entries");
     if (record.is(trace::ENDED))
         return QStringLiteral("attempt %1 ended: %2").arg(record.number(1)).arg(endText(record));
     if (record.is(trace::CONTINUED))
         return QStringLiteral("the recording goes on here, what was before is in an older file");
     if (record.is(trace::LOST))
-        return QStringLiteral("%1 records were lost").arg(record.number(0));
+        return counted(record.number(0), "record was lost", "records were lost");
     return QString();
 }
 

@@ -1,4 +1,5 @@
 // Replies and refusals.
+#include "apps/kvt/common/counted.h"
 #include "apps/kvt/frames/explainers.h"
 #include "apps/kvt/frames/field_reader.h"
 #include "apps/kvt/frames/frame_text.h"
@@ -78,9 +79,8 @@ QString takeData(FieldReader *reader, int frameSize, const QByteArray &request)
         return takeBlock(reader);
     default:
         reader->take(std::max(reader->left() - 1, 0), QStringLiteral("data"));
-        reader->addProblem(QStringLiteral("%1 bytes: replies have 6 (X, or a write), 8 (D) or "
-                                          "144 (C)")
-                               .arg(frameSize));
+        reader->addProblem(counted(frameSize, "byte", "bytes") +
+                           QStringLiteral(": replies have 6 (X, or a write), 8 (D) or 144 (C)"));
         return QStringLiteral("a damaged reply");
     }
 }

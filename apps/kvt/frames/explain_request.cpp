@@ -1,4 +1,5 @@
 // Requests of the ASCII link.
+#include "apps/kvt/common/counted.h"
 #include "apps/kvt/frames/explainers.h"
 #include "apps/kvt/frames/field_reader.h"
 #include "apps/kvt/frames/frame_text.h"
@@ -103,10 +104,9 @@ void takeValue(FieldReader *reader, RequestParts *parts)
         return;
     if (digits != 2 && digits != 4) {
         reader->take(digits, QStringLiteral("value"));
-        reader->addProblem(
-            QStringLiteral("a value has 2 digits (X) or 4 (D); between address and end there are "
-                           "%1 bytes")
-                .arg(digits));
+        reader->addProblem(QStringLiteral("a value has 2 digits (X) or 4 (D); ") +
+                           counted(digits, "byte stands between address and end",
+                                   "bytes stand between address and end"));
         return;
     }
     parts->valueDigits = digits;

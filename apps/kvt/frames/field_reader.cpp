@@ -1,5 +1,6 @@
 #include "apps/kvt/frames/field_reader.h"
 
+#include "apps/kvt/common/counted.h"
 #include "apps/kvt/frames/frame_text.h"
 #include "driver/records.h"
 
@@ -56,7 +57,7 @@ void FieldReader::takeEnd()
         addProblem(QStringLiteral("the frame does not end with CR (0D)"));
     }
     if (left() > 0) {
-        addProblem(QStringLiteral("%1 bytes follow behind the end").arg(left()));
+        addProblem(counted(left(), "byte follows behind the end", "bytes follow behind the end"));
         take(left(), QStringLiteral("surplus"));
     }
 }

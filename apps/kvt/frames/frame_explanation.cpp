@@ -1,5 +1,6 @@
 #include "apps/kvt/frames/frame_explanation.h"
 
+#include "apps/kvt/common/counted.h"
 #include "apps/kvt/frames/explainers.h"
 #include "apps/kvt/frames/field_reader.h"
 #include "apps/kvt/frames/frame_text.h"
@@ -59,9 +60,9 @@ QString frameKindName(FrameKind kind)
 
 QString explanationText(const QByteArray &frame, const FrameExplanation &explanation)
 {
-    QString text = QStringLiteral("%1: %2 (%3 bytes)\n")
-                       .arg(frameKindName(explanation.kind), explanation.summary)
-                       .arg(frame.size());
+    QString text = QStringLiteral("%1: %2 (%3)\n")
+                       .arg(frameKindName(explanation.kind), explanation.summary,
+                            counted(frame.size(), "byte", "bytes"));
     for (const FrameField &field : explanation.fields) {
         text += QStringLiteral("%1  %2  %3")
                     .arg(field.offset, 5)
