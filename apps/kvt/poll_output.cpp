@@ -26,16 +26,21 @@ QString statusText(const PollState &state)
              state.line);
 }
 
+QList<int> sorted(const QSet<int> &stations)
+{
+    QList<int> result = stations.values();
+    std::sort(result.begin(), result.end());
+    return result;
+}
+
 QString troubleText(const Snapshot &snapshot, const PollState &state)
 {
     if (!state.lineError.isEmpty())
         return QStringLiteral("line down: ") + state.lineError;
     if (snapshot.stationsOff.isEmpty())
         return QString();
-    QList<int> off = snapshot.stationsOff.values();
-    std::sort(off.begin(), off.end());
     QStringList numbers;
-    for (const int station : off)
+    for (const int station : sorted(snapshot.stationsOff))
         numbers.append(QString::number(station));
     return QStringLiteral("off, asked from time to time: station ") +
            numbers.join(QStringLiteral(", "));
@@ -98,10 +103,14 @@ void PollOutput::showJson(const Snapshot &snapshot, const PollState &state,
     for (int i = 0; i < tags_.size(); ++i)
         tags.append(polledTagToJson(tags_.at(i), snapshot.values.at(i), snapshot.results.at(i),
                                     snapshot.at_ns));
+    QJsonArray off;
+    for (const int station : sorted(snapshot.stationsOff))
+        off.append(station);
     QJsonObject object{{QStringLiteral("time"), isoNow()},
                        {QStringLiteral("elapsed_ms"), millisecondsOf(state.elapsed_ns)},
                        {QStringLiteral("scans"), state.scans},
                        {QStringLiteral("line_up"), state.lineIsUp},
+                       {QStringLiteral("stations_off"), off},
                        {QStringLiteral("tags"), tags}};
     if (!summary.isEmpty())
         object.insert(QStringLiteral("summary"), summary);

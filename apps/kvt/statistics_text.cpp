@@ -1,5 +1,6 @@
 #include "apps/kvt/statistics_text.h"
 
+#include "apps/kvt/common/counted.h"
 #include "apps/kvt/outcome_text.h"
 #include "host/verdict.h"
 
@@ -62,6 +63,9 @@ QString statisticsText(const Statistics &statistics, qint64 now_ns, qint64 chara
     if (characterTime_ns > 0)
         lines.append(QStringLiteral("line in use: %1 %")
                          .arg(100 * statistics.utilisation(now_ns, characterTime_ns), 0, 'f', 1));
+    if (statistics.timesOutOfStep > 0)
+        lines.append(QStringLiteral("out of step: ") +
+                     counted(static_cast<qint64>(statistics.timesOutOfStep), "time", "times"));
     if (statistics.lineFailures > 0)
         lines.append(QStringLiteral("line failures: %1").arg(statistics.lineFailures));
     for (auto i = statistics.stations.cbegin(); i != statistics.stations.cend(); ++i)

@@ -144,6 +144,20 @@ private Q_SLOTS:
             QVERIFY2(errors.contains(": reply of another station (41)"), errors.constData());
         }
     }
+
+    void aPollTellsHowOftenItWasOutOfStep()
+    {
+        const SimulatedLine clean(SimulatedLine::Kind::Tcp);
+        KvtProcess quiet;
+        QCOMPARE(quiet.run(pollArguments(clean, "--cycles 5 --timeout 1000")), 0);
+        QVERIFY(!quiet.output().contains("out of step"));
+        const SimulatedLine line(SimulatedLine::Kind::Tcp,
+                                 {QStringLiteral("--faults"), QStringLiteral("extra=7")});
+        KvtProcess kvt;
+        QVERIFY(kvt.run(pollArguments(line, "--cycles 5 --timeout 100")) >= 0);
+        const QByteArray text = kvt.output();
+        QVERIFY2(text.contains("\nout of step: 1 time\n"), text.constData());
+    }
 };
 
 QTEST_GUILESS_MAIN(TestKvtFailures)

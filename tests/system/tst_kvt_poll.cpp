@@ -29,6 +29,7 @@ private Q_SLOTS:
         const QJsonObject last = shown.last();
         QCOMPARE(last.value(QStringLiteral("tags")).toArray().size(), 5);
         QCOMPARE(last.value(QStringLiteral("line_up")).toBool(), true);
+        QCOMPARE(last.value(QStringLiteral("stations_off")), QJsonValue(QJsonArray()));
         QVERIFY(last.value(QStringLiteral("scans")).toInt() >= 3);
         const QJsonObject offset = tagOf(last, "offset");
         QCOMPARE(offset.value(QStringLiteral("value")).toInt(), -2);
@@ -102,6 +103,7 @@ private Q_SLOTS:
         const QJsonObject last = shown.last();
         QCOMPARE(tagOf(last, "level").value(QStringLiteral("quality")).toString(),
                  QStringLiteral("good"));
+        QCOMPARE(last.value(QStringLiteral("stations_off")), QJsonValue(QJsonArray{2}));
         const QJsonObject speed = tagOf(last, "speed");
         QCOMPARE(speed.value(QStringLiteral("quality")).toString(), QStringLiteral("never_read"));
         QCOMPARE(speed.value(QStringLiteral("result")).toInt(), 41);
