@@ -39,9 +39,9 @@ bool loadDriver(const QString &path, DriverLibrary *library)
 {
     QString error;
     if (library->load(path, &error)) {
-        // Which one was found is worth a line, but not one for each line of many that is opened.
+        // Worth a message, but not one for each line of many that is opened.
         static bool named = false;
-        if (path == defaultDriverPath() && !std::exchange(named, true))
+        if (!std::exchange(named, true))
             printError(QStringLiteral("driver %1, version %2")
                            .arg(library->file(), library->versionText()));
         return true;

@@ -18,9 +18,8 @@ QString driverPath(const QCommandLineParser &parser);
 /// What is loaded without --driver: libKVT.so.1 beside this program, else the system's.
 QString defaultDriverPath();
 
-/// Loads the driver, and names the one loaded on standard error unless --driver has named it, which
-/// is what a name with a folder that is not `defaultDriverPath` is. False, with a message, when it
-/// cannot be loaded.
+/// Loads the driver, and the first time names the file that it was loaded from, with its version,
+/// on standard error. False, with a message, when it cannot be loaded.
 bool loadDriver(const QString &path, DriverLibrary *library);
 
 } // namespace kvt

@@ -351,22 +351,6 @@ private Q_SLOTS:
         QFETCH(QString, named);
         QCOMPARE(faultAtBadRow(named), QString());
     }
-
-    void aDriverWithoutAPathIsNotTakenFromTheFolder()
-    {
-        const QTemporaryDir folder;
-        QVERIFY(
-            QFile::link(QStringLiteral(KVT_LIBRARY), folder.filePath(QStringLiteral("mine.so"))));
-        const QStringList arguments = words("read D 1.2.0 --serial /nowhere/plc --driver");
-        KvtProcess name;
-        name.runIn(folder.path());
-        QCOMPARE(name.run(arguments + QStringList(QStringLiteral("mine.so"))), 2);
-        const QByteArray errors = name.errors();
-        QVERIFY2(errors.endsWith("; the file in this folder is ./mine.so\n"), errors.constData());
-        KvtProcess path;
-        path.runIn(folder.path());
-        QCOMPARE(path.run(arguments + QStringList(QStringLiteral("./mine.so"))), 3);
-    }
 };
 
 QTEST_GUILESS_MAIN(TestKvtRead)
