@@ -1,4 +1,4 @@
-// Completion in bash, zsh and fish, with the built program.
+// What completion in bash, zsh and fish, and the manual, know of the built program.
 #include <QProcess>
 #include <QtTest>
 
@@ -7,17 +7,47 @@ namespace
 
 const QString PROGRAM = QStringLiteral(KVT_PROGRAM);
 
-// What a shell prints when it is given a script and words; nothing when it complains.
+QString sorted(QStringList words)
+{
+    words.sort();
+    return words.join(QLatin1Char(' '));
+}
+
+// What the form finds in the lines of a text.
+QStringList allOf(const QString &form, const QString &text)
+{
+    const QRegularExpression expression(form, QRegularExpression::MultilineOption);
+    QStringList found;
+    auto match = expression.globalMatch(text);
+    while (match.hasNext())
+        found.append(match.next().captured(1));
+    return found;
+}
+
+// What a program prints, or what it complains about.
 QString outputOf(const QString &shell, const QStringList &arguments)
 {
     QProcess process;
     process.start(shell, arguments);
-    if (!process.waitForFinished() || !process.readAllStandardError().isEmpty())
-        return QString();
-    return QString::fromUtf8(process.readAllStandardOutput());
+    if (!process.waitForFinished())
+        return QStringLiteral("does not end");
+    const QByteArray errors = process.readAllStandardError();
+    return QString::fromUtf8(errors.isEmpty() ? process.readAllStandardOutput() : errors);
 }
 
 // The words that complete the last of `words`, sorted.
+QString completedByBash(const QString &script, const QString &words)
+{
+    const QString output = outputOf(
+        QStringLiteral("bash"),
+        {QStringLiteral("-c"),
+         QStringLiteral(
+             "source \"$1\"; COMP_WORDS=(\"$2\" $3); "
+             "COMP_CWORD=$((${#COMP_WORDS[@]} - 1)); _kvt; printf '%s\\n' ${COMPREPLY[@]}"),
+         QStringLiteral("bash"), script, PROGRAM, words});
+    return sorted(output.split(QLatin1Char('\n'), Qt::SkipEmptyParts));
+}
+
 QString completedByZsh(const QString &script, const QString &words)
 {
     // zsh keeps those words that begin as the one that is typed.
@@ -28,9 +58,7 @@ QString completedByZsh(const QString &script, const QString &words)
                         "-- $w; done; return 0 }; _files() { }; source $1; words=($2 ${=3}); "
                         "CURRENT=$#words; _kvt"),
          QStringLiteral("zsh"), script, PROGRAM, words});
-    QStringList found = output.split(QLatin1Char('\n'), Qt::SkipEmptyParts);
-    found.sort();
-    return found.join(QLatin1Char(' '));
+    return sorted(output.split(QLatin1Char('\n'), Qt::SkipEmptyParts));
 }
 
 // fish completes a program by its name; the one that is asked is the one on the line.
@@ -45,8 +73,34 @@ QString completedByFish(const QString &script, const QString &words)
     for (const QString &line : output.split(QLatin1Char('\n'), Qt::SkipEmptyParts))
         found.append(line.section(QLatin1Char('\t'), 0, 0));
     found.removeDuplicates();
-    found.sort();
-    return found.join(QLatin1Char(' '));
+    return sorted(found);
+}
+
+// The long options that the help of a command names.
+QStringList optionsOf(const QString &command)
+{
+    return allOf(QStringLiteral("^  (?:-[a-z], )?(--[a-z-]+)"),
+                 outputOf(PROGRAM, {command, QStringLiteral("--help")}));
+}
+
+// Those that synopsis and options of a manual page name: all of ".Fl -baud , -format", however the
+// line goes on. What is said elsewhere may be about another command.
+QStringList optionsInManual(const QString &path)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly))
+        return QStringList();
+    QString text;
+    for (const QString &section : QString::fromUtf8(file.readAll()).split(QStringLiteral("\n.Sh ")))
+        if (section.startsWith(QLatin1String("SYNOPSIS")) ||
+            section.startsWith(QLatin1String("OPTIONS")))
+            text += section + QLatin1Char('\n');
+    QStringList options;
+    for (const QString &line : allOf(QStringLiteral("^(\\.(?:[A-Z].* )?Fl .*)$"), text))
+        for (const QString &option : allOf(QStringLiteral(" (-[a-z][a-z-]*)"), line))
+            options.append(QLatin1Char('-') + option);
+    options.removeDuplicates();
+    return options;
 }
 
 } // namespace
@@ -83,26 +137,10 @@ private Q_SLOTS:
     void wordsAreCompleted()
     {
         QFETCH(QString, completions);
-        const QString script = QFINDTESTDATA("../../apps/kvt/completion/kvt.bash");
-        QVERIFY(!script.isEmpty());
-        QProcess bash;
-        bash.start(
-            QStringLiteral("bash"),
-            {QStringLiteral("-c"),
-             QStringLiteral("source \"$1\"; COMP_WORDS=(\"$2\" $3); "
-                            "COMP_CWORD=$((${#COMP_WORDS[@]} - 1)); _kvt; echo ${COMPREPLY[*]}"),
-             QStringLiteral("bash"), script, QStringLiteral(KVT_PROGRAM),
-             QString::fromLatin1(QTest::currentDataTag())
-                 .replace(QStringLiteral("%TAGS%"), QFINDTESTDATA("../../examples/plant.csv"))});
-        QVERIFY(bash.waitForFinished());
-        QCOMPARE(bash.exitCode(), 0);
-        QCOMPARE(bash.readAllStandardError(), QByteArray());
-        QStringList found = QString::fromLatin1(bash.readAllStandardOutput())
-                                .split(QLatin1Char(' '), Qt::SkipEmptyParts);
-        found.replaceInStrings(QStringLiteral("\n"), QString());
-        found.removeAll(QString());
-        found.sort();
-        QCOMPARE(found.join(QLatin1Char(' ')), completions);
+        const QString words =
+            QString::fromLatin1(QTest::currentDataTag())
+                .replace(QStringLiteral("%TAGS%"), QFINDTESTDATA("../../examples/plant.csv"));
+        QCOMPARE(completedByBash(script("bash"), words), completions);
     }
 
     void otherShellsCompleteTheSame_data()
@@ -124,10 +162,8 @@ private Q_SLOTS:
     {
         QFETCH(QString, completions);
         const QString words = QLatin1String(QTest::currentDataTag());
-        QCOMPARE(completedByZsh(QFINDTESTDATA("../../apps/kvt/completion/kvt.zsh"), words),
-                 completions);
-        QCOMPARE(completedByFish(QFINDTESTDATA("../../apps/kvt/completion/kvt.fish"), words),
-                 completions);
+        QCOMPARE(completedByZsh(script("zsh"), words), completions);
+        QCOMPARE(completedByFish(script("fish"), words), completions);
     }
 
     void everyOptionIsCompleted_data()
@@ -141,21 +177,32 @@ private Q_SLOTS:
     void everyOptionIsCompleted()
     {
         QFETCH(QString, command);
-        const QRegularExpression form(QStringLiteral("^  (?:-[a-z], )?(--[a-z-]+)"),
-                                      QRegularExpression::MultilineOption);
-        QStringList options;
-        auto match = form.globalMatch(outputOf(PROGRAM, {command, QStringLiteral("--help")}));
-        while (match.hasNext())
-            options.append(match.next().captured(1));
-        options.sort();
+        const QStringList options = optionsOf(command);
         QVERIFY(options.size() >= 2);
-        const QString all = options.join(QLatin1Char(' '));
-        QCOMPARE(completedByZsh(QFINDTESTDATA("../../apps/kvt/completion/kvt.zsh"),
-                                command + QStringLiteral(" --")),
-                 all);
-        QCOMPARE(completedByFish(QFINDTESTDATA("../../apps/kvt/completion/kvt.fish"),
-                                 command + QStringLiteral(" --")),
-                 all);
+        const QString all = sorted(options);
+        const QString words = command + QStringLiteral(" --");
+        QCOMPARE(completedByBash(script("bash"), words), all);
+        QCOMPARE(completedByZsh(script("zsh"), words), all);
+        QCOMPARE(completedByFish(script("fish"), words), all);
+    }
+
+    void everyOptionIsInTheManual_data() { everyOptionIsCompleted_data(); }
+
+    // --help stands in kvt.1 for all of them.
+    void everyOptionIsInTheManual()
+    {
+        QFETCH(QString, command);
+        QStringList options = optionsOf(command);
+        QVERIFY(options.removeOne(QStringLiteral("--help")));
+        const QString page = QFINDTESTDATA(QStringLiteral("../../man/kvt-%1.1").arg(command));
+        QCOMPARE(sorted(optionsInManual(page)), sorted(options));
+    }
+
+private:
+    static QString script(const char *shell)
+    {
+        return QFINDTESTDATA(QStringLiteral("../../apps/kvt/completion/kvt.") +
+                             QLatin1String(shell));
     }
 };
 
