@@ -3,6 +3,7 @@
 #include "apps/kvt/console.h"
 #include "apps/kvt/exit_codes.h"
 #include "apps/kvt/frames/frame_explanation.h"
+#include "apps/kvt/moment_option.h"
 #include "apps/kvt/options.h"
 #include "apps/kvt/trace_filter.h"
 #include "apps/kvt/trace_text.h"
@@ -27,6 +28,10 @@ struct DecodeOptions {
     QVector<Tag> tags;
     bool json = false;
     TraceSelection selection;
+    Moment from;
+    Moment to;
+
+    bool selects() const { return !selection.isAll() || from.isGiven() || to.isGiven(); }
 };
 
 // Reads "05 30" or "0530" or "05:30".
@@ -134,6 +139,32 @@ QString jsonOf(TraceText *trace, const TraceRecord &record)
     return object.isEmpty() ? QString() : jsonLine(object);
 }
 
+// The options with their times as those of the run. A time of day is that which comes first in the
+// file, which may begin days after the run.
+bool placeTimes(const QString &path, const QDateTime &startedAt, const TraceRecord &first,
+                TraceSelection *selection, const DecodeOptions &options)
+{
+    if (!options.from.isGiven() && !options.to.isGiven())
+        return true;
+    if (!startedAt.isValid()) {
+        printError(QStringLiteral("%1: it does not tell the time of day, which --from and --to go "
+                                  "by")
+                       .arg(path));
+        return false;
+    }
+    QDateTime earliest = startedAt.addMSecs(static_cast<qint64>(elapsed_ms(first)));
+    if (options.from.isGiven()) {
+        earliest = options.from.from(earliest);
+        selection->from_ms = static_cast<double>(startedAt.msecsTo(earliest));
+    }
+    if (!options.to.isGiven())
+        return true;
+    selection->to_ms = static_cast<double>(startedAt.msecsTo(options.to.from(earliest)));
+    if (selection->to_ms < selection->from_ms)
+        printError(QStringLiteral("--to: it is before --from"));
+    return selection->to_ms >= selection->from_ms;
+}
+
 int decodeTrace(const QString &path, const DecodeOptions &options)
 {
     TraceReader reader;
@@ -143,11 +174,15 @@ int decodeTrace(const QString &path, const DecodeOptions &options)
         return EXIT_USAGE;
     }
     TraceText trace(options.tags, reader.startedAt());
-    TraceFilter filter(options.selection);
+    TraceSelection selection = options.selection;
     TraceRecord record;
+    bool any = reader.next(&record);
+    if (any && !placeTimes(path, reader.startedAt(), record, &selection, options))
+        return EXIT_USAGE;
+    TraceFilter filter(selection);
     if (!options.json)
         printOut(trace.firstLine());
-    while (!outputFailed() && reader.next(&record))
+    for (; any && !outputFailed(); any = reader.next(&record))
         printOut(filter.take(record, options.json ? jsonOf(&trace, record) : trace.line(record)));
     printOut(filter.finish());
     if (!reader.error().isEmpty()) {
@@ -167,16 +202,16 @@ int decodeWords(const QStringList &words, const DecodeOptions &options)
         printError(QStringLiteral("decode: no frame and no file is given, see kvt decode --help"));
         return EXIT_USAGE;
     }
-    if (words == QStringList(QStringLiteral("-")))
-        return decodeInput(options);
     if (words.size() == 1 && QFileInfo(words.first()).isFile())
         return decodeTrace(words.first(), options);
-    if (!options.selection.isAll()) {
-        printError(QStringLiteral("decode: --station, --failures and --exchanges choose from a "
-                                  "trace, and \"%1\" is no file")
+    if (options.selects()) {
+        printError(QStringLiteral("decode: --station, --failures, --exchanges, --from and --to "
+                                  "choose from a trace, and \"%1\" is no file")
                        .arg(words.first()));
         return EXIT_USAGE;
     }
+    if (words == QStringList(QStringLiteral("-")))
+        return decodeInput(options);
     return decodeFrames(words, options);
 }
 
@@ -198,12 +233,15 @@ bool readExchanges(const QString &text, TraceSelection *selection)
     return false;
 }
 
-bool readSelection(const QCommandLineParser &parser, TraceSelection *selection)
+bool readSelection(const QCommandLineParser &parser, DecodeOptions *options)
 {
+    TraceSelection *selection = &options->selection;
     selection->failures = parser.isSet(QStringLiteral("failures"));
     return readNumberIfSet(parser, QStringLiteral("station"), 0, 255, &selection->station) &&
            (!parser.isSet(QStringLiteral("exchanges")) ||
-            readExchanges(parser.value(QStringLiteral("exchanges")), selection));
+            readExchanges(parser.value(QStringLiteral("exchanges")), selection)) &&
+           readMoment(parser, QStringLiteral("from"), &options->from) &&
+           readMoment(parser, QStringLiteral("to"), &options->to);
 }
 
 void addOptions(QCommandLineParser *parser)
@@ -226,6 +264,14 @@ void addOptions(QCommandLineParser *parser)
                        QStringLiteral("Of a trace: only exchanges with these numbers, or a single "
                                       "one, from 1; LAST may be left out."),
                        QStringLiteral("FIRST[-[LAST]]")});
+    parser->addOption({QStringLiteral("from"),
+                       QStringLiteral("Of a trace: only exchanges from this time on, HH:MM or "
+                                      "HH:MM:SS, the first in the file, or ISO 8601."),
+                       QStringLiteral("TIME")});
+    parser->addOption({QStringLiteral("to"),
+                       QStringLiteral("Of a trace: only exchanges until this time, of the same "
+                                      "forms, the first behind --from."),
+                       QStringLiteral("TIME")});
 }
 
 } // namespace
@@ -243,7 +289,7 @@ int runDecode(const QStringList &arguments)
         return exitCode;
     DecodeOptions options;
     options.json = parser.isSet(QStringLiteral("json"));
-    if (!readSelection(parser, &options.selection))
+    if (!readSelection(parser, &options))
         return EXIT_USAGE;
     if (parser.isSet(QStringLiteral("tags")) &&
         !readTags(parser.value(QStringLiteral("tags")), &options.tags))

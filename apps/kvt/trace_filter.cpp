@@ -5,6 +5,11 @@
 namespace kvt
 {
 
+double elapsed_ms(const TraceRecord &record)
+{
+    return record.stamp.toDouble() * 1000;
+}
+
 QString TraceFilter::take(const TraceRecord &record, const QString &text)
 {
     if (selection_.isAll())
@@ -13,6 +18,10 @@ QString TraceFilter::take(const TraceRecord &record, const QString &text)
     if (record.exchange != exchange_)
         before = finish();
     exchange_ = record.exchange;
+    if (!isBegun_)
+        begun_ms_ = elapsed_ms(record);
+    isBegun_ = true;
+    ended_ms_ = elapsed_ms(record);
     note(record);
     text_ += text;
     if (isEvent(record))
@@ -22,7 +31,8 @@ QString TraceFilter::take(const TraceRecord &record, const QString &text)
 
 QString TraceFilter::finish()
 {
-    const bool isInRange = exchange_ >= selection_.first && exchange_ <= selection_.last;
+    const bool isInRange = exchange_ >= selection_.first && exchange_ <= selection_.last &&
+                           ended_ms_ >= selection_.from_ms && begun_ms_ <= selection_.to_ms;
     const bool wanted = (selection_.station < 0 || selection_.station == station_) &&
                         (hasFailed_ || !selection_.failures);
     const QString text = wanted ? text_ : events_;
@@ -30,6 +40,7 @@ QString TraceFilter::finish()
     events_.clear();
     station_ = -1;
     hasFailed_ = false;
+    isBegun_ = false;
     return isInRange ? text : QString();
 }
 

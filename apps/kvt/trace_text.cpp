@@ -1,9 +1,9 @@
 #include "apps/kvt/trace_text.h"
 
 #include "apps/kvt/common/counted.h"
-#include "apps/kvt/frames/frame_explanation.h"
 #include "apps/kvt/frames/frame_text.h"
 #include "apps/kvt/result_code.h"
+#include "apps/kvt/trace_filter.h"
 #include "apps/kvt/wall_clock.h"
 
 namespace kvt
@@ -62,6 +62,20 @@ QString lineText(const QString &stamp, int exchange, const QString &text)
     return QStringLiteral("%1 %2  %3\n").arg(stamp, 12).arg(exchange, 6).arg(text);
 }
 
+QString explainedText(const FrameExplanation &explanation)
+{
+    if (explanation.problems.isEmpty())
+        return explanation.summary;
+    return QStringLiteral("wrong: ") + explanation.problems.join(QStringLiteral("; "));
+}
+
+QString judgedText(const TraceRecord &record, const FrameExplanation &reply)
+{
+    const CodeExplanation code = explainCode(record.number(1));
+    const QString result = QStringLiteral("result %1: %2").arg(code.code).arg(code.meaning);
+    return reply.fields.isEmpty() ? result : explainedText(reply) + QStringLiteral("; ") + result;
+}
+
 QString joined(const TraceRecord &record)
 {
     return QString::fromLatin1(record.words.join(' '));
@@ -80,7 +94,7 @@ QString TraceText::firstLine() const
 QString TraceText::line(const TraceRecord &record)
 {
     note(record);
-    const QString text = textOf(record);
+    const QString text = textOf(record, explanationOf(record));
     if (text.isEmpty())
         return QString();
     return lineText(QString::fromLatin1(record.stamp), record.exchange, text);
@@ -89,23 +103,20 @@ QString TraceText::line(const TraceRecord &record)
 QJsonObject TraceText::json(const TraceRecord &record)
 {
     note(record);
-    const QString text = textOf(record);
+    const FrameExplanation explanation = explanationOf(record);
+    const QString text = textOf(record, explanation);
     if (text.isEmpty())
         return QJsonObject();
-    const double elapsed_ms = record.stamp.toDouble() * 1000;
-    QJsonObject object{{QStringLiteral("elapsed_ms"), elapsed_ms},
+    QJsonObject object{{QStringLiteral("elapsed_ms"), elapsed_ms(record)},
                        {QStringLiteral("file_line"), record.line},
                        {QStringLiteral("exchange"), record.exchange},
                        {QStringLiteral("record"), QString::fromLatin1(record.name)},
                        {QStringLiteral("text"), text}};
     if (startedAt_.isValid())
         object.insert(QStringLiteral("time"),
-                      isoTime(startedAt_.addMSecs(static_cast<qint64>(elapsed_ms))));
-    const bool isFrame = record.is(trace::SENT) || record.is(trace::JUDGED);
-    if (isFrame && !record.bytes(0).isEmpty())
-        object.insert(
-            QStringLiteral("frame"),
-            explanationToJson(record.bytes(0), explainFrame(record.bytes(0), request_, tags_)));
+                      isoTime(startedAt_.addMSecs(static_cast<qint64>(elapsed_ms(record)))));
+    if (!explanation.fields.isEmpty())
+        object.insert(QStringLiteral("frame"), explanationToJson(record.bytes(0), explanation));
     if (record.is(trace::RECEIVED))
         object.insert(QStringLiteral("bytes"), hexText(record.bytes(0)));
     if (record.is(trace::JUDGED))
@@ -119,15 +130,23 @@ void TraceText::note(const TraceRecord &record)
         request_ = record.bytes(0);
 }
 
-QString TraceText::textOf(const TraceRecord &record) const
+// What arrives may be a piece of a reply; it is explained where the driver judges the whole.
+FrameExplanation TraceText::explanationOf(const TraceRecord &record) const
+{
+    const bool isFrame = record.is(trace::SENT) || record.is(trace::JUDGED);
+    return isFrame && !record.bytes(0).isEmpty() ? explainFrame(record.bytes(0), request_, tags_)
+                                                 : FrameExplanation();
+}
+
+QString TraceText::textOf(const TraceRecord &record, const FrameExplanation &explanation) const
 {
     if (record.is(trace::SENT))
         return QStringLiteral("-> %1  %2")
-            .arg(hexText(record.bytes(0)), explainedText(record.bytes(0)));
+            .arg(hexText(record.bytes(0)), explainedText(explanation));
     if (record.is(trace::RECEIVED))
         return QStringLiteral("<- %1").arg(hexText(record.bytes(0)));
     if (record.is(trace::JUDGED))
-        return judgedText(record);
+        return judgedText(record, explanation);
     if (record.is(trace::VALUE))
         return valueText(record);
     if (record.is(trace::STATION))
@@ -154,23 +173,6 @@ QString TraceText::textOf(const TraceRecord &record) const
     if (record.is(trace::LOST))
         return counted(record.number(0), "record was lost", "records were lost");
     return QString();
-}
-
-QString TraceText::explainedText(const QByteArray &frame) const
-{
-    const FrameExplanation explanation = explainFrame(frame, request_, tags_);
-    if (explanation.problems.isEmpty())
-        return explanation.summary;
-    return QStringLiteral("wrong: ") + explanation.problems.join(QStringLiteral("; "));
-}
-
-// What arrives may be a piece of a reply; it is explained where the driver judges the whole.
-QString TraceText::judgedText(const TraceRecord &record) const
-{
-    const CodeExplanation code = explainCode(record.number(1));
-    const QString result = QStringLiteral("result %1: %2").arg(code.code).arg(code.meaning);
-    const QByteArray reply = record.bytes(0);
-    return reply.isEmpty() ? result : explainedText(reply) + QStringLiteral("; ") + result;
 }
 
 } // namespace kvt

@@ -2,8 +2,8 @@
 #ifndef KVT_APPS_KVT_TRACE_TEXT_H
 #define KVT_APPS_KVT_TRACE_TEXT_H
 
+#include "apps/kvt/frames/frame_explanation.h"
 #include "host/trace_reader.h"
-#include "tags/tag.h"
 
 #include <QJsonObject>
 #include <QVector>
@@ -34,9 +34,8 @@ public:
 
 private:
     void note(const TraceRecord &record);
-    QString textOf(const TraceRecord &record) const;
-    QString explainedText(const QByteArray &frame) const;
-    QString judgedText(const TraceRecord &record) const;
+    FrameExplanation explanationOf(const TraceRecord &record) const;
+    QString textOf(const TraceRecord &record, const FrameExplanation &explanation) const;
 
     QVector<Tag> tags_;
     QDateTime startedAt_;

@@ -1,9 +1,8 @@
-// kvt decode and kvt explain.
+// kvt decode of frames, and kvt explain.
 #include "tests/support/kvt_process.h"
 
 #include <QJsonArray>
 #include <QTemporaryDir>
-#include <QTemporaryFile>
 #include <QtTest>
 
 namespace
@@ -125,120 +124,6 @@ private Q_SLOTS:
                  QByteArray("kvt: decode: there is no frame on standard input\n"));
     }
 
-    void exchangesOfATraceAreChosen_data()
-    {
-        QTest::addColumn<QString>("options");
-        QTest::addColumn<QString>("exchanges"); // that are shown
-        QTest::newRow("all") << ""
-                             << "0 1 2 3";
-        QTest::newRow("a station") << "--station 2"
-                                   << "0 2";
-        QTest::newRow("no such station") << "--station 3"
-                                         << "0";
-        QTest::newRow("failures") << "--failures"
-                                  << "0 2 3";
-        QTest::newRow("failures of a station") << "--failures --station 1"
-                                               << "0 3";
-        QTest::newRow("one") << "--exchanges 2"
-                             << "0 2";
-        QTest::newRow("from one on") << "--exchanges 2-"
-                                     << "0 2 3";
-        QTest::newRow("some") << "--exchanges 1-2"
-                              << "0 1 2";
-    }
-
-    // The third exchange succeeds at its second attempt.
-    void exchangesOfATraceAreChosen()
-    {
-        QFETCH(QString, options);
-        QFETCH(QString, exchanges);
-        QTemporaryFile file;
-        QVERIFY(file.open());
-        file.write("kvt-trace 1 2026-11-21T14:00:00Z\n"
-                   "0.000001 line up\n"
-                   "0.100001 ask 053031303532380D 8\n0.100002 tx 053031303532380D\n"
-                   "0.100003 rx 063031303743310D\n0.100004 judge 063031303743310D 1 1 1 164 -1\n"
-                   "0.100005 end replied 1\n"
-                   "0.200001 ask 053032303532380D 8\n0.200002 tx 053032303532380D\n"
-                   "0.300004 judge - 41 1 2 164 -1\n0.300005 end noreply 1\n"
-                   "0.400001 ask 053031303532380D 8\n0.400002 tx 053031303532380D\n"
-                   "0.400004 judge - 0 1 1 164 -1\n0.400005 end brokenoff 1\n"
-                   "0.500001 ask 053031303532380D 8\n0.500002 tx 053031303532380D\n"
-                   "0.500004 judge 063031303743310D 1 1 1 164 -1\n0.500005 end replied 2\n");
-        file.close();
-        KvtProcess kvt;
-        QCOMPARE(kvt.run(QStringList{QStringLiteral("decode"), file.fileName()} +
-                         options.split(QLatin1Char(' '), Qt::SkipEmptyParts)),
-                 0);
-        const QString text = QString::fromUtf8(kvt.output());
-        QStringList shown;
-        for (const QString &line : text.split(QLatin1Char('\n'), Qt::SkipEmptyParts))
-            shown.append(line.simplified().section(QLatin1Char(' '), 1, 1));
-        shown.removeDuplicates();
-        QCOMPARE(shown.join(QLatin1Char(' ')), exchanges);
-        QCOMPARE(
-            text.contains(QLatin1String("attempt 1 ended: nothing had come when the time-out was "
-                                        "over")),
-            exchanges.contains(QLatin1Char('2')));
-        QCOMPARE(text.contains(QLatin1String("attempt 1 ended: the reply began and did not go on")),
-                 exchanges.contains(QLatin1Char('3')));
-    }
-
-    void whatHappenedToTheLineIsShownWithAnyChoice_data()
-    {
-        QTest::addColumn<QString>("options");
-        QTest::addColumn<QStringList>("shown");
-        const QString up = QStringLiteral("the line is up");
-        const QString down = QStringLiteral("the line is down");
-        const QString one = QStringLiteral("station 1 is switched off");
-        const QString two = QStringLiteral("station 2 is switched on");
-        const QString lost = QStringLiteral("3 records were lost");
-        QTest::newRow("failures") << "--failures" << QStringList{up, one, two, down, lost};
-        QTest::newRow("a station") << "--station 2" << QStringList{up, two, down, lost};
-        QTest::newRow("exchanges") << "--exchanges 2" << QStringList{down, lost};
-    }
-
-    void whatHappenedToTheLineIsShownWithAnyChoice()
-    {
-        QFETCH(QString, options);
-        QFETCH(QStringList, shown);
-        QTemporaryFile file;
-        QVERIFY(file.open());
-        const QByteArray exchange =
-            "0.1 ask 053031303532380D 8\n0.1 tx 053031303532380D\n"
-            "0.1 rx 063031303743310D\n0.1 judge 063031303743310D 1 1 1 164 -1\n"
-            "0.1 end replied 1\n";
-        file.write("kvt-trace 1 2026-11-21T14:00:00Z\n0.0 line up\n" + exchange +
-                   "0.2 station 1 0\n0.2 station 2 1\n" + exchange + "0.3 line down\n0.3 lost 3\n");
-        file.close();
-        KvtProcess kvt;
-        QCOMPARE(kvt.run(QStringList{QStringLiteral("decode"), file.fileName()} +
-                         options.split(QLatin1Char(' '))),
-                 0);
-        QStringList events;
-        for (const QString &line :
-             QString::fromUtf8(kvt.output()).split(QLatin1Char('\n'), Qt::SkipEmptyParts))
-            if (line.contains(QLatin1String("line is")) ||
-                line.contains(QLatin1String("switched")) || line.contains(QLatin1String("lost")))
-                events.append(line.simplified().section(QLatin1Char(' '), 2));
-        QCOMPARE(events, shown);
-    }
-
-    void aTraceTellsTheTimeOfDay()
-    {
-        QTemporaryFile file;
-        QVERIFY(file.open());
-        file.write("kvt-trace 1 2026-11-21T14:00:00.250Z\n0.000001 line up\n");
-        file.close();
-        KvtProcess kvt;
-        QCOMPARE(kvt.run({QStringLiteral("decode"), file.fileName()}), 0);
-        const QString line = QString::fromUtf8(kvt.output()).section(QLatin1Char('\n'), 0, 0);
-        const QString time = line.section(QLatin1String("the run began at "), 1);
-        QCOMPARE(
-            QDateTime::fromString(time, Qt::ISODateWithMs),
-            QDateTime::fromString(QStringLiteral("2026-11-21T14:00:00.250Z"), Qt::ISODateWithMs));
-    }
-
     void slipsOfTheHandAreRecognized()
     {
         QCOMPARE(faultAtBadInput({QStringLiteral("sacn")}, QStringLiteral("is \"scan\" meant?")),
@@ -259,6 +144,18 @@ private Q_SLOTS:
             << QStringList{"--exchanges", "0", KVT_PROGRAM} << QString("--exchanges");
         QTest::newRow("no station")
             << QStringList{"--station", "256", KVT_PROGRAM} << QString("--station");
+        QTest::newRow("no time of day")
+            << QStringList{"--from", "3", KVT_PROGRAM} << QString("--from: \"3\"");
+        QTest::newRow("no such time")
+            << QStringList{"--to", "25:00", KVT_PROGRAM} << QString("--to: \"25:00\"");
+        QTest::newRow("a date alone") << QStringList{"--from", "2026-11-21", KVT_PROGRAM}
+                                      << QString("--from: \"2026-11-21\"");
+        QTest::newRow("no such day") << QStringList{"--from", "2026-02-30T03:00", KVT_PROGRAM}
+                                     << QString("--from: \"2026-02-30T03:00\"");
+        QTest::newRow("a time without a trace")
+            << QStringList{"--to", "03:00", "05"} << QString("\"05\" is no file");
+        QTest::newRow("standard input is no trace")
+            << QStringList{"--failures", "-"} << QString("\"-\" is no file");
         QTest::newRow("no trace to choose from")
             << QStringList{"--failures", "05"} << QString("\"05\"");
         QTest::newRow("nothing") << QStringList() << QString("decode");
