@@ -46,7 +46,7 @@ public:
     ScanPlan finish();
 
 private:
-    qint64 exchange_ns(int station, int bytes) const;
+    qint64 exchange_ns(const StationTiming &timing, int bytes) const;
     qint64 failedAttempt_ns(int station, int expectedLength) const;
     qint64 pauses_ns(qint64 requests) const;
     void planDeath(StationPlan *station, int longestReply) const;
@@ -57,10 +57,10 @@ private:
     QMap<int, int> longestReply_; // by station
 };
 
-qint64 Planner::exchange_ns(int station, int bytes) const
+qint64 Planner::exchange_ns(const StationTiming &timing, int bytes) const
 {
     return bytes * settings_.engine.characterTime_ns + settings_.turnaround_ns +
-           settings_.overhead_ns + settings_.engine.timingOf(station).gapAfterReply_ns;
+           settings_.overhead_ns + timing.gapAfterReply_ns;
 }
 
 // The request, the wait for a reply that does not come, and the silence behind it.
@@ -74,7 +74,7 @@ qint64 Planner::failedAttempt_ns(int station, int expectedLength) const
 void Planner::addRead(const ReadKey &key)
 {
     const int bytes = READ_REQUEST_bytes + replyLength(key.area);
-    const qint64 time_ns = exchange_ns(key.station, bytes);
+    const qint64 time_ns = exchange_ns(settings_.engine.timingOf(key.station), bytes);
     ++plan_.reads;
     plan_.bytes += bytes;
     plan_.scan_ns += time_ns;
@@ -90,9 +90,7 @@ void Planner::addWritable(Area area)
 {
     // Gaps of single stations are part of the reads; a write's is that of the common timing.
     const int bytes = writeLength(area) + ACKNOWLEDGEMENT_bytes;
-    plan_.write_ns = std::max(plan_.write_ns, bytes * settings_.engine.characterTime_ns +
-                                                  settings_.turnaround_ns + settings_.overhead_ns +
-                                                  settings_.engine.defaultTiming.gapAfterReply_ns);
+    plan_.write_ns = std::max(plan_.write_ns, exchange_ns(settings_.engine.defaultTiming, bytes));
 }
 
 // Every attempt at a station that is On is made retryLimit + 1 times; a probe is made once.
