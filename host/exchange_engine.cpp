@@ -149,7 +149,7 @@ void ExchangeEngine::begin(qint64 now_ns)
     if (attemptNumber_ == 0) {
         request_ = requestOf(*frame);
         replyOutstanding_ = false;
-        observer_->requestChosen(request_, now_ns);
+        observer_->requestChosen(request_);
         attemptNumber_ = 1;
         timesSent_ = 0;
     }
@@ -274,13 +274,12 @@ void ExchangeEngine::endAttempt(qint64 now_ns, AttemptEnd end, bool doubtful)
     // A refusal is waited behind, but that is not the station's time.
     attempt.endedAt_ns = end == AttemptEnd::Refused ? refusedAt_ns_ : now_ns;
 
-    const RW_VAR *reply = handOver(end);
-    attempt.resultCode = reply->result;
+    attempt.resultCode = handOver(end);
     noteSteps(&attempt);
     attemptNumber_ = attempt.isFinal() ? 0 : attemptNumber_ + 1;
     if (settings_.tap != nullptr)
         settings_.tap->attemptEnded(attempt);
-    observer_->attemptEnded(attempt, *reply);
+    observer_->attemptEnded(attempt);
 
     // One good reply with nothing behind it is the answer. Behind one to a later attempt that of
     // another attempt may still be on its way.
@@ -290,13 +289,14 @@ void ExchangeEngine::endAttempt(qint64 now_ns, AttemptEnd end, bool doubtful)
         keepSilent(now_ns, attempt);
 }
 
-const RW_VAR *ExchangeEngine::handOver(AttemptEnd end)
+// Returns the driver's result code.
+int ExchangeEngine::handOver(AttemptEnd end)
 {
     // What cannot be trusted is not handed over: to the driver the attempt had no reply.
     QByteArray bytes;
     if (end != AttemptEnd::Foreign && end != AttemptEnd::Disturbed)
         bytes = reply_.bytes();
-    return api_.DataCom(&bytes, bytes.size());
+    return api_.DataCom(&bytes, bytes.size())->result;
 }
 
 void ExchangeEngine::noteSteps(Attempt *attempt)

@@ -85,7 +85,7 @@ private:
     void bytesWhileSilent(qint64 now_ns, int count);
     void bytesInPause(qint64 now_ns, int count);
     void endAttempt(qint64 now_ns, AttemptEnd end, bool doubtful = false);
-    const RW_VAR *handOver(AttemptEnd end);
+    int handOver(AttemptEnd end);
     void noteSteps(Attempt *attempt);
     void rest(qint64 now_ns);
     void keepSilent(qint64 now_ns, const Attempt &attempt);

@@ -58,11 +58,10 @@ public:
     virtual void beforeRequest(qint64 now_ns) = 0;
 
     /// A request's first attempt is about to leave; its retry limit can still be set.
-    virtual void requestChosen(const Request &request, qint64 now_ns) = 0;
+    virtual void requestChosen(const Request &request) = 0;
 
-    /// An attempt has ended; `reply` is the record that the driver returned. The driver has not
-    /// yet been asked for the next request.
-    virtual void attemptEnded(const Attempt &attempt, const RW_VAR &reply) = 0;
+    /// An attempt has ended. The driver has not yet been asked for the next request.
+    virtual void attemptEnded(const Attempt &attempt) = 0;
 
     /// Bytes were thrown away; `station` is that of the latest request, -1 before the first.
     virtual void bytesDropped(DroppedBytes kind, int station, int count) = 0;

@@ -190,7 +190,7 @@ void HostSession::onWriteChanged(const WriteReport &report)
     events_->writeChanged(report);
 }
 
-void HostSession::requestChosen(const Request &request, qint64)
+void HostSession::requestChosen(const Request &request)
 {
     const bool probe = supervisor_.state(request.station) == StationState::Probing;
     const int limit = request.isCommand ? settings_.commandRetryLimit : settings_.retryLimit;
@@ -201,7 +201,7 @@ void HostSession::requestChosen(const Request &request, qint64)
         writes_.sent(request.id);
 }
 
-void HostSession::attemptEnded(const Attempt &attempt, const RW_VAR &)
+void HostSession::attemptEnded(const Attempt &attempt)
 {
     const Request &request = *attempt.request;
     {

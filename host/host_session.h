@@ -86,8 +86,8 @@ private:
     bool isTag(int tag) const { return tag >= 0 && tag < tags_.size(); }
 
     void beforeRequest(qint64 now_ns) override;
-    void requestChosen(const Request &request, qint64 now_ns) override;
-    void attemptEnded(const Attempt &attempt, const RW_VAR &reply) override;
+    void requestChosen(const Request &request) override;
+    void attemptEnded(const Attempt &attempt) override;
     void bytesDropped(DroppedBytes kind, int station, int count) override;
     void checkpointPassed(qint64 began_ns) override;
     void checkpointVoid() override;

@@ -26,8 +26,8 @@ public:
     };
 
     void beforeRequest(qint64) override { ++timesAsked; }
-    void requestChosen(const kvt::Request &request, qint64) override { chosen.append(request); }
-    void attemptEnded(const kvt::Attempt &attempt, const RW_VAR &) override
+    void requestChosen(const kvt::Request &request) override { chosen.append(request); }
+    void attemptEnded(const kvt::Attempt &attempt) override
     {
         ended.append({attempt.end, attempt.number, attempt.resultCode, attempt.receivedBytes,
                       attempt.doubtful, attempt.unproven, attempt.sentAt_ns, attempt.endedAt_ns,
