@@ -218,17 +218,23 @@ private Q_SLOTS:
         const SimulatedLine line(SimulatedLine::Kind::Pty);
         QFile tags(line.tagFile());
         QVERIFY(tags.open(QIODevice::WriteOnly));
-        tags.write("name,area,address,station,type\n\"\x1b[2Jle\xc2\x9bvel\",D,5.2.1,1,u16\n");
+        tags.write("name,area,address,station,type\nle\u202ev\u2028el,D,5.2.1,1,u16\n");
         tags.close();
         TmuxTerminal terminal(80, 12, pollCommand(line, QStringLiteral("--seconds 1")));
         QTRY_VERIFY2_WITH_TIMEOUT(terminal.hasEnded(0), qPrintable(terminal.text()), LIMIT_ms);
-        QVERIFY2(shows(&terminal, QStringLiteral("\n\\x1b[2Jle\\x9bvel  D ")),
+        QVERIFY2(shows(&terminal, QStringLiteral("\nle\\u202ev\\u2028el  D ")),
                  qPrintable(terminal.text()));
         KvtProcess pipe;
         QCOMPARE(pipe.run(pollArguments(line, "--cycles 1")), 0);
         const QByteArray text = pipe.output();
-        QVERIFY2(text.contains("  \\x1b[2Jle\\x9bvel  "), text);
-        QVERIFY(!text.contains('\x1b'));
+        QVERIFY2(text.contains("  le\\u202ev\\u2028el  "), text);
+        QVERIFY(!text.contains("\u202e") && !text.contains("\u2028"));
+        QVERIFY(tags.open(QIODevice::WriteOnly));
+        tags.write("name,area,address,station,type\n\"\x1b[2Jle\xc2\x9bvel\",D,5.2.1,1,u16\n");
+        tags.close();
+        QCOMPARE(faultAtBadInput(pollArguments(line, "--cycles 1"),
+                                 QStringLiteral("a name may have no control characters")),
+                 QString());
     }
 
     void theJudgementFollowsTheSummary()
