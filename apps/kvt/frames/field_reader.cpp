@@ -48,12 +48,10 @@ quint32 FieldReader::takeBinary(int count, const QString &name)
 
 void FieldReader::takeEnd()
 {
-    if (take(1, QStringLiteral("CR"), QStringLiteral("end")) != QByteArray(1, FRAME_CR)) {
-        if (!explanation_->fields.isEmpty() &&
-            explanation_->fields.last().name == QLatin1String("CR")) {
-            explanation_->fields.last().name = QStringLiteral("end");
-            setMeaning(QStringLiteral("not CR"));
-        }
+    if (left() > 0 && frame_.at(offset_) == FRAME_CR) {
+        take(1, QStringLiteral("CR"), QStringLiteral("end"));
+    } else {
+        take(1, QStringLiteral("end"), QStringLiteral("not CR"));
         addProblem(QStringLiteral("the frame does not end with CR (0D)"));
     }
     if (left() > 0) {
