@@ -1,5 +1,5 @@
-// The types of the entry points as a C++17 host sees them, where an exception specification would
-// be part of the type; and that no exception gets past one all the same.
+// The types of the entry points as a C++17 host sees them, where noexcept would be part of the
+// type; and that no exception gets past one all the same.
 #include "tests/support/loaded_host.h"
 
 #include <QtTest>
