@@ -15,20 +15,20 @@ namespace
 // A queue may send this many requests in a row before the next one has its turn.
 const int BURST_LIMIT = 5;
 
-void buildRead(RW_VAR *var)
+void buildRead(const ComInfo &info, RW_VAR &var)
 {
-    if (PLC_driver.comInfo->remoteMode)
-        Remote_ReadVar(var);
+    if (info.remoteMode)
+        Remote_ReadVar(&var);
     else
-        ReadRegister(var);
+        ReadRegister(&var);
 }
 
-void buildWrite(RW_VAR *var)
+void buildWrite(const ComInfo &info, RW_VAR &var)
 {
-    if (PLC_driver.comInfo->remoteMode)
-        Remote_WriteVar(var);
+    if (info.remoteMode)
+        Remote_WriteVar(&var);
     else
-        WriteRegister(var);
+        WriteRegister(&var);
 }
 
 bool dropDisabledHead(QList<RW_VAR> &queue)
@@ -38,22 +38,22 @@ bool dropDisabledHead(QList<RW_VAR> &queue)
     return !queue.isEmpty();
 }
 
-void serveWrite()
+void serveWrite(Modbus_RTU_Master &driver)
 {
-    PLC_driver.lastKind = KIND_WRITE;
-    if (!dropDisabledHead(PLC_driver.writeList))
+    driver.lastKind = KIND_WRITE;
+    if (!dropDisabledHead(driver.writeList))
         return;
-    buildWrite(&PLC_driver.writeList.first());
-    ++PLC_driver.writeBurst;
+    buildWrite(*driver.comInfo, driver.writeList.first());
+    ++driver.writeBurst;
 }
 
-void serveOnceRead()
+void serveOnceRead(Modbus_RTU_Master &driver)
 {
-    PLC_driver.lastKind = KIND_ONCE_READ;
-    if (!dropDisabledHead(PLC_driver.onceReadList))
+    driver.lastKind = KIND_ONCE_READ;
+    if (!dropDisabledHead(driver.onceReadList))
         return;
-    buildRead(&PLC_driver.onceReadList.first());
-    ++PLC_driver.onceReadBurst;
+    buildRead(*driver.comInfo, driver.onceReadList.first());
+    ++driver.onceReadBurst;
 }
 
 // Brings an entry whose station is polled to the head; false when there is none, after one full
@@ -68,20 +68,25 @@ bool rotateToEnabledStation(QList<RW_VAR> &list)
     return !Ethernetcontains(list.at(0).station);
 }
 
-void serveCyclicRead()
+// The queues may send again.
+void endBursts(Modbus_RTU_Master &driver)
 {
-    if (PLC_driver.readList.isEmpty()) {
-        PLC_driver.writeBurst = 0;
-        PLC_driver.onceReadBurst = 0;
-        PLC_driver.comInfo->scanComplete = 1;
+    driver.writeBurst = 0;
+    driver.onceReadBurst = 0;
+}
+
+void serveCyclicRead(Modbus_RTU_Master &driver)
+{
+    if (driver.readList.isEmpty()) {
+        endBursts(driver);
+        driver.comInfo->scanComplete = 1;
         return;
     }
-    PLC_driver.lastKind = KIND_CYCLIC_READ;
-    if (!rotateToEnabledStation(PLC_driver.readList))
+    driver.lastKind = KIND_CYCLIC_READ;
+    if (!rotateToEnabledStation(driver.readList))
         return;
-    buildRead(&PLC_driver.readList.first());
-    PLC_driver.writeBurst = 0;
-    PLC_driver.onceReadBurst = 0;
+    buildRead(*driver.comInfo, driver.readList.first());
+    endBursts(driver);
 }
 
 } // namespace
@@ -95,17 +100,18 @@ bool Ethernetcontains(int station)
 Protocol *ComCommunication()
 {
     return noThrow([&]() -> Protocol * {
+        Modbus_RTU_Master &driver = PLC_driver;
         // A frame is repeated, and a request's further frames follow, without a new choice.
-        if (!PLC_driver.pendingFrames.isEmpty())
-            return &PLC_driver.pendingFrames.first();
+        if (!driver.pendingFrames.isEmpty())
+            return &driver.pendingFrames.first();
 
-        QMutexLocker lock(&PLC_driver.listMutex);
-        if (!PLC_driver.writeList.isEmpty() && PLC_driver.writeBurst < BURST_LIMIT)
-            serveWrite();
-        else if (!PLC_driver.onceReadList.isEmpty() && PLC_driver.onceReadBurst < BURST_LIMIT)
-            serveOnceRead();
+        QMutexLocker lock(&driver.listMutex);
+        if (!driver.writeList.isEmpty() && driver.writeBurst < BURST_LIMIT)
+            serveWrite(driver);
+        else if (!driver.onceReadList.isEmpty() && driver.onceReadBurst < BURST_LIMIT)
+            serveOnceRead(driver);
         else
-            serveCyclicRead();
-        return PLC_driver.pendingFrames.isEmpty() ? nullptr : &PLC_driver.pendingFrames.first();
+            serveCyclicRead(driver);
+        return driver.pendingFrames.isEmpty() ? nullptr : &driver.pendingFrames.first();
     });
 }
