@@ -73,9 +73,14 @@ AddressParts addressParts(const QString &addressText)
     return parts;
 }
 
-int blockStartAddress(const QString &addressText)
+void setReadRange(RW_VAR &var, int address)
 {
-    return static_cast<int>(blockStart(addressParts(addressText)));
+    var.address = address;
+    var.count = 1;
+    if (var.areaType == AREA_C) {
+        var.address = static_cast<int>(blockStart(addressParts(var.addressText)));
+        var.count = BLOCK_ELEMENTS;
+    }
 }
 
 int StringAddressToInt(int areaType, QString addressText)

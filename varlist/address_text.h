@@ -19,8 +19,8 @@ Q_DECL_EXPORT int StringAddressToInt(int areaType, QString addressText);
 /// Returns the parts of an address text; parts beyond the fourth are ignored.
 AddressParts addressParts(const QString &addressText);
 
-/// Returns the numeric address of the first element of the area-C block that `addressText` lies
-/// in: b*160 + c*80 for "a.b.c.d".
-int blockStartAddress(const QString &addressText);
+/// Sets `address` and `count` of `var` to what a read of it covers: one element at `address`, in
+/// area C the whole block that its address text lies in, from b*160 + c*80 for "a.b.c.d".
+void setReadRange(RW_VAR &var, int address);
 
 #endif

@@ -34,12 +34,7 @@ void fillEntry(RW_VAR &entry, const HOST_VAR &hostVar, int address)
     entry.addressText = hostVar.addressText;
     entry.areaType = hostVar.areaType;
     entry.station = hostVar.station;
-    entry.address = address;
-    entry.count = 1;
-    if (entry.areaType == AREA_C) {
-        entry.address = blockStartAddress(hostVar.addressText);
-        entry.count = BLOCK_ELEMENTS;
-    }
+    setReadRange(entry, address);
 }
 
 bool lowerAddress(const RW_VAR &left, const RW_VAR &right)

@@ -39,14 +39,9 @@ void amendOnceRead(RW_VAR &var, int address)
 {
     var.remoteTag = 0;
     var.reserved13 = 0;
-    var.address = address;
+    setReadRange(var, address);
     if (PLC_driver.comInfo->purgeByStation == 0)
         var.station = PLC_driver.comInfo->defaultStation;
-    var.count = 1;
-    if (var.areaType == AREA_C) {
-        var.address = blockStartAddress(var.addressText);
-        var.count = BLOCK_ELEMENTS;
-    }
 }
 
 } // namespace
