@@ -35,20 +35,15 @@ void queueByArea(RW_VAR *var)
         WriteAnalog_D(var);
 }
 
-// While the line fails the PLC has most likely not got it.
-void cacheUnlessFailing(RW_VAR *var, quint8 errorFlag)
-{
-    if (errorFlag == 0)
-        WriteDataToLocal(var);
-}
-
 } // namespace
 
 void WriteRegister(RW_VAR *var)
 {
     queueByArea(var);
     notifyOwner(PLC_driver.ownerNotify, var->ownerId);
-    cacheUnlessFailing(var, PLC_driver.errorFlag);
+    // While the line fails the PLC has most likely not got it.
+    if (PLC_driver.errorFlag == 0)
+        WriteDataToLocal(var);
 }
 
 void WriteAnalog_X(RW_VAR *var)

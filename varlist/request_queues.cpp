@@ -53,7 +53,7 @@ int AddListWriteVar(RW_VAR *var, int mode)
         QList<RW_VAR> &queue = PLC_driver.writeList;
         if (!var)
             return queue.size();
-        if (mode == LIST_APPEND || queue.size() < 2)
+        if (mode == LIST_APPEND)
             return append(queue, *var);
         // Index 0 is left alone: it may be on the line, and what was sent is what gets
         // acknowledged.
