@@ -9,10 +9,6 @@
 namespace
 {
 
-const ExpectedReply REPLY_X = {6, 3, 2};
-const ExpectedReply REPLY_D = {8, 3, 4};
-const ExpectedReply REPLY_C = {144, 3, 2 * BLOCK_ELEMENTS};
-
 int localBlockSelect()
 {
     if (!LW)

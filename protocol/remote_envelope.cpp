@@ -4,6 +4,7 @@
 #include "driver/driver_object.h"
 #include "driver/ordered_store.h"
 #include "protocol/block_checks.h"
+#include "protocol/request_frame.h"
 
 namespace
 {
@@ -57,30 +58,23 @@ QByteArray sealed(QByteArray frame)
     return frame;
 }
 
-void setReadReply(Protocol &request, int dataCount)
+ExpectedReply readReply(int areaType)
 {
-    request.builderParam1 = 3;
-    request.builderParam2 = dataCount;
-    request.expectedReplyLength = 3 + dataCount + 1;
+    switch (areaType) {
+    case AREA_X:
+        return REPLY_X;
+    case AREA_D:
+        return REPLY_D;
+    case AREA_C:
+        return REPLY_C;
+    default:
+        return {0, 0, 0};
+    }
 }
 
-void setReadReplyByArea(Protocol &request, int areaType)
+void queueEnvelope(const QByteArray &envelope, const RW_VAR &var, const ExpectedReply &reply)
 {
-    if (areaType == AREA_X)
-        setReadReply(request, 2);
-    else if (areaType == AREA_D)
-        setReadReply(request, 4);
-    else if (areaType == AREA_C)
-        setReadReply(request, 2 * BLOCK_ELEMENTS);
-}
-
-void queueEnvelope(Protocol &request, const RW_VAR &var, const QByteArray &frame)
-{
-    request.frame = frame;
-    request.frameLength = frame.size();
-    request.var = var;
-    PLC_driver.pendingFrames.append(request);
-
+    appendRequest(envelope, var, reply);
     // Not in the order of the ASCII frames.
     storeInOrder(PLC_driver.comInfo->framesExpected, 1);
     storeInOrder(PLC_driver.comInfo->framesReceived, 0);
@@ -90,15 +84,11 @@ void queueEnvelope(Protocol &request, const RW_VAR &var, const QByteArray &frame
 
 void Remote_ReadVar(RW_VAR *var)
 {
-    Protocol request;
-    setReadReplyByArea(request, var->areaType);
-    queueEnvelope(request, *var, sealed(header(*var)));
+    queueEnvelope(sealed(header(*var)), *var, readReply(var->areaType));
 }
 
 void Remote_WriteVar(RW_VAR *var)
 {
-    Protocol request;
-    request.expectedReplyLength = 6;
-    queueEnvelope(request, *var, sealed(header(*var) + var->data));
+    queueEnvelope(sealed(header(*var) + var->data), *var, ACKNOWLEDGE);
     WriteDataToLocal(var);
 }

@@ -49,7 +49,7 @@ QByteArray requestFrame(int station, int command, int address, const quint8 *val
     return QByteArray(frame, static_cast<int>(next - frame));
 }
 
-void queueFrame(const QByteArray &frame, const RW_VAR &var, const ExpectedReply &reply)
+void appendRequest(const QByteArray &frame, const RW_VAR &var, const ExpectedReply &reply)
 {
     PLC_driver.pendingFrames.append(Protocol());
     Protocol &request = PLC_driver.pendingFrames.last();
@@ -59,7 +59,11 @@ void queueFrame(const QByteArray &frame, const RW_VAR &var, const ExpectedReply 
     request.builderParam1 = reply.dataStart;
     request.builderParam2 = reply.dataCount;
     request.var = var;
+}
 
+void queueFrame(const QByteArray &frame, const RW_VAR &var, const ExpectedReply &reply)
+{
+    appendRequest(frame, var, reply);
     storeInOrder(PLC_driver.comInfo->framesReceived, 0);
     storeInOrder(PLC_driver.comInfo->framesExpected, 1);
 }

@@ -11,7 +11,6 @@ namespace
 {
 
 const int WRITE_BIT = 1;
-const ExpectedReply ACKNOWLEDGE = {6, 0, 0};
 
 void queueWrite(const RW_VAR &var, const quint8 *value, int count)
 {
