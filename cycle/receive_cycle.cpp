@@ -18,14 +18,36 @@ namespace
 const int ANY_LENGTH = -1;
 const int NO_REMOTE_TAG = -1;
 
-// Why the reply's length alone settles the attempt, or REASON_SUCCESS when it is as expected.
-int judgeLength(int expected, int receivedLength, int noReply, int wrongLength)
+// The reasons that stand for a failed attempt on one of the two paths.
+struct FailureReasons {
+    int badReply;
+    int noReply;
+    int wrongLength;
+};
+
+constexpr FailureReasons LOCAL_FAILURES = {REASON_LOCAL_BAD_REPLY, REASON_LOCAL_NO_REPLY,
+                                           REASON_LOCAL_WRONG_LENGTH};
+constexpr FailureReasons REMOTE_FAILURES = {REASON_REMOTE_BAD_REPLY, REASON_REMOTE_NO_REPLY,
+                                            REASON_REMOTE_WRONG_LENGTH};
+
+struct Judgement {
+    int reason; // REASON_SUCCESS, or one of the failures
+    bool hasData;
+};
+
+// Judges what was received for the first of `frames`.
+Judgement judge(const QList<Protocol> &frames, QByteArray *received, int receivedLength,
+                const FailureReasons &failures)
 {
+    if (frames.isEmpty())
+        return {failures.badReply, false};
+    const int expected = frames.first().expectedReplyLength;
     if (receivedLength == 0 && expected != 0)
-        return noReply;
+        return {failures.noReply, false};
     if (receivedLength != expected && expected != ANY_LENGTH)
-        return wrongLength;
-    return REASON_SUCCESS;
+        return {failures.wrongLength, false};
+    const int check = CheckGetData(received, receivedLength);
+    return {check == REPLY_BAD ? failures.badReply : REASON_SUCCESS, check == REPLY_DATA};
 }
 
 bool isSuccess(int code)
@@ -156,37 +178,21 @@ RW_VAR *finish(Modbus_RTU_Master &driver, int code, bool local)
 
 int DealDataOfLocalArea(QByteArray *received, int receivedLength)
 {
-    const QList<Protocol> &frames = PLC_driver.pendingFrames;
-    if (frames.isEmpty())
-        return GetDriverReturnValue(REASON_LOCAL_BAD_REPLY);
-    const int reason = judgeLength(frames.first().expectedReplyLength, receivedLength,
-                                   REASON_LOCAL_NO_REPLY, REASON_LOCAL_WRONG_LENGTH);
-    if (reason != REASON_SUCCESS)
-        return GetDriverReturnValue(reason);
-
-    const int check = CheckGetData(received, receivedLength);
-    if (check == REPLY_DATA) {
+    const Judgement judgement =
+        judge(PLC_driver.pendingFrames, received, receivedLength, LOCAL_FAILURES);
+    if (judgement.hasData) {
         QMutexLocker lock(&PLC_driver.areaMutex);
         SaveToLocalDataErea(received);
-    } else if (check != REPLY_ACKNOWLEDGE) {
-        return GetDriverReturnValue(REASON_LOCAL_BAD_REPLY);
     }
-    return GetDriverReturnValue(REASON_SUCCESS);
+    return GetDriverReturnValue(judgement.reason);
 }
 
 int DealDataOfRemoteArea(QByteArray *received, int receivedLength)
 {
     const QList<Protocol> &frames = PLC_driver.pendingFrames;
-    if (frames.isEmpty())
-        return GetDriverReturnValue(REASON_REMOTE_BAD_REPLY);
-    const int reason = judgeLength(frames.first().expectedReplyLength, receivedLength,
-                                   REASON_REMOTE_NO_REPLY, REASON_REMOTE_WRONG_LENGTH);
-    if (reason != REASON_SUCCESS)
-        return GetDriverReturnValue(reason);
-
-    const int check = CheckGetData(received, receivedLength);
-    if (check != REPLY_DATA && check != REPLY_ACKNOWLEDGE)
-        return GetDriverReturnValue(REASON_REMOTE_BAD_REPLY);
+    const Judgement judgement = judge(frames, received, receivedLength, REMOTE_FAILURES);
+    if (judgement.reason != REASON_SUCCESS)
+        return GetDriverReturnValue(judgement.reason);
     if (frames.first().var.remoteTag != NO_REMOTE_TAG)
         return GetDriverReturnValue(REASON_REMOTE_NOT_STORED);
 
