@@ -1,7 +1,7 @@
 // Bits and words inside an area; what lies outside is in tst_image_bounds.cpp.
 #include "cache/image_accessors.h"
 
-#include "tests/support/driver_fixture.h"
+#include "tests/support/driver_test.h"
 #include "tests/support/image_areas.h"
 #include "tests/support/lock_watch.h"
 #include "tests/support/output_capture.h"
@@ -9,7 +9,7 @@
 
 #include <QtTest>
 
-class tst_image_accessors : public QObject
+class TestImageAccessors : public DriverTest
 {
     Q_OBJECT
 
@@ -347,5 +347,5 @@ private:
     }
 };
 
-QTEST_APPLESS_MAIN(tst_image_accessors)
+QTEST_APPLESS_MAIN(TestImageAccessors)
 #include "tst_image_accessors.moc"

@@ -25,18 +25,18 @@ class MappedBytes
 {
 public:
     MappedBytes(size_t size, int protection)
-        : m_size(size), m_at(::mmap(nullptr, size, protection,
-                                    MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0))
+        : size_(size),
+          at_(::mmap(nullptr, size, protection, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0))
     {
     }
-    ~MappedBytes() { ::munmap(m_at, m_size); }
+    ~MappedBytes() { ::munmap(at_, size_); }
     Q_DISABLE_COPY(MappedBytes)
-    bool isThere() const { return m_at != MAP_FAILED; }
-    quint8 *data() const { return static_cast<quint8 *>(m_at); }
+    bool isThere() const { return at_ != MAP_FAILED; }
+    quint8 *data() const { return static_cast<quint8 *>(at_); }
 
 private:
-    size_t m_size;
-    void *m_at;
+    size_t size_;
+    void *at_;
 };
 
 void addReadColumns()
@@ -55,7 +55,7 @@ void addWriteColumns()
 } // namespace
 Q_DECLARE_METATYPE(Changes)
 
-class tst_image_bounds : public QObject
+class TestImageBounds : public QObject
 {
     Q_OBJECT
 
@@ -299,5 +299,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_APPLESS_MAIN(tst_image_bounds)
+QTEST_APPLESS_MAIN(TestImageBounds)
 #include "tst_image_bounds.moc"

@@ -1,7 +1,7 @@
 // Replies copied into an image area by the frame that they answer.
 #include "cache/image_accessors.h"
 
-#include "tests/support/driver_fixture.h"
+#include "tests/support/driver_test.h"
 #include "tests/support/image_areas.h"
 #include "tests/support/lock_watch.h"
 
@@ -37,13 +37,11 @@ void addColumns()
 } // namespace
 Q_DECLARE_METATYPE(Changes)
 
-class tst_image_replies : public QObject
+class TestImageReplies : public DriverTest
 {
     Q_OBJECT
 
 private Q_SLOTS:
-    void init() { resetDriver(m_info); }
-
     void bytesAreCopiedWhole_data()
     {
         addColumns();
@@ -176,10 +174,7 @@ private Q_SLOTS:
         QCOMPARE(changes(bits), changesAt({{0, 0x11}, {1, 0x22}}));
         QCOMPARE(changes(words), changesAt({{0, 0x1122}}));
     }
-
-private:
-    ComInfo m_info;
 };
 
-QTEST_APPLESS_MAIN(tst_image_replies)
+QTEST_APPLESS_MAIN(TestImageReplies)
 #include "tst_image_replies.moc"

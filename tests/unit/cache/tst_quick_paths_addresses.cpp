@@ -5,7 +5,7 @@
 #include "protocol/write_frames.h"
 #include "varlist/address_text.h"
 
-#include "tests/support/driver_fixture.h"
+#include "tests/support/driver_test.h"
 #include "tests/unit/cache/tst_quick_paths_draw.h"
 
 #include <QtTest>
@@ -169,7 +169,7 @@ QByteArray queuedFrame()
 
 } // namespace
 
-class tst_quick_paths_addresses : public QObject
+class TestQuickPathsAddresses : public DriverTest
 {
     Q_OBJECT
 
@@ -190,7 +190,6 @@ private Q_SLOTS:
 
     void everyFrameIsTheOneMadeOfTexts()
     {
-        resetDriver(m_info);
         LW = blockSelect;
         Draw draw(20112);
         for (int i = 0; i < FRAMES; ++i) {
@@ -204,10 +203,7 @@ private Q_SLOTS:
             QCOMPARE(queuedFrame(), plainWriteFrame(var));
         }
     }
-
-private:
-    ComInfo m_info;
 };
 
-QTEST_APPLESS_MAIN(tst_quick_paths_addresses)
+QTEST_APPLESS_MAIN(TestQuickPathsAddresses)
 #include "tst_quick_paths_addresses.moc"

@@ -5,7 +5,7 @@
 #include "protocol/frame_codec.h"
 #include "protocol/reply_decoding.h"
 
-#include "tests/support/driver_fixture.h"
+#include "tests/support/driver_test.h"
 #include "tests/support/record_text.h"
 #include "tests/unit/cache/tst_quick_paths_draw.h"
 
@@ -100,17 +100,11 @@ void changeList(Draw &draw, QList<EXTENDVAR> &records)
 
 } // namespace
 
-class tst_quick_paths_cache : public QObject
+class TestQuickPathsCache : public DriverTest
 {
     Q_OBJECT
 
 private Q_SLOTS:
-    void init()
-    {
-        resetDriver(m_info);
-        m_plain.records.clear();
-    }
-
     void everyAccessIsThatOfASearchFromTheFront()
     {
         Draw draw(20113);
@@ -119,17 +113,19 @@ private Q_SLOTS:
                 changeBoth(draw);
             QVERIFY2(step(draw), qPrintable(QString("step %1").arg(i)));
             if (i % STEPS_BETWEEN == 0)
-                QCOMPARE(cacheTexts(PLC_driver.extendVars), cacheTexts(m_plain.records));
+                QCOMPARE(cacheTexts(PLC_driver.extendVars), cacheTexts(plain_.records));
         }
     }
 
 private:
+    void prepare() override { plain_.records.clear(); }
+
     // The driver's list is a deep copy: sharing it would keep either side from changing its own.
     void changeBoth(Draw &draw)
     {
-        changeList(draw, m_plain.records);
+        changeList(draw, plain_.records);
         PLC_driver.extendVars.clear();
-        for (const EXTENDVAR &record : m_plain.records)
+        for (const EXTENDVAR &record : plain_.records)
             PLC_driver.extendVars.append(record);
     }
 
@@ -149,7 +145,7 @@ private:
             return readOne(key);
         default:
             return ExtendFindSameVar(key.station, key.areaType, key.address) ==
-                   m_plain.find(key.station, key.areaType, key.address);
+                   plain_.find(key.station, key.areaType, key.address);
         }
     }
 
@@ -166,7 +162,7 @@ private:
             return true;
         for (int i = 0; i < var.count; ++i) {
             if (var.data.size() > 2 * i + 1)
-                m_plain.data(key, i) = var.data.mid(2 * i, key.areaType == AREA_D ? 2 : 1);
+                plain_.data(key, i) = var.data.mid(2 * i, key.areaType == AREA_D ? 2 : 1);
         }
         return true;
     }
@@ -195,11 +191,11 @@ private:
             return QByteArray(1, static_cast<char>(high * 16 + low));
         };
         if (key.areaType == AREA_X)
-            m_plain.data(key, 0) = value(3);
+            plain_.data(key, 0) = value(3);
         else if (key.areaType == AREA_D)
-            m_plain.data(key, 0) = value(5) + value(3);
+            plain_.data(key, 0) = value(5) + value(3);
         for (int k = 0; key.areaType == AREA_C && k < 70; ++k)
-            m_plain.data(key, k) = 3 + 2 * k < size ? value(3 + 2 * k) : QByteArray(1, '\0');
+            plain_.data(key, k) = 3 + 2 * k < size ? value(3 + 2 * k) : QByteArray(1, '\0');
     }
 
     // The parts of an address text may be negative, so that every address has one.
@@ -218,7 +214,7 @@ private:
             GetRegisterData(QString(), key.areaType, textOf(key), key.station, out, 9);
         if (key.address < 0)
             return result == 0 && out == QByteArray("\x55\x55\x55", 3);
-        const QByteArray data = m_plain.data(key, 0) + QByteArray(2, '\0');
+        const QByteArray data = plain_.data(key, 0) + QByteArray(2, '\0');
         QByteArray expected("\x55\x55\x55", 3);
         expected[0] = data.at(0);
         expected[1] = key.areaType == AREA_D ? data.at(1) : '\0';
@@ -235,13 +231,12 @@ private:
             return result == 0 && out.isEmpty();
         QByteArray expected;
         for (int i = 0; i < count; ++i)
-            expected.append((m_plain.data(key, i) + '\0').at(0)).append('\0');
+            expected.append((plain_.data(key, i) + '\0').at(0)).append('\0');
         return result == 1 && out == expected;
     }
 
-    ComInfo m_info;
-    PlainCache m_plain;
+    PlainCache plain_;
 };
 
-QTEST_APPLESS_MAIN(tst_quick_paths_cache)
+QTEST_APPLESS_MAIN(TestQuickPathsCache)
 #include "tst_quick_paths_cache.moc"

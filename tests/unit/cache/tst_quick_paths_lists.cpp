@@ -2,7 +2,7 @@
 // that do it step by step.
 #include "driver/entry_points.h"
 
-#include "tests/support/driver_fixture.h"
+#include "tests/support/driver_test.h"
 #include "tests/support/record_text.h"
 #include "tests/unit/cache/tst_quick_paths_draw.h"
 
@@ -184,24 +184,18 @@ QList<int> addresses(const QList<RW_VAR> &list)
 
 } // namespace
 
-class tst_quick_paths_lists : public QObject
+class TestQuickPathsLists : public DriverTest
 {
     Q_OBJECT
 
 private Q_SLOTS:
-    void init()
-    {
-        resetDriver(m_info);
-        m_info.localPlcNo = 3;
-    }
-
     void everyRebuildIsTheOneDoneStepByStep()
     {
         Draw draw(20114);
         for (int i = 0; i < LISTS; ++i) {
-            m_info.remoteMode = draw.below(2);
+            info_.remoteMode = draw.below(2);
             QList<HOST_VAR> hostVars = drawHostVars(draw, draw.below(i % 100 == 0 ? 1000 : 100));
-            const QList<RW_VAR> expected = plainRebuild(hostVars, m_info);
+            const QList<RW_VAR> expected = plainRebuild(hostVars, info_);
             QCOMPARE(ReCreatReadVarList(&hostVars), expected.size());
             QCOMPARE(recordTexts(PLC_driver.readList), recordTexts(expected));
         }
@@ -251,13 +245,13 @@ private Q_SLOTS:
         QList<RW_VAR> plain;
         for (int i = 0; i < REQUESTS; ++i) {
             shorten(draw, plain, PLC_driver.onceReadList);
-            m_info.purgeByStation = draw.below(2);
-            m_info.defaultStation = draw.below(3);
+            info_.purgeByStation = draw.below(2);
+            info_.defaultStation = draw.below(3);
             RW_VAR var = drawRequest(draw);
             RW_VAR plainVar = var;
             const int mode = draw.below(4);
             QCOMPARE(AddListOnceReadVar(&var, mode),
-                     plainAddOnceRead(plain, plainVar, mode, m_info));
+                     plainAddOnceRead(plain, plainVar, mode, info_));
             QCOMPARE(recordText(var), recordText(plainVar));
             if (i % 500 == 0)
                 QCOMPARE(recordTexts(PLC_driver.onceReadList), recordTexts(plain));
@@ -265,6 +259,8 @@ private Q_SLOTS:
     }
 
 private:
+    void prepare() override { info_.localPlcNo = 3; }
+
     QList<RW_VAR> listOf(int entries) const
     {
         QList<RW_VAR> list;
@@ -272,7 +268,7 @@ private:
             RW_VAR entry;
             entry.areaType = AREA_D;
             entry.address = i;
-            entry.plcNo = m_info.localPlcNo;
+            entry.plcNo = info_.localPlcNo;
             list.append(entry);
         }
         return list;
@@ -287,9 +283,7 @@ private:
         plain = plain.mid(0, kept);
         queue = queue.mid(0, kept);
     }
-
-    ComInfo m_info;
 };
 
-QTEST_APPLESS_MAIN(tst_quick_paths_lists)
+QTEST_APPLESS_MAIN(TestQuickPathsLists)
 #include "tst_quick_paths_lists.moc"

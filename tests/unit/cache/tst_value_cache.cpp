@@ -1,6 +1,6 @@
 #include "cache/value_cache.h"
 
-#include "tests/support/driver_fixture.h"
+#include "tests/support/driver_test.h"
 #include "tests/support/lock_watch.h"
 #include "tests/support/record_text.h"
 
@@ -26,13 +26,11 @@ bool isZero(const quint8 (&area)[Size])
 
 } // namespace
 
-class tst_value_cache : public QObject
+class TestValueCache : public DriverTest
 {
     Q_OBJECT
 
 private Q_SLOTS:
-    void init() { resetDriver(m_info); }
-
     void theFirstLookupCreatesARecordOfFourZeroBytes()
     {
         QCOMPARE(ExtendFindSameVar(1, 2, 3), 0);
@@ -153,10 +151,7 @@ private Q_SLOTS:
         QVERIFY(isZero(PLC_driver.imageArea2));
         QVERIFY(isZero(PLC_driver.imageArea3));
     }
-
-private:
-    ComInfo m_info;
 };
 
-QTEST_APPLESS_MAIN(tst_value_cache)
+QTEST_APPLESS_MAIN(TestValueCache)
 #include "tst_value_cache.moc"

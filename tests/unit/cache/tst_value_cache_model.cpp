@@ -2,7 +2,7 @@
 #include "cache/host_data.h"
 #include "cache/value_cache.h"
 
-#include "tests/support/driver_fixture.h"
+#include "tests/support/driver_test.h"
 #include "tests/support/record_text.h"
 
 #include <QtTest>
@@ -112,13 +112,11 @@ void forget(PlainCache &model, Draw &draw)
 
 } // namespace
 
-class tst_value_cache_model : public QObject
+class TestValueCacheModel : public DriverTest
 {
     Q_OBJECT
 
 private Q_SLOTS:
-    void init() { resetDriver(m_info); }
-
     void theCacheAgreesWithItsModel()
     {
         PlainCache model;
@@ -152,10 +150,7 @@ private Q_SLOTS:
         }
         QCOMPARE(cacheTexts(PLC_driver.extendVars), cacheTexts(model.records));
     }
-
-private:
-    ComInfo m_info;
 };
 
-QTEST_APPLESS_MAIN(tst_value_cache_model)
+QTEST_APPLESS_MAIN(TestValueCacheModel)
 #include "tst_value_cache_model.moc"

@@ -261,8 +261,6 @@ private Q_SLOTS:
         QCOMPARE(recordTexts(PLC_driver.readList), QStringList(recordText(filledRecord())));
         QCOMPARE(wordsOf(info_), wordsOf(ComInfo()));
     }
-
-private:
 };
 
 QTEST_APPLESS_MAIN(TestAddressText)

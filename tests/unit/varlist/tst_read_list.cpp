@@ -293,8 +293,6 @@ private Q_SLOTS:
         const QMutexLocker station(&PLC_driver.stationMutex);
         QCOMPARE(rebuild({hostVar(1, 1, "0.0.1")}), 1);
     }
-
-private:
 };
 
 QTEST_APPLESS_MAIN(TestReadList)

@@ -213,8 +213,6 @@ private Q_SLOTS:
             QCOMPARE(recordTexts(list), recordTexts(expected));
         }
     }
-
-private:
 };
 
 QTEST_APPLESS_MAIN(TestReadListModel)

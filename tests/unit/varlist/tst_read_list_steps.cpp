@@ -138,8 +138,6 @@ private Q_SLOTS:
         QCOMPARE(recordText(var), recordText(filledRecord()));
         QCOMPARE(PLC_driver.readList.size(), 0);
     }
-
-private:
 };
 
 QTEST_APPLESS_MAIN(TestReadListSteps)
