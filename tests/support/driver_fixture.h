@@ -4,6 +4,8 @@
 
 #include "driver/driver_object.h"
 
+#include <QMutexLocker>
+
 /// Empties every list and sets every counter of PLC_driver to its start value, clears `info` and
 /// makes it the driver's block. Callbacks and host areas are null afterwards.
 inline void resetDriver(ComInfo &info)
@@ -44,5 +46,17 @@ inline bool isFree(QMutex &mutex)
         mutex.unlock();
     return taken;
 }
+
+/// Holds the driver's three mutexes: what is called meanwhile hangs if it takes one of them.
+class AllLocksHeld
+{
+public:
+    AllLocksHeld() = default;
+
+private:
+    QMutexLocker lists_{&PLC_driver.listMutex};
+    QMutexLocker stations_{&PLC_driver.stationMutex};
+    QMutexLocker areas_{&PLC_driver.areaMutex};
+};
 
 #endif

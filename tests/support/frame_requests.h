@@ -4,43 +4,21 @@
 #define KVT_TESTS_SUPPORT_FRAME_REQUESTS_H
 
 #include "driver/driver_object.h"
+#include "tests/support/record_text.h"
 
 #include <QStringList>
 
 #include <cstring>
 
-/// A request with a different value in every slot.
+/// A request with a value of its own in every slot, and data for two words.
 inline RW_VAR distinctRequest(int areaType, const QString &addressText)
 {
-    RW_VAR var;
-    var.ownerId = 7;
-    var.ownerSubId = 70;
-    var.rwKind = 17;
-    var.reserved3 = 33;
-    var.plcNo = 4;
-    var.result = 55;
-    var.name = "pump speed";
-    var.addressText = addressText;
+    RW_VAR var = filledRecord();
     var.areaType = areaType;
-    var.address = 909;
+    var.addressText = addressText;
     var.station = 1;
-    var.count = 11;
-    var.remoteTag = -12;
-    var.reserved13 = 1313;
     var.data = QByteArray::fromHex("34 12 CD AB");
     return var;
-}
-
-/// All fifteen slots of a request as one text.
-inline QString slotsOf(const RW_VAR &var)
-{
-    QStringList texts;
-    for (const int value :
-         {var.ownerId, var.ownerSubId, var.rwKind, var.reserved3, var.plcNo, var.result,
-          var.areaType, var.address, var.station, var.count, var.remoteTag, var.reserved13})
-        texts.append(QString::number(value));
-    texts << var.name << var.addressText << QString::fromLatin1(var.data.toHex());
-    return texts.join("|");
 }
 
 /// The fields of a frame record beside its bytes and its variable, as one text.
@@ -84,17 +62,7 @@ inline QStringList pendingHex()
     return frames;
 }
 
-/// Gives every word of `info` the value 1000 + its index.
-inline void markWords(ComInfo &info)
-{
-    qint32 words[sizeof(ComInfo) / sizeof(qint32)];
-    qint32 value = 1000;
-    for (qint32 &word : words)
-        word = value++;
-    std::memcpy(&info, words, sizeof words);
-}
-
-/// Lists the words of `info` that differ from what markWords gave them, as "index=value".
+/// Lists the words of `info` that differ from what fillWords gave them, as "index=value".
 inline QStringList changedWords(const ComInfo &info)
 {
     qint32 words[sizeof(ComInfo) / sizeof(qint32)];
@@ -114,30 +82,5 @@ inline QStringList oneReplyAwaited()
 {
     return {"11=1", "12=0"};
 }
-
-/// The value cache as texts "station/area/address=hex", in creation order.
-inline QStringList cacheRecords()
-{
-    QStringList records;
-    for (const EXTENDVAR &record : PLC_driver.extendVars)
-        records.append(QString("%1/%2/%3=%4")
-                           .arg(record.station)
-                           .arg(record.areaType)
-                           .arg(record.address)
-                           .arg(QString::fromLatin1(record.data.toHex().toUpper())));
-    return records;
-}
-
-/// Holds the driver's three mutexes: what is called meanwhile hangs if it takes one of them.
-class AllMutexesHeld
-{
-public:
-    AllMutexesHeld() = default;
-
-private:
-    QMutexLocker lists{&PLC_driver.listMutex};
-    QMutexLocker stations{&PLC_driver.stationMutex};
-    QMutexLocker areas{&PLC_driver.areaMutex};
-};
 
 #endif

@@ -29,19 +29,20 @@ inline WordArea wordArea(quint16 fill = 0)
     return WordArea(size_t(AREA_WORDS), fill);
 }
 
-/// What differs from `fill`, by index. Comparing it shows what a call changed and nothing else.
+typedef QMap<int, int> Changes;
+
+/// What differs from `fill`, by index; `first` is that of the front. Comparing it shows what a call
+/// changed and nothing else.
 template <typename Area>
-QMap<int, int> changes(const Area &area, typename Area::value_type fill = 0)
+Changes changes(const Area &area, typename Area::value_type fill = 0, int first = 0)
 {
-    QMap<int, int> result;
+    Changes result;
     for (size_t i = 0; i < area.size(); ++i) {
         if (area[i] != fill)
-            result.insert(int(i), int(area[i]));
+            result.insert(int(i) + first, int(area[i]));
     }
     return result;
 }
-
-typedef QMap<int, int> Changes;
 
 /// Pairs of index and value as what `changes` finds. QMap itself takes braces since Qt 5 only.
 inline Changes changesAt(std::initializer_list<std::pair<int, int>> all)
@@ -61,23 +62,15 @@ class WideArea
 {
 public:
     explicit WideArea(Unit fill = 0)
-        : m_fill(fill), m_units(2 * AREA_MARGIN + IMAGE_AREA_BYTES / sizeof(Unit), fill)
+        : fill_(fill), units_(2 * AREA_MARGIN + IMAGE_AREA_BYTES / sizeof(Unit), fill)
     {
     }
-    Unit *data() { return m_units.data() + AREA_MARGIN; }
-    Changes changed() const
-    {
-        Changes result;
-        for (size_t i = 0; i < m_units.size(); ++i) {
-            if (m_units[i] != m_fill)
-                result.insert(int(i) - AREA_MARGIN, int(m_units[i]));
-        }
-        return result;
-    }
+    Unit *data() { return units_.data() + AREA_MARGIN; }
+    Changes changed() const { return changes(units_, fill_, -AREA_MARGIN); }
 
 private:
-    Unit m_fill;
-    std::vector<Unit> m_units;
+    Unit fill_;
+    std::vector<Unit> units_;
 };
 typedef WideArea<quint8> WideBytes;
 typedef WideArea<quint16> WideWords;

@@ -3,8 +3,6 @@
 #ifndef KVT_TESTS_SUPPORT_LOCK_WATCH_H
 #define KVT_TESTS_SUPPORT_LOCK_WATCH_H
 
-#include "driver/driver_object.h"
-
 #include <QFile>
 #include <QMutex>
 
@@ -47,25 +45,5 @@ inline bool waitsFor(QMutex &mutex, const std::function<void()> &call,
     caller.join();
     return waited;
 }
-
-/// Holds all three mutexes of the driver, so that a call that takes any of them would hang.
-class AllLocksHeld
-{
-public:
-    AllLocksHeld()
-    {
-        PLC_driver.listMutex.lock();
-        PLC_driver.areaMutex.lock();
-        PLC_driver.stationMutex.lock();
-    }
-    ~AllLocksHeld()
-    {
-        PLC_driver.stationMutex.unlock();
-        PLC_driver.areaMutex.unlock();
-        PLC_driver.listMutex.unlock();
-    }
-    AllLocksHeld(const AllLocksHeld &) = delete;
-    AllLocksHeld &operator=(const AllLocksHeld &) = delete;
-};
 
 #endif

@@ -2,7 +2,7 @@
 #ifndef KVT_TESTS_SUPPORT_RECORD_TEXT_H
 #define KVT_TESTS_SUPPORT_RECORD_TEXT_H
 
-#include "driver/records.h"
+#include "driver/driver_object.h"
 
 #include <QStringList>
 
@@ -45,9 +45,15 @@ inline QStringList cacheTexts(const QList<EXTENDVAR> &records)
                        .arg(record.station)
                        .arg(record.areaType)
                        .arg(record.address)
-                       .arg(QString::fromLatin1(record.data.toHex())));
+                       .arg(QString::fromLatin1(record.data.toHex().toUpper())));
     }
     return all;
+}
+
+/// cacheTexts of the driver's own cache.
+inline QStringList cacheRecords()
+{
+    return cacheTexts(PLC_driver.extendVars);
 }
 
 /// A record with a value of its own in every field, for tests of what a call leaves alone.

@@ -16,11 +16,6 @@ namespace
 constexpr int LOWEST = std::numeric_limits<int>::min();
 constexpr int HIGHEST = std::numeric_limits<int>::max();
 
-QStringList cached()
-{
-    return cacheTexts(PLC_driver.extendVars);
-}
-
 RW_VAR toStore(int kind, int address, int count, const char *hexData)
 {
     RW_VAR var = filledRecord();
@@ -64,7 +59,7 @@ private Q_SLOTS:
         QTest::addColumn<QStringList>("stored");
         const QByteArray six("010012345678");
         QTest::newRow("bit") << 0 << 1 << QByteArray("0100") << QStringList{"4/0/40=01"};
-        QTest::newRow("bit as given") << 0 << 1 << QByteArray("FE77") << QStringList{"4/0/40=fe"};
+        QTest::newRow("bit as given") << 0 << 1 << QByteArray("FE77") << QStringList{"4/0/40=FE"};
         QTest::newRow("three bits")
             << 0 << 3 << six << QStringList{"4/0/40=01", "4/0/41=12", "4/0/42=56"};
         QTest::newRow("bit of one byte") << 0 << 1 << QByteArray("01") << QStringList{};
@@ -99,7 +94,7 @@ private Q_SLOTS:
         const QString before = recordText(var);
         PLC_driver.comInfo = nullptr;
         WriteDataToLocal(&var);
-        QCOMPARE(cached(), stored);
+        QCOMPARE(cacheRecords(), stored);
         QCOMPARE(recordText(var), before);
     }
 
@@ -111,14 +106,14 @@ private Q_SLOTS:
         WriteDataToLocal(&word);
         RW_VAR bit = toStore(0, 41, 1, "01 00");
         WriteDataToLocal(&bit);
-        QCOMPARE(cached(), QStringList({"4/1/40=3412", "4/0/41=01"}));
+        QCOMPARE(cacheRecords(), QStringList({"4/1/40=3412", "4/0/41=01"}));
     }
 
     void addressesOfARunWrapAt32Bits()
     {
         RW_VAR var = toStore(1, HIGHEST, 2, "34 12 78 56");
         WriteDataToLocal(&var);
-        QCOMPARE(cached(), QStringList({"4/1/2147483647=3412", "4/1/-2147483648=7856"}));
+        QCOMPARE(cacheRecords(), QStringList({"4/1/2147483647=3412", "4/1/-2147483648=7856"}));
     }
 
     void storingHappensUnderTheAreaMutexAlone()
@@ -129,7 +124,7 @@ private Q_SLOTS:
             PLC_driver.areaMutex, [&var] { WriteDataToLocal(&var); },
             [&meanwhile] { meanwhile = PLC_driver.extendVars.size(); }));
         QCOMPARE(meanwhile, 0);
-        QCOMPARE(cached(), QStringList("4/1/40=3412"));
+        QCOMPARE(cacheRecords(), QStringList("4/1/40=3412"));
         RW_VAR nothing = toStore(3, 40, 0, "");
         QVERIFY(waitsFor(PLC_driver.areaMutex, [&nothing] { WriteDataToLocal(&nothing); }));
         const QMutexLocker list(&PLC_driver.listMutex);
@@ -151,7 +146,7 @@ private Q_SLOTS:
         info_.hostWriteMode = mode;
         const QByteArray words = wordsOf(info_);
         QCOMPARE(set(1, "1.2.3", bytes("34 12")), 1);
-        QCOMPARE(cached(), QStringList("4/1/39=3412"));
+        QCOMPARE(cacheRecords(), QStringList("4/1/39=3412"));
         QCOMPARE(PLC_driver.writeList.size(), 0);
         QCOMPARE(wordsOf(info_), words);
     }
@@ -160,8 +155,8 @@ private Q_SLOTS:
     {
         QCOMPARE(set(1, "1.2.3", bytes("01 02 03 04 05 06"), 3), 1);
         QCOMPARE(set(0, "0.0.1", bytes("01 00 00 00"), 2), 1);
-        QCOMPARE(cached(), QStringList({"4/1/39=0102", "4/1/40=0304", "4/1/41=0506", "4/0/1=01",
-                                        "4/0/2=00"}));
+        QCOMPARE(cacheRecords(), QStringList({"4/1/39=0102", "4/1/40=0304", "4/1/41=0506",
+                                              "4/0/1=01", "4/0/2=00"}));
     }
 
     void aCachedWriteOfTooFewBytesStoresNothing()
@@ -171,7 +166,7 @@ private Q_SLOTS:
         QCOMPARE(set(1, "0.0.1", bytes("")), 1);
         QCOMPARE(set(1, "0.0.1", bytes("01 02"), 0), 1);
         QCOMPARE(set(1, "0.0.1", bytes("01 02"), -3), 1);
-        QCOMPARE(cached(), QStringList());
+        QCOMPARE(cacheRecords(), QStringList());
     }
 
     void aCachedWriteOfAnotherKindStoresNothing()
@@ -179,7 +174,7 @@ private Q_SLOTS:
         QCOMPARE(set(2, "0.1.1.5", bytes("01 00")), 1);
         QCOMPARE(set(3, "1.2.3", bytes("01 00")), 1);
         QCOMPARE(set(-1, "-1.2.3", bytes("01 00")), 1);
-        QCOMPARE(cached(), QStringList());
+        QCOMPARE(cacheRecords(), QStringList());
     }
 
     void aNegativeAddressIsRefusedWithoutALock_data()
@@ -201,7 +196,7 @@ private Q_SLOTS:
         info_.hostWriteMode = mode;
         const AllLocksHeld held;
         QCOMPARE(set(kind, text.constData(), bytes("01 00")), 0);
-        QCOMPARE(cached(), QStringList());
+        QCOMPARE(cacheRecords(), QStringList());
         QCOMPARE(PLC_driver.writeList.size(), 0);
     }
 
@@ -209,7 +204,7 @@ private Q_SLOTS:
     {
         QCOMPARE(set(1, "1.x.3", bytes("34 12")), 1);
         QCOMPARE(set(1, "", bytes("78 56")), 1);
-        QCOMPARE(cached(), QStringList({"4/1/35=3412", "4/1/0=7856"}));
+        QCOMPARE(cacheRecords(), QStringList({"4/1/35=3412", "4/1/0=7856"}));
     }
 
     void theDefaultStationIsTakenWhilePurgeIsNotByStation()
@@ -217,7 +212,7 @@ private Q_SLOTS:
         info_.purgeByStation = 0;
         info_.defaultStation = 17;
         QCOMPARE(set(1, "1.2.3", bytes("34 12")), 1);
-        QCOMPARE(cached(), QStringList("17/1/39=3412"));
+        QCOMPARE(cacheRecords(), QStringList("17/1/39=3412"));
         info_.hostWriteMode = 2;
         QCOMPARE(set(1, "1.2.3", bytes("34 12")), 1);
         QCOMPARE(PLC_driver.writeList.first().station, 17);
@@ -243,7 +238,7 @@ private Q_SLOTS:
         expected.count = 1;
         expected.data = bytes("34 12");
         QCOMPARE(recordTexts(PLC_driver.writeList), QStringList(recordText(expected)));
-        QCOMPARE(cached(), QStringList());
+        QCOMPARE(cacheRecords(), QStringList());
         QCOMPARE(wordsOf(info_), words);
     }
 
@@ -286,7 +281,7 @@ private Q_SLOTS:
         QCOMPARE(set(3, "1.2.3", bytes("01 00")), 0);
         QCOMPARE(set(-1, "1.2.3", bytes("01 00")), 0);
         QCOMPARE(PLC_driver.writeList.size(), 0);
-        QCOMPARE(cached(), QStringList());
+        QCOMPARE(cacheRecords(), QStringList());
     }
 
     void aSentWriteAnswersTheSizeOfTheQueueAndCoalesces()
@@ -314,7 +309,7 @@ private Q_SLOTS:
         QCOMPARE(value, bytes("34 12 78"));
         value.fill('\xFF');
         QCOMPARE(PLC_driver.writeList.first().data, bytes("34 12"));
-        QCOMPARE(cached(), QStringList("4/1/1=3412"));
+        QCOMPARE(cacheRecords(), QStringList("4/1/1=3412"));
     }
 
     void aCachedWriteTakesTheAreaMutexAlone()

@@ -12,11 +12,6 @@
 namespace
 {
 
-QStringList cached()
-{
-    return cacheTexts(PLC_driver.extendVars);
-}
-
 void cache(int station, int kind, int address, const char *hexData)
 {
     PLC_driver.extendVars.append(EXTENDVAR{station, kind, address, bytes(hexData)});
@@ -39,7 +34,7 @@ private Q_SLOTS:
         QByteArray out;
         QCOMPARE(get(1, "1.2.3", out), 1);
         QCOMPARE(out, bytes("00 00"));
-        QCOMPARE(cached(), QStringList("4/1/39=00000000"));
+        QCOMPARE(cacheRecords(), QStringList("4/1/39=00000000"));
         QCOMPARE(get(1, "1.2.3", out), 1);
         QCOMPARE(PLC_driver.extendVars.size(), 1);
         out.clear();
@@ -48,7 +43,8 @@ private Q_SLOTS:
         out.clear();
         QCOMPARE(get(2, "0.0.0.5", out), 1);
         QCOMPARE(out, bytes("00 00"));
-        QCOMPARE(cached(), QStringList({"4/1/39=00000000", "4/0/39=00000000", "4/2/5=00000000"}));
+        QCOMPARE(cacheRecords(),
+                 QStringList({"4/1/39=00000000", "4/0/39=00000000", "4/2/5=00000000"}));
     }
 
     void aStoredValueIsRead_data()
@@ -72,11 +68,11 @@ private Q_SLOTS:
         QFETCH(QByteArray, data);
         QFETCH(QByteArray, read);
         cache(4, kind, 39, data.constData());
-        const QStringList before = cached();
+        const QStringList before = cacheRecords();
         QByteArray out;
         QCOMPARE(get(kind, "1.2.3", out), 1);
         QCOMPARE(out, read);
-        QCOMPARE(cached(), before);
+        QCOMPARE(cacheRecords(), before);
     }
 
     void bitsAndWordsIgnoreTheCount_data()
@@ -106,8 +102,8 @@ private Q_SLOTS:
         QByteArray out;
         QCOMPARE(get(2, "9.1.1.5", out, 4), 1);
         QCOMPARE(out, bytes("A5 00 00 00 01 00 00 00"));
-        QCOMPARE(cached(),
-                 QStringList({"4/2/245=a5", "4/2/247=0102", "4/2/248=", "4/2/246=00000000"}));
+        QCOMPARE(cacheRecords(),
+                 QStringList({"4/2/245=A5", "4/2/247=0102", "4/2/248=", "4/2/246=00000000"}));
     }
 
     void aBlockOfNoElementsLeavesTheBuffer()
@@ -192,7 +188,7 @@ private Q_SLOTS:
         QCOMPARE(out, bytes("34 12"));
         QCOMPARE(get(1, "1.2.3", out, 1, 4), 1);
         QCOMPARE(out, bytes("00 00"));
-        QCOMPARE(cached(), QStringList({"17/1/39=3412", "4/1/39=00000000"}));
+        QCOMPARE(cacheRecords(), QStringList({"17/1/39=3412", "4/1/39=00000000"}));
     }
 
     void whatTheHostCachedReadsBack()

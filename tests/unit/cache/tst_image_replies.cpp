@@ -3,7 +3,6 @@
 
 #include "tests/support/driver_test.h"
 #include "tests/support/image_areas.h"
-#include "tests/support/lock_watch.h"
 
 #include <QtTest>
 

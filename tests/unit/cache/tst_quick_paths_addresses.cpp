@@ -5,8 +5,9 @@
 #include "protocol/write_frames.h"
 #include "varlist/address_text.h"
 
+#include "tests/support/draw.h"
 #include "tests/support/driver_test.h"
-#include "tests/unit/cache/tst_quick_paths_draw.h"
+#include "tests/support/plain_models.h"
 
 #include <QtTest>
 
@@ -20,23 +21,6 @@ const int FRAMES = draws(200000);
 
 quint16 blockSelect[50001] = {};
 
-int plainPart(const QStringList &parts, int index)
-{
-    return index < parts.size() ? parts.at(index).toInt() : 0;
-}
-
-int plainAddress(int area, const QString &text)
-{
-    const QStringList parts = text.split(QLatin1Char('.'));
-    const auto part = [&parts](int index) { return static_cast<quint32>(plainPart(parts, index)); };
-    quint32 address = 0;
-    if (area == 0 || area == 1)
-        address = part(0) * 32 + part(1) * 2 + part(2);
-    else if (area == 2)
-        address = part(1) * 160 + part(2) * 80 + part(3);
-    return static_cast<int>(address);
-}
-
 QString twoDigits(int value)
 {
     return QString("%1").arg(value & 0xFF, 2, 16, QLatin1Char('0')).toUpper();
@@ -44,7 +28,7 @@ QString twoDigits(int value)
 
 QByteArray plainFrame(const RW_VAR &var, int writeBit, const QString &valueDigits)
 {
-    const QStringList parts = var.addressText.split(QLatin1Char('.'));
+    const QStringList parts = plainParts(var.addressText);
     const int nibble = var.areaType == AREA_C ? blockSelect[50000] : plainPart(parts, 1);
     const int selector = plainPart(parts, 2) & 0xFF;
     int address = selector;
@@ -65,7 +49,7 @@ QByteArray plainWriteFrame(const RW_VAR &var)
     const QByteArray data = var.data + QByteArray(2, '\0');
     const QString low = twoDigits(data.at(0));
     const QString high = twoDigits(data.at(1));
-    const QStringList parts = var.addressText.split(QLatin1Char('.'));
+    const QStringList parts = plainParts(var.addressText);
     if (var.areaType == AREA_X)
         return plainFrame(var, 1, low);
     if (parts.size() > 1 && parts.at(0) == QLatin1String("18") && parts.at(1) == QLatin1String("1"))

@@ -5,9 +5,10 @@
 #include "protocol/frame_codec.h"
 #include "protocol/reply_decoding.h"
 
+#include "tests/support/draw.h"
 #include "tests/support/driver_test.h"
+#include "tests/support/plain_models.h"
 #include "tests/support/record_text.h"
-#include "tests/unit/cache/tst_quick_paths_draw.h"
 
 #include <QtTest>
 
@@ -21,41 +22,11 @@ const int STEPS = draws(400000);
 // So many steps lie between two comparisons of the whole list.
 const int STEPS_BETWEEN = 50;
 
-struct PlainCache {
-    QList<EXTENDVAR> records;
-
-    int find(int station, int area, int address)
-    {
-        for (int i = 0; i < records.size(); ++i) {
-            const EXTENDVAR &record = records.at(i);
-            if (record.station == station && record.areaType == area && record.address == address)
-                return i;
-        }
-        records.append(EXTENDVAR{station, area, address, QByteArray(4, '\0')});
-        return records.size() - 1;
-    }
-
-    QByteArray &data(const CacheKey &first, int offset)
-    {
-        const int address =
-            static_cast<int>(static_cast<quint32>(first.address) + static_cast<quint32>(offset));
-        return records[find(first.station, first.areaType, address)].data;
-    }
-};
-
 CacheKey drawKey(Draw &draw)
 {
     static const int areas[] = {AREA_X, AREA_D, AREA_C, 7};
     static const int origins[] = {0, 0, 0, 100, std::numeric_limits<int>::max() - 20, -40};
     return CacheKey{1 + draw.below(2), draw.of(areas), draw.of(origins) + draw.below(20)};
-}
-
-QByteArray drawBytes(Draw &draw, int count)
-{
-    QByteArray data;
-    for (int i = 0; i < count; ++i)
-        data.append(static_cast<char>(draw.below(256)));
-    return data;
 }
 
 // One of the ways in which others may treat the list; keys stay unique.
@@ -89,7 +60,7 @@ void changeList(Draw &draw, QList<EXTENDVAR> &records)
         const CacheKey key = drawKey(draw);
         if (known.find(key.station, key.areaType, key.address) < size)
             break;
-        const EXTENDVAR record = {key.station, key.areaType, key.address, drawBytes(draw, 2)};
+        const EXTENDVAR record = {key.station, key.areaType, key.address, draw.bytes(2)};
         if (size > 0 && draw.onceIn(2))
             records[draw.below(size)] = record;
         else
@@ -113,7 +84,7 @@ private Q_SLOTS:
                 changeBoth(draw);
             QVERIFY2(step(draw), qPrintable(QString("step %1").arg(i)));
             if (i % STEPS_BETWEEN == 0)
-                QCOMPARE(cacheTexts(PLC_driver.extendVars), cacheTexts(plain_.records));
+                QCOMPARE(cacheRecords(), cacheTexts(plain_.records));
         }
     }
 
@@ -156,14 +127,10 @@ private:
         var.areaType = key.areaType;
         var.address = key.address;
         var.count = draw.below(12) - 1;
-        var.data = drawBytes(draw, draw.below(24));
+        var.data = draw.bytes(draw.below(24));
         WriteDataToLocal(&var);
-        if (key.areaType != AREA_X && key.areaType != AREA_D)
-            return true;
-        for (int i = 0; i < var.count; ++i) {
-            if (var.data.size() > 2 * i + 1)
-                plain_.data(key, i) = var.data.mid(2 * i, key.areaType == AREA_D ? 2 : 1);
-        }
+        if (key.areaType == AREA_X || key.areaType == AREA_D)
+            plain_.store(var);
         return true;
     }
 
@@ -176,7 +143,7 @@ private:
         request.var.address = key.address;
         PLC_driver.pendingFrames.clear();
         PLC_driver.pendingFrames.append(request);
-        QByteArray reply = drawBytes(draw, draw.onceIn(3) ? draw.below(150) : 144);
+        QByteArray reply = draw.bytes(draw.onceIn(3) ? draw.below(150) : 144);
         SaveToLocalDataErea(&reply);
         storePlain(key, reply + QByteArray(160, '\0'), reply.size());
         return true;
@@ -191,11 +158,17 @@ private:
             return QByteArray(1, static_cast<char>(high * 16 + low));
         };
         if (key.areaType == AREA_X)
-            plain_.data(key, 0) = value(3);
+            dataOf(key) = value(3);
         else if (key.areaType == AREA_D)
-            plain_.data(key, 0) = value(5) + value(3);
+            dataOf(key) = value(5) + value(3);
         for (int k = 0; key.areaType == AREA_C && k < 70; ++k)
-            plain_.data(key, k) = 3 + 2 * k < size ? value(3 + 2 * k) : QByteArray(1, '\0');
+            dataOf(key, k) = 3 + 2 * k < size ? value(3 + 2 * k) : QByteArray(1, '\0');
+    }
+
+    QByteArray &dataOf(const CacheKey &first, int offset = 0)
+    {
+        return plain_.data(first.station, first.areaType,
+                           PlainCache::plainSum(first.address, offset));
     }
 
     // The parts of an address text may be negative, so that every address has one.
@@ -214,7 +187,7 @@ private:
             GetRegisterData(QString(), key.areaType, textOf(key), key.station, out, 9);
         if (key.address < 0)
             return result == 0 && out == QByteArray("\x55\x55\x55", 3);
-        const QByteArray data = plain_.data(key, 0) + QByteArray(2, '\0');
+        const QByteArray data = dataOf(key) + QByteArray(2, '\0');
         QByteArray expected("\x55\x55\x55", 3);
         expected[0] = data.at(0);
         expected[1] = key.areaType == AREA_D ? data.at(1) : '\0';
@@ -229,10 +202,7 @@ private:
         const int result = GetRegisterData(QString(), AREA_C, textOf(key), key.station, out, count);
         if (key.address < 0)
             return result == 0 && out.isEmpty();
-        QByteArray expected;
-        for (int i = 0; i < count; ++i)
-            expected.append((plain_.data(key, i) + '\0').at(0)).append('\0');
-        return result == 1 && out == expected;
+        return result == 1 && out == plain_.elements(key.station, key.address, count);
     }
 
     PlainCache plain_;

@@ -2,9 +2,10 @@
 // that do it step by step.
 #include "driver/entry_points.h"
 
+#include "tests/support/draw.h"
 #include "tests/support/driver_test.h"
+#include "tests/support/plain_models.h"
 #include "tests/support/record_text.h"
-#include "tests/unit/cache/tst_quick_paths_draw.h"
 
 #include <QMultiMap>
 #include <QtTest>
@@ -15,34 +16,10 @@ namespace
 const int LISTS = draws(1000);
 const int REQUESTS = draws(50000);
 
-int plainPart(const QString &text, int index)
-{
-    return text.split(QLatin1Char('.')).value(index).toInt();
-}
-
 int plainBlock(const QString &text)
 {
-    return plainPart(text, 1) * 160 + plainPart(text, 2) * 80;
-}
-
-int plainAddress(int area, const QString &text)
-{
-    if (area == AREA_C)
-        return plainBlock(text) + plainPart(text, 3);
-    if (area != AREA_X && area != AREA_D)
-        return 0;
-    return plainPart(text, 0) * 32 + plainPart(text, 1) * 2 + plainPart(text, 2);
-}
-
-// Exchanges neighbours until the smallest address is in front, then the next, and so on.
-void plainSort(QList<RW_VAR> &list)
-{
-    for (int i = 0; i + 1 < list.size(); ++i) {
-        for (int j = list.size() - 1; j > i; --j) {
-            if (list.at(j).address < list.at(j - 1).address)
-                qSwap(list[j], list[j - 1]);
-        }
-    }
+    const QStringList parts = plainParts(text);
+    return plainPart(parts, 1) * 160 + plainPart(parts, 2) * 80;
 }
 
 RW_VAR plainEntry(const HOST_VAR &hostVar, const ComInfo &info)

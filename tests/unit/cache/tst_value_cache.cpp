@@ -1,7 +1,6 @@
 #include "cache/value_cache.h"
 
 #include "tests/support/driver_test.h"
-#include "tests/support/lock_watch.h"
 #include "tests/support/record_text.h"
 
 #include <QtTest>
@@ -12,11 +11,6 @@
 
 namespace
 {
-
-QStringList cached()
-{
-    return cacheTexts(PLC_driver.extendVars);
-}
 
 template <size_t Size>
 bool isZero(const quint8 (&area)[Size])
@@ -34,7 +28,7 @@ private Q_SLOTS:
     void theFirstLookupCreatesARecordOfFourZeroBytes()
     {
         QCOMPARE(ExtendFindSameVar(1, 2, 3), 0);
-        QCOMPARE(cached(), QStringList("1/2/3=00000000"));
+        QCOMPARE(cacheRecords(), QStringList("1/2/3=00000000"));
     }
 
     void aKnownKeyIsFoundAndNothingIsAdded()
@@ -42,7 +36,7 @@ private Q_SLOTS:
         ExtendFindSameVar(1, 1, 40);
         PLC_driver.extendVars.first().data = bytes("AB 12");
         QCOMPARE(ExtendFindSameVar(1, 1, 40), 0);
-        QCOMPARE(cached(), QStringList("1/1/40=ab12"));
+        QCOMPARE(cacheRecords(), QStringList("1/1/40=AB12"));
     }
 
     void eachPartOfTheKeyCounts()
@@ -55,8 +49,8 @@ private Q_SLOTS:
         QCOMPARE(ExtendFindSameVar(2, 1, 40), 1);
         QCOMPARE(ExtendFindSameVar(1, 0, 40), 2);
         QCOMPARE(ExtendFindSameVar(1, 1, 41), 3);
-        QCOMPARE(cached(), QStringList({"1/1/40=00000000", "2/1/40=00000000", "1/0/40=00000000",
-                                        "1/1/41=00000000"}));
+        QCOMPARE(cacheRecords(), QStringList({"1/1/40=00000000", "2/1/40=00000000",
+                                              "1/0/40=00000000", "1/1/41=00000000"}));
     }
 
     void partsOfAKeyAreNotMixedUp()
@@ -89,7 +83,7 @@ private Q_SLOTS:
         PLC_driver.extendVars.clear();
         QCOMPARE(ExtendFindSameVar(1, 1, 6), 0);
         QCOMPARE(ExtendFindSameVar(1, 1, 5), 1);
-        QCOMPARE(cached(), QStringList({"1/1/6=00000000", "1/1/5=00000000"}));
+        QCOMPARE(cacheRecords(), QStringList({"1/1/6=00000000", "1/1/5=00000000"}));
     }
 
     void anyNumberMakesAKey()

@@ -2,72 +2,15 @@
 #include "cache/host_data.h"
 #include "cache/value_cache.h"
 
+#include "tests/support/draw.h"
 #include "tests/support/driver_test.h"
+#include "tests/support/plain_models.h"
 #include "tests/support/record_text.h"
 
 #include <QtTest>
 
-#include <random>
-
 namespace
 {
-
-/// The model. Its list is compared with the driver's record for record.
-struct PlainCache {
-    QList<EXTENDVAR> records;
-
-    int find(int station, int areaType, int address)
-    {
-        for (int i = 0; i < records.size(); ++i) {
-            const EXTENDVAR &record = records.at(i);
-            if (record.station == station && record.areaType == areaType &&
-                record.address == address)
-                return i;
-        }
-        records.append(EXTENDVAR{station, areaType, address, QByteArray(4, '\0')});
-        return records.size() - 1;
-    }
-
-    void store(const RW_VAR &var)
-    {
-        const int size = var.areaType == AREA_D ? 2 : 1;
-        for (int i = 0; i < var.count && 2 * i + 1 < var.data.size(); ++i) {
-            const int place = find(var.station, var.areaType, var.address + i);
-            records[place].data = var.data.mid(2 * i, size);
-        }
-    }
-
-    QByteArray readElements(int station, int address, int count)
-    {
-        QByteArray out;
-        for (int i = 0; i < count; ++i) {
-            const QByteArray data = records.at(find(station, AREA_C, address + i)).data;
-            out.append(data.isEmpty() ? '\0' : data.at(0));
-            out.append('\0');
-        }
-        return out;
-    }
-};
-
-/// Draws the accesses; so few keys that most of them meet records made before.
-class Draw
-{
-public:
-    explicit Draw(unsigned seed) : m_random(seed) {}
-
-    int below(int limit) { return int(m_random() % unsigned(limit)); }
-
-    QByteArray value(int size)
-    {
-        QByteArray result;
-        for (int i = 0; i < size; ++i)
-            result.append(char(below(256)));
-        return result;
-    }
-
-private:
-    std::mt19937 m_random;
-};
 
 void compareLookup(PlainCache &model, Draw &draw)
 {
@@ -85,7 +28,7 @@ void compareStore(PlainCache &model, Draw &draw)
     var.areaType = draw.below(2);
     var.address = draw.below(24);
     var.count = draw.below(8) - 1;
-    var.data = draw.value(draw.below(14));
+    var.data = draw.bytes(draw.below(14));
     model.store(var);
     WriteDataToLocal(&var);
 }
@@ -95,7 +38,7 @@ void compareElements(PlainCache &model, Draw &draw)
     const int station = draw.below(2);
     const int address = draw.below(24);
     const int count = draw.below(8) - 1;
-    const QByteArray expected = model.readElements(station, address, count);
+    const QByteArray expected = model.elements(station, address, count);
     QByteArray out;
     const QString text = QString("0.0.0.%1").arg(address);
     QCOMPARE(GetRegisterData(QString(), AREA_C, text, station, out, count), 1);
@@ -133,7 +76,7 @@ private Q_SLOTS:
                 compareElements(model, draw);
             if (QTest::currentTestFailed())
                 return;
-            QCOMPARE(cacheTexts(PLC_driver.extendVars), cacheTexts(model.records));
+            QCOMPARE(cacheRecords(), cacheTexts(model.records));
         }
     }
 
@@ -148,7 +91,7 @@ private Q_SLOTS:
             const int expected = model.find(station, areaType, address);
             QCOMPARE(ExtendFindSameVar(station, areaType, address), expected);
         }
-        QCOMPARE(cacheTexts(PLC_driver.extendVars), cacheTexts(model.records));
+        QCOMPARE(cacheRecords(), cacheTexts(model.records));
     }
 };
 

@@ -3,7 +3,6 @@
 #include "driver/driver_object.h"
 #include "tests/support/driver_requests.h"
 #include "tests/support/driver_test.h"
-#include "tests/support/lock_watch.h"
 #include "tests/support/row_names.h"
 
 #include <QtTest>

@@ -2,7 +2,6 @@
 #include "driver/driver_object.h"
 #include "tests/support/driver_requests.h"
 #include "tests/support/driver_test.h"
-#include "tests/support/lock_watch.h"
 
 #include <QtTest>
 

@@ -171,7 +171,7 @@ private Q_SLOTS:
 
     void noLockIsTaken()
     {
-        const AllMutexesHeld held;
+        const AllLocksHeld held;
         const Buffer buffer{0x12, 0x34};
         QCOMPARE(CalSUM(buffer.data(), 2), static_cast<quint16>(0x46));
         QCOMPARE(CalLRC(buffer.data(), 2), static_cast<quint16>(0xBA));

@@ -234,19 +234,19 @@ private Q_SLOTS:
         QFETCH(int, digits);
         std::vector<quint16> words = localWords(2);
         LW = words.data();
-        markWords(info_);
+        fillWords(info_);
         RW_VAR var = distinctRequest(areaType, "5.2.1.6");
-        const QString before = slotsOf(var);
+        const QString before = recordText(var);
         {
-            const AllMutexesHeld held; // as builders run under the caller's locks
+            const AllLocksHeld held; // as builders run under the caller's locks
             builder(&var);
         }
         QCOMPARE(PLC_driver.pendingFrames.size(), 1);
         const Protocol &queued = PLC_driver.pendingFrames.first();
         QCOMPARE(queued.frame, bytes("05 30 31 30 35 32 38 0D"));
         QCOMPARE(fieldsOf(queued), expectedFields(8, replyLength, 3, digits));
-        QCOMPARE(slotsOf(queued.var), before);
-        QCOMPARE(slotsOf(var), before);
+        QCOMPARE(recordText(queued.var), before);
+        QCOMPARE(recordText(var), before);
         QCOMPARE(changedWords(info_), oneReplyAwaited());
     }
 
@@ -263,13 +263,13 @@ private Q_SLOTS:
     void unknownAreaBuildsNothing()
     {
         QFETCH(int, areaType);
-        markWords(info_);
+        fillWords(info_);
         RW_VAR var = distinctRequest(areaType, "5.2.1.6");
-        const QString before = slotsOf(var);
+        const QString before = recordText(var);
         ReadRegister(&var);
         QVERIFY(PLC_driver.pendingFrames.isEmpty());
         QCOMPARE(changedWords(info_), QStringList());
-        QCOMPARE(slotsOf(var), before);
+        QCOMPARE(recordText(var), before);
     }
 
     void countAndNumericAddressPlayNoPart()
@@ -299,12 +299,12 @@ private Q_SLOTS:
     void recordKeepsItsOwnCopy()
     {
         RW_VAR var = distinctRequest(AREA_D, "5.2.1");
-        const QString before = slotsOf(var);
+        const QString before = recordText(var);
         ReadRegister(&var);
         var.addressText = "9.9.9";
         var.name.append(QLatin1Char('!'));
         var.data[0] = 'x';
-        QCOMPARE(slotsOf(PLC_driver.pendingFrames.first().var), before);
+        QCOMPARE(recordText(PLC_driver.pendingFrames.first().var), before);
     }
 
     void requestListsAndCacheStayUntouched()

@@ -243,16 +243,16 @@ private Q_SLOTS:
     void envelopeIsQueuedWithACopyOfItsRequest()
     {
         QFETCH(Builder, builder);
-        markWords(info_);
+        fillWords(info_);
         RW_VAR var = distinctRequest(AREA_D, "5.2.1");
-        const QString before = slotsOf(var);
+        const QString before = recordText(var);
         builder(&var);
-        QCOMPARE(slotsOf(var), before);
+        QCOMPARE(recordText(var), before);
         QCOMPARE(changedWords(info_), oneReplyAwaited());
         var.name.clear();
         var.data[0] = 'x';
         QCOMPARE(PLC_driver.pendingFrames.size(), 1);
-        QCOMPARE(slotsOf(PLC_driver.pendingFrames.first().var), before);
+        QCOMPARE(recordText(PLC_driver.pendingFrames.first().var), before);
     }
 
     void envelopesQueueInCallOrder()
@@ -311,7 +311,7 @@ private Q_SLOTS:
     void readLeavesTheCacheAndEveryLockAlone()
     {
         RW_VAR var = wordAt100(RW_READ, bytes("34 12"));
-        const AllMutexesHeld held;
+        const AllLocksHeld held;
         Remote_ReadVar(&var);
         QCOMPARE(PLC_driver.pendingFrames.size(), 1);
         QVERIFY(PLC_driver.extendVars.isEmpty());

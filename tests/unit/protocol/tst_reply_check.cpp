@@ -152,12 +152,12 @@ private Q_SLOTS:
     {
         queueHead(RW_READ);
         queueHead(RW_WRITE);
-        const QString headBefore = slotsOf(PLC_driver.pendingFrames.first().var);
+        const QString headBefore = recordText(PLC_driver.pendingFrames.first().var);
         QByteArray reply = bytes("06 30 31 31 32 41 42 0D");
         QCOMPARE(CheckGetData(&reply, 8), 1);
         QCOMPARE(reply, bytes("06 30 31 31 32 41 42 0D"));
         QCOMPARE(PLC_driver.pendingFrames.size(), 2);
-        QCOMPARE(slotsOf(PLC_driver.pendingFrames.first().var), headBefore);
+        QCOMPARE(recordText(PLC_driver.pendingFrames.first().var), headBefore);
         QVERIFY(PLC_driver.extendVars.isEmpty());
     }
 
@@ -165,7 +165,7 @@ private Q_SLOTS:
     {
         queueHead(RW_READ);
         QByteArray reply = bytes("06 30 31 0D");
-        const AllMutexesHeld held;
+        const AllLocksHeld held;
         QCOMPARE(CheckGetData(&reply, 4), 1);
     }
 

@@ -220,16 +220,16 @@ private Q_SLOTS:
 
     void headFrameReplyAndHostBlockStayAsTheyWere()
     {
-        markWords(info_);
+        fillWords(info_);
         Protocol &head = awaitReply(AREA_C);
         head.var = distinctRequest(AREA_C, "7.9.0.4");
-        const QString variable = slotsOf(head.var);
+        const QString variable = recordText(head.var);
         const QString fields = fieldsOf(head);
         QByteArray reply = bytes("06 30 31 31 32 33 34 41 42 0D");
         SaveToLocalDataErea(&reply);
         QCOMPARE(reply, bytes("06 30 31 31 32 33 34 41 42 0D"));
         QCOMPARE(PLC_driver.pendingFrames.size(), 1);
-        QCOMPARE(slotsOf(PLC_driver.pendingFrames.first().var), variable);
+        QCOMPARE(recordText(PLC_driver.pendingFrames.first().var), variable);
         QCOMPARE(fieldsOf(PLC_driver.pendingFrames.first()), fields);
         QCOMPARE(changedWords(info_), QStringList());
     }
@@ -237,7 +237,7 @@ private Q_SLOTS:
     void noLockIsTaken()
     {
         awaitReply(AREA_D);
-        const AllMutexesHeld held; // the caller holds the area mutex already
+        const AllLocksHeld held; // the caller holds the area mutex already
         decode(bytes("06 30 31 31 32 41 42 0D"));
         QCOMPARE(cacheRecords(), one("1/1/40=AB12"));
     }

@@ -42,6 +42,19 @@ void addWrite(const char *text, const char *data, const char *frame)
 
 using Builder = void (*)(RW_VAR *);
 
+/// Has `builder` frame the write of a row that addWrite made.
+void frameRow(Builder builder)
+{
+    QFETCH(QByteArray, text);
+    QFETCH(QByteArray, data);
+    QFETCH(QByteArray, frame);
+    RW_VAR var = writeOf(text.constData(), data);
+    builder(&var);
+    QCOMPARE(pendingHex(), hex(frame));
+    QCOMPARE(fieldsOf(PLC_driver.pendingFrames.first()),
+             expectedFields(bytes(frame.constData()).size(), 6, 0, 0));
+}
+
 } // namespace
 
 Q_DECLARE_METATYPE(Builder)
@@ -76,16 +89,7 @@ private Q_SLOTS:
         addWrite("18.1.0", "5A", "05 30 31 31 32 31 31 35 41 0D");
     }
 
-    void writeOfXCarriesOneByte()
-    {
-        QFETCH(QByteArray, text);
-        QFETCH(QByteArray, data);
-        QFETCH(QByteArray, frame);
-        RW_VAR var = writeOf(text.constData(), data);
-        WriteAnalog_X(&var);
-        QCOMPARE(pendingHex(), hex(frame));
-        QCOMPARE(PLC_driver.pendingFrames.first().frameLength, 10);
-    }
+    void writeOfXCarriesOneByte() { frameRow(&WriteAnalog_X); }
 
     void writeOfDCarriesAWordHighByteFirst_data()
     {
@@ -109,16 +113,7 @@ private Q_SLOTS:
         addWrite("3.4.0", "", "05 30 31 30 33 34 31 30 30 30 30 0D");
     }
 
-    void writeOfDCarriesAWordHighByteFirst()
-    {
-        QFETCH(QByteArray, text);
-        QFETCH(QByteArray, data);
-        QFETCH(QByteArray, frame);
-        RW_VAR var = writeOf(text.constData(), data);
-        WriteAnalog_D(&var);
-        QCOMPARE(pendingHex(), hex(frame));
-        QCOMPARE(PLC_driver.pendingFrames.first().frameLength, 12);
-    }
+    void writeOfDCarriesAWordHighByteFirst() { frameRow(&WriteAnalog_D); }
 
     void commandWithoutValueIsKnownByItsText_data()
     {
@@ -149,17 +144,7 @@ private Q_SLOTS:
         addWrite("1.18.0", "34 12", "05 30 31 30 31 32 31 31 32 33 34 0D");
     }
 
-    void commandWithoutValueIsKnownByItsText()
-    {
-        QFETCH(QByteArray, text);
-        QFETCH(QByteArray, data);
-        QFETCH(QByteArray, frame);
-        RW_VAR var = writeOf(text.constData(), data);
-        WriteAnalog_D(&var);
-        QCOMPARE(pendingHex(), hex(frame));
-        const Protocol &queued = PLC_driver.pendingFrames.first();
-        QCOMPARE(fieldsOf(queued), expectedFields(queued.frame.size(), 6, 0, 0));
-    }
+    void commandWithoutValueIsKnownByItsText() { frameRow(&WriteAnalog_D); }
 
     void stationIsSentByItsLowEightBits_data()
     {
@@ -210,19 +195,19 @@ private Q_SLOTS:
         QFETCH(Builder, builder);
         QFETCH(QString, text);
         QFETCH(int, length);
-        markWords(info_);
+        fillWords(info_);
         RW_VAR var = distinctRequest(7, text); // the builders do not look at the area
-        const QString before = slotsOf(var);
+        const QString before = recordText(var);
         {
-            const AllMutexesHeld held; // as builders run under the caller's locks
+            const AllLocksHeld held; // as builders run under the caller's locks
             builder(&var);
         }
         QCOMPARE(PLC_driver.pendingFrames.size(), 1);
         const Protocol &queued = PLC_driver.pendingFrames.first();
         QCOMPARE(queued.frame.size(), length);
         QCOMPARE(fieldsOf(queued), expectedFields(length, 6, 0, 0));
-        QCOMPARE(slotsOf(queued.var), before);
-        QCOMPARE(slotsOf(var), before);
+        QCOMPARE(recordText(queued.var), before);
+        QCOMPARE(recordText(var), before);
         QCOMPARE(changedWords(info_), oneReplyAwaited());
     }
 
@@ -242,11 +227,11 @@ private Q_SLOTS:
     void recordKeepsItsOwnCopy()
     {
         RW_VAR var = distinctRequest(AREA_D, "3.4.0");
-        const QString before = slotsOf(var);
+        const QString before = recordText(var);
         WriteAnalog_D(&var);
         var.data[0] = 'x';
         var.addressText.clear();
-        QCOMPARE(slotsOf(PLC_driver.pendingFrames.first().var), before);
+        QCOMPARE(recordText(PLC_driver.pendingFrames.first().var), before);
     }
 
     void buildersNeitherNotifyNorStore()

@@ -68,7 +68,7 @@ private Q_SLOTS:
         QFETCH(int, areaType);
         QFETCH(QByteArray, text);
         QFETCH(QByteArray, frame);
-        markWords(info_);
+        fillWords(info_);
         RW_VAR var = writeOf(areaType, text.constData(), "34 12");
         WriteRegister(&var);
         QCOMPARE(pendingHex(), one(frame.constData()));
@@ -89,7 +89,7 @@ private Q_SLOTS:
     void areasThatCannotBeWrittenAreStillNotified()
     {
         QFETCH(int, areaType);
-        markWords(info_);
+        fillWords(info_);
         RW_VAR var = writeOf(areaType, "3.4.0.1", "34 12");
         WriteRegister(&var);
         QVERIFY(PLC_driver.pendingFrames.isEmpty());
@@ -132,7 +132,7 @@ private Q_SLOTS:
             areasFree = isFree(PLC_driver.areaMutex);
             stationsFree = isFree(PLC_driver.stationMutex);
         };
-        markWords(info_);
+        fillWords(info_);
         RW_VAR var = writeOf(AREA_D, "3.4.0", "34 12");
         {
             const QMutexLocker caller(&PLC_driver.listMutex); // as the send cycle holds it
@@ -235,7 +235,7 @@ private Q_SLOTS:
         PLC_driver.errorFlag = static_cast<quint8>(errorFlag);
         RW_VAR var = writeOf(AREA_D, "3.4.0", "34 12");
         {
-            const AllMutexesHeld held; // a look at the cache would hang
+            const AllLocksHeld held; // a look at the cache would hang
             WriteRegister(&var);
         }
         QCOMPARE(pendingHex(), one("05 30 31 30 33 34 31 31 32 33 34 0D"));
@@ -247,10 +247,10 @@ private Q_SLOTS:
     void requestIsNotModified()
     {
         RW_VAR var = distinctRequest(AREA_D, "3.4.0");
-        const QString before = slotsOf(var);
+        const QString before = recordText(var);
         WriteRegister(&var);
-        QCOMPARE(slotsOf(var), before);
-        QCOMPARE(slotsOf(PLC_driver.pendingFrames.first().var), before);
+        QCOMPARE(recordText(var), before);
+        QCOMPARE(recordText(PLC_driver.pendingFrames.first().var), before);
     }
 
 private:

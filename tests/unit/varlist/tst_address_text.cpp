@@ -1,14 +1,14 @@
 #include "varlist/address_text.h"
 
+#include "tests/support/draw.h"
 #include "tests/support/driver_test.h"
-#include "tests/support/lock_watch.h"
+#include "tests/support/plain_models.h"
 #include "tests/support/record_text.h"
 #include "tests/support/row_names.h"
 
 #include <QtTest>
 
 #include <limits>
-#include <random>
 
 namespace
 {
@@ -42,30 +42,15 @@ void checkRow()
 }
 
 /// A text of up to seven characters drawn from what a host or its user might come up with.
-QString randomText(std::mt19937 &random)
+QString randomText(Draw &draw)
 {
     static const QString alphabet = QString::fromUtf8("0123456789..........+- \tx,e'") + QChar(0) +
                                     QChar(0x00A0) + QChar(0x0663) + QChar(0xFF11) + QChar(0x2212) +
                                     QChar(0x2009);
     QString text;
-    for (unsigned length = random() % 16; length > 0; --length)
-        text.append(alphabet.at(int(random() % unsigned(alphabet.size()))));
+    for (int length = draw.below(16); length > 0; --length)
+        text.append(alphabet.at(draw.below(alphabet.size())));
     return text;
-}
-
-quint32 part(const QString &text, int index)
-{
-    const QStringList parts = text.split(QLatin1Char('.'));
-    return index < parts.size() ? quint32(parts.at(index).toInt()) : 0;
-}
-
-int plainAddress(int area, const QString &text)
-{
-    if (area == AREA_X || area == AREA_D)
-        return int(part(text, 0) * 32 + part(text, 1) * 2 + part(text, 2));
-    if (area == AREA_C)
-        return int(part(text, 1) * 160 + part(text, 2) * 80 + part(text, 3));
-    return 0;
 }
 
 } // namespace
@@ -236,10 +221,10 @@ private Q_SLOTS:
 
     void bothFunctionsAgreeWithThePlainConversionOnRandomTexts()
     {
-        std::mt19937 random(20240311);
+        Draw draw(20240311);
         for (int round = 0; round < 40000; ++round) {
-            const QString text = randomText(random);
-            const int area = int(random() % 5) - 1;
+            const QString text = randomText(draw);
+            const int area = draw.below(5) - 1;
             const int expected = plainAddress(area, text);
             const bool same = StringAddressToInt(area, text) == expected &&
                               PLCAddressChangeIntef(area, text) == expected;

@@ -1,12 +1,13 @@
 // The rebuild of the read list against a plain model of it, on thousands of small random lists.
 #include "varlist/read_list.h"
 
+#include "tests/support/draw.h"
 #include "tests/support/driver_test.h"
+#include "tests/support/plain_models.h"
 #include "tests/support/record_text.h"
 
 #include <QtTest>
 
-#include <random>
 #include <vector>
 
 namespace
@@ -27,39 +28,39 @@ struct Group {
 };
 
 /// A part and its text: mostly a small number, now and then one that counts as 0 or is negative.
-int randomPart(std::mt19937 &random, QString &text)
+int randomPart(Draw &draw, QString &text)
 {
-    const int draw = int(random() % 20);
-    if (draw == 0) {
+    const int kind = draw.below(20);
+    if (kind == 0) {
         text = "x";
         return 0;
     }
-    if (draw == 1) {
+    if (kind == 1) {
         text.clear();
         return 0;
     }
-    const int value = draw == 2 ? -1 : int(random() % 3);
+    const int value = kind == 2 ? -1 : draw.below(3);
     text = QString::number(value);
     return value;
 }
 
 /// Draws from so few areas, stations and addresses that groups and addresses often coincide.
-Variable randomVariable(std::mt19937 &random)
+Variable randomVariable(Draw &draw)
 {
     static const int areas[] = {AREA_X, AREA_D, AREA_C, AREA_D, 3};
     static const int stations[] = {0, 1, 255};
     Variable variable = {};
-    variable.area = areas[random() % 5];
-    variable.station = stations[random() % 3];
-    const int present = 3 + int(random() % 2);
+    variable.area = draw.of(areas);
+    variable.station = draw.of(stations);
+    const int present = 3 + draw.below(2);
     QStringList texts;
     for (int i = 0; i < present; ++i) {
         QString text;
-        variable.parts[i] = randomPart(random, text);
+        variable.parts[i] = randomPart(draw, text);
         texts.append(text);
     }
     variable.text = texts.join(".");
-    variable.name = QString::number(random() % 1000000);
+    variable.name = QString::number(draw.below(1000000));
     return variable;
 }
 
@@ -107,19 +108,6 @@ std::vector<Group> groupsOf(const std::vector<Variable> &variables, const ComInf
     return groups;
 }
 
-/// Exchanges neighbours until the addresses rise, smallest first.
-template <typename List>
-void exchangeSort(List &list)
-{
-    const int size = int(list.size());
-    for (int pass = 0; pass <= size - 2; ++pass) {
-        for (int j = size - 1; j > pass; --j) {
-            if (list[j].address < list[j - 1].address)
-                std::swap(list[j], list[j - 1]);
-        }
-    }
-}
-
 QStringList modelOfRebuild(const std::vector<Variable> &variables, const ComInfo &info)
 {
     QStringList result;
@@ -127,7 +115,7 @@ QStringList modelOfRebuild(const std::vector<Variable> &variables, const ComInfo
         QList<RW_VAR> entries;
         for (const RW_VAR &entry : group.newestFirst)
             entries.append(entry);
-        exchangeSort(entries);
+        plainSort(entries);
         int last = -1;
         for (const RW_VAR &entry : entries) {
             if (entry.address == last)
@@ -162,14 +150,14 @@ class TestReadListModel : public DriverTest
 private Q_SLOTS:
     void theRebuildAgreesWithItsModel()
     {
-        std::mt19937 random(77031);
+        Draw draw(77031);
         int repeatsDropped = 0;
         for (int round = 0; round < 6000; ++round) {
-            std::vector<Variable> variables(random() % 13);
+            std::vector<Variable> variables(size_t(draw.below(13)));
             for (Variable &variable : variables)
-                variable = randomVariable(random);
-            info_.remoteMode = int(random() % 2);
-            info_.localPlcNo = int(random() % 4);
+                variable = randomVariable(draw);
+            info_.remoteMode = draw.below(2);
+            info_.localPlcNo = draw.below(4);
 
             const QStringList expected = modelOfRebuild(variables, info_);
             QList<HOST_VAR> vars = hostList(variables);
@@ -183,10 +171,10 @@ private Q_SLOTS:
 
     void aLargeGroupAgreesWithTheModel()
     {
-        std::mt19937 random(5);
+        Draw draw(5);
         std::vector<Variable> variables(400);
         for (Variable &variable : variables) {
-            variable = randomVariable(random);
+            variable = randomVariable(draw);
             variable.area = AREA_D;
             variable.station = 1;
         }
@@ -198,17 +186,17 @@ private Q_SLOTS:
 
     void sortingAgreesWithTheExchangeSort()
     {
-        std::mt19937 random(4711);
+        Draw draw(4711);
         for (int round = 0; round < 3000; ++round) {
             QList<RW_VAR> list;
-            for (int i = int(random() % 20); i > 0; --i) {
+            for (int i = draw.below(20); i > 0; --i) {
                 RW_VAR var;
-                var.address = int(random() % 9) - 4;
+                var.address = draw.below(9) - 4;
                 var.ownerId = i; // tells equal addresses apart
                 list.append(var);
             }
             QList<RW_VAR> expected = list;
-            exchangeSort(expected);
+            plainSort(expected);
             Bubble_Sort(&list);
             QCOMPARE(recordTexts(list), recordTexts(expected));
         }

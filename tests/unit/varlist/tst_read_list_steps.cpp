@@ -2,7 +2,6 @@
 #include "varlist/read_list.h"
 
 #include "tests/support/driver_test.h"
-#include "tests/support/lock_watch.h"
 #include "tests/support/record_text.h"
 
 #include <QtTest>

@@ -1,7 +1,8 @@
-// Random draws for the comparisons of quick paths with plain ones: the same in every run.
-#ifndef KVT_TESTS_UNIT_CACHE_QUICK_PATHS_DRAW_H
-#define KVT_TESTS_UNIT_CACHE_QUICK_PATHS_DRAW_H
+// Random draws for comparisons of the driver with plain models of it: the same in every run.
+#ifndef KVT_TESTS_SUPPORT_DRAW_H
+#define KVT_TESTS_SUPPORT_DRAW_H
 
+#include <QByteArray>
 #include <QDebug>
 
 #include <random>
@@ -21,13 +22,22 @@ constexpr int draws(int count)
 class Draw
 {
 public:
-    explicit Draw(unsigned seed) : m_random(seed) { qDebug() << "seed" << seed; }
+    explicit Draw(unsigned seed) : random_(seed) { qDebug() << "seed" << seed; }
 
     /// A number from 0 to `limit` - 1.
-    int below(int limit) { return static_cast<int>(m_random() % static_cast<unsigned>(limit)); }
+    int below(int limit) { return static_cast<int>(random_() % static_cast<unsigned>(limit)); }
 
     /// True once in `times`.
     bool onceIn(int times) { return below(times) == 0; }
+
+    /// So many bytes.
+    QByteArray bytes(int count)
+    {
+        QByteArray result;
+        for (int i = 0; i < count; ++i)
+            result.append(static_cast<char>(below(256)));
+        return result;
+    }
 
     /// One of the values in a C array.
     template <typename Value, int Size>
@@ -37,7 +47,7 @@ public:
     }
 
 private:
-    std::mt19937 m_random;
+    std::mt19937 random_;
 };
 
 #endif
