@@ -8,7 +8,6 @@
 namespace
 {
 
-const std::vector<int> SIZES = {100, 1000, 10000, 100000};
 const int REPEATS = 1000;
 
 QStringList textsOf(const QList<HOST_VAR> &vars)

@@ -5,7 +5,6 @@
 namespace
 {
 
-const std::vector<int> SIZES = {100, 1000, 10000, 100000};
 const int REPEATS = 1000;
 
 void rebuild(int area, int count)

@@ -5,7 +5,6 @@
 namespace
 {
 
-const std::vector<int> SIZES = {100, 1000, 10000, 100000};
 const std::vector<int> QUEUED = {1, 1024};
 
 // Rebuilding is too slow to be repeated often, and always the same.

@@ -1,5 +1,7 @@
 #include "bench/operations.h"
 
+const std::vector<int> SIZES = {100, 1000, 10000, 100000};
+
 std::vector<OperationKind> allOperations()
 {
     std::vector<OperationKind> all;

@@ -18,6 +18,9 @@ struct OperationKind {
     bool growing = false;        ///< makes the cache grow: timed no more often either
 };
 
+/// The numbers of variables that most operations are measured at.
+extern const std::vector<int> SIZES;
+
 /// One whole exchange of each area: the request is built, its reply judged, stored and retired.
 std::vector<OperationKind> exchangeOperations();
 

@@ -6,6 +6,7 @@
 #include "driver/driver_object.h"
 
 #include <QMap>
+#include <QMetaType>
 
 #include <initializer_list>
 #include <utility>
@@ -30,6 +31,7 @@ inline WordArea wordArea(quint16 fill = 0)
 }
 
 typedef QMap<int, int> Changes;
+Q_DECLARE_METATYPE(Changes)
 
 /// What differs from `fill`, by index; `first` is that of the front. Comparing it shows what a call
 /// changed and nothing else.

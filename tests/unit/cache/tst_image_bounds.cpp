@@ -46,6 +46,22 @@ void addReadColumns()
     QTest::addColumn<QByteArray>("read");
 }
 
+/// Has `get` read a row of these columns from words of 0x1234 with others next to the driver's
+/// length.
+void readWordsOfRow(void (*get)(QByteArray &, unsigned short *, int, int))
+{
+    QFETCH(int, start);
+    QFETCH(int, count);
+    QFETCH(QByteArray, read);
+    WideWords area(0x1234);
+    area.data()[-2] = 0xFE;
+    area.data()[-1] = 0xFF;
+    area.data()[AREA_WORDS] = 0x02;
+    QByteArray out;
+    get(out, area.data(), start, count);
+    QCOMPARE(out, read);
+}
+
 void addWriteColumns()
 {
     QTest::addColumn<int>("start");
@@ -53,7 +69,6 @@ void addWriteColumns()
 }
 
 } // namespace
-Q_DECLARE_METATYPE(Changes)
 
 class TestImageBounds : public QObject
 {
@@ -107,19 +122,7 @@ private Q_SLOTS:
         QTest::newRow("the two before") << -2 << 2 << bytes("FE 00 FF 00");
         QTest::newRow("astride the pointer") << -1 << 2 << bytes("FF 00 34 12");
     }
-    void wordsLieOnBothSidesOfThePointer()
-    {
-        QFETCH(int, start);
-        QFETCH(int, count);
-        QFETCH(QByteArray, read);
-        WideWords area(0x1234);
-        area.data()[-2] = 0xFE;
-        area.data()[-1] = 0xFF;
-        area.data()[AREA_WORDS] = 0x02;
-        QByteArray out;
-        GetWordFromUS(out, area.data(), start, count);
-        QCOMPARE(out, read);
-    }
+    void wordsLieOnBothSidesOfThePointer() { readWordsOfRow(&GetWordFromUS); }
 
     void doubleWordsLieOnBothSidesOfThePointer_data()
     {
@@ -130,19 +133,7 @@ private Q_SLOTS:
         QTest::newRow("low half before") << -2 << 1 << bytes("FF 00");
         QTest::newRow("astride the pointer") << -1 << 3 << bytes("34 12 FF 00");
     }
-    void doubleWordsLieOnBothSidesOfThePointer()
-    {
-        QFETCH(int, start);
-        QFETCH(int, count);
-        QFETCH(QByteArray, read);
-        WideWords area(0x1234);
-        area.data()[-2] = 0xFE;
-        area.data()[-1] = 0xFF;
-        area.data()[AREA_WORDS] = 0x02;
-        QByteArray out;
-        GetWordFromUI(out, area.data(), start, count);
-        QCOMPARE(out, read);
-    }
+    void doubleWordsLieOnBothSidesOfThePointer() { readWordsOfRow(&GetWordFromUI); }
 
     void bitsOfAByteAreaAreWrittenOnBothSidesOfThePointer_data()
     {

@@ -33,8 +33,25 @@ void addColumns()
     QTest::addColumn<Changes>("changed");
 }
 
+/// Has `save` copy the reply of a row of these columns.
+template <typename Unit>
+void copyRow(void (*save)(QByteArray *, Unit *))
+{
+    QFETCH(int, first);
+    QFETCH(int, count);
+    QFETCH(int, address);
+    QFETCH(QByteArray, reply);
+    QFETCH(Changes, changed);
+    pending(first, count, address);
+    const QByteArray before(reply.constData(), reply.size());
+    WideArea<Unit> area;
+    save(&reply, area.data());
+    QCOMPARE(area.changed(), changed);
+    QCOMPARE(reply, before);
+    QCOMPARE(PLC_driver.pendingFrames.size(), 1);
+}
+
 } // namespace
-Q_DECLARE_METATYPE(Changes)
 
 class TestImageReplies : public DriverTest
 {
@@ -74,21 +91,7 @@ private Q_SLOTS:
         QTest::newRow("absurd count")
             << 5 << HIGHEST << 0 << reply << changesAt({{0, 0xFF}, {1, 0x0D}});
     }
-    void bytesAreCopiedWhole()
-    {
-        QFETCH(int, first);
-        QFETCH(int, count);
-        QFETCH(int, address);
-        QFETCH(QByteArray, reply);
-        QFETCH(Changes, changed);
-        pending(first, count, address);
-        const QByteArray before(reply.constData(), reply.size());
-        WideBytes area;
-        SaveBitToUC(&reply, area.data());
-        QCOMPARE(area.changed(), changed);
-        QCOMPARE(reply, before);
-        QCOMPARE(PLC_driver.pendingFrames.size(), 1);
-    }
+    void bytesAreCopiedWhole() { copyRow(&SaveBitToUC); }
 
     void wordsAreCopiedHighByteFirst_data()
     {
@@ -121,21 +124,7 @@ private Q_SLOTS:
         QTest::newRow("data before the front") << LOWEST << 4 << 0 << reply << Changes();
         QTest::newRow("absurd count") << 3 << HIGHEST << 40 << reply << both;
     }
-    void wordsAreCopiedHighByteFirst()
-    {
-        QFETCH(int, first);
-        QFETCH(int, count);
-        QFETCH(int, address);
-        QFETCH(QByteArray, reply);
-        QFETCH(Changes, changed);
-        pending(first, count, address);
-        const QByteArray before(reply.constData(), reply.size());
-        WideWords area;
-        SaveWordToUS(&reply, area.data());
-        QCOMPARE(area.changed(), changed);
-        QCOMPARE(reply, before);
-        QCOMPARE(PLC_driver.pendingFrames.size(), 1);
-    }
+    void wordsAreCopiedHighByteFirst() { copyRow(&SaveWordToUS); }
 
     void theFrameOnTheLineDecides()
     {
