@@ -8,7 +8,7 @@
 namespace
 {
 
-const int REPEATS = 1000;
+constexpr int REPEATS = 1000;
 
 QStringList textsOf(const QList<HOST_VAR> &vars)
 {

@@ -20,7 +20,7 @@ namespace
 {
 
 // Done beforehand, so that buffers have grown to their size and the heap has settled.
-const int WARM_UPS = 3;
+constexpr int WARM_UPS = 3;
 
 void repeat(const Operation &operation, int times)
 {

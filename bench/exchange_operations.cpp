@@ -5,7 +5,7 @@
 namespace
 {
 
-const int REPEATS = 1000;
+constexpr int REPEATS = 1000;
 
 void rebuild(int area, int count)
 {

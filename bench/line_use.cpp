@@ -22,8 +22,8 @@ namespace
 
 using namespace kvt;
 
-const int EXCHANGE_BYTES = 16; // request and reply of a word
-const int REPLY_BYTES = 8;
+constexpr int EXCHANGE_BYTES = 16; // request and reply of a word
+constexpr int REPLY_BYTES = 8;
 const std::chrono::seconds RUN(4);
 
 double perSecond(qint64 count, qint64 start_ns)

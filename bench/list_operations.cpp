@@ -8,8 +8,8 @@ namespace
 const std::vector<int> QUEUED = {1, 1024};
 
 // Rebuilding is too slow to be repeated often, and always the same.
-const int REBUILDS = 1;
-const int REPEATS = 200;
+constexpr int REBUILDS = 1;
+constexpr int REPEATS = 200;
 
 Operation rebuildOf(const QList<HOST_VAR> &vars)
 {

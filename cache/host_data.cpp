@@ -15,7 +15,7 @@ namespace
 {
 
 // A byte array cannot hold more elements of two bytes than this.
-const int MOST_ELEMENTS = std::numeric_limits<int>::max() / 2 - 64;
+constexpr int MOST_ELEMENTS = std::numeric_limits<int>::max() / 2 - 64;
 
 void putPair(QByteArray &out, int index, quint8 low, quint8 high)
 {

@@ -12,7 +12,7 @@ namespace
 typedef qint64 Index;
 
 // A byte array cannot hold more.
-const int MOST_BYTES = std::numeric_limits<int>::max() - 64;
+constexpr int MOST_BYTES = std::numeric_limits<int>::max() - 64;
 
 bool isInside(Index index, int size)
 {
@@ -41,7 +41,7 @@ quint16 wordFrom(const QByteArray &in, int low, int high)
 // no multiple of the unit's bits names a unit but none of its bits.
 template <typename Unit>
 struct BitPlace {
-    static const int UNIT_BITS = 8 * static_cast<int>(sizeof(Unit));
+    static constexpr int UNIT_BITS = 8 * static_cast<int>(sizeof(Unit));
     explicit BitPlace(Index number)
         : unit(number / UNIT_BITS), position(static_cast<int>(number % UNIT_BITS))
     {

@@ -1,6 +1,6 @@
 #include "cache/place_table.h"
 
-const int PlaceTable::FREE;
+constexpr int PlaceTable::FREE;
 
 void PlaceTable::add(const QList<EXTENDVAR> &records)
 {

@@ -44,8 +44,8 @@ public:
     void add(const QList<EXTENDVAR> &records);
 
 private:
-    static const int FREE = -1;
-    static const int FIRST_BITS = 6;
+    static constexpr int FREE = -1;
+    static constexpr int FIRST_BITS = 6;
 
     // Multiplication by a prime close to 2^32 divided by the golden ratio spreads runs of
     // neighbouring keys evenly (Knuth, The Art of Computer Programming 3, 6.4).

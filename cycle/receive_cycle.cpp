@@ -15,8 +15,8 @@
 namespace
 {
 
-const int ANY_LENGTH = -1;
-const int NO_REMOTE_TAG = -1;
+constexpr int ANY_LENGTH = -1;
+constexpr int NO_REMOTE_TAG = -1;
 
 // The reasons that stand for a failed attempt on one of the two paths.
 struct FailureReasons {

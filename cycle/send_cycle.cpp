@@ -13,7 +13,7 @@ namespace
 {
 
 // A queue may send this many requests in a row before the next one has its turn.
-const int BURST_LIMIT = 5;
+constexpr int BURST_LIMIT = 5;
 
 void buildRead(const ComInfo &info, RW_VAR &var)
 {

@@ -9,7 +9,7 @@
 #include <QtCore/QMutex>
 
 /// Bytes in one image area: 65,536 words of 16 bits.
-const int IMAGE_AREA_BYTES = 0x20000;
+constexpr int IMAGE_AREA_BYTES = 0x20000;
 
 /// Kind of the request on the line, as `lastKind` holds it.
 enum RequestKind { KIND_CYCLIC_READ = 0, KIND_WRITE = 1, KIND_ONCE_READ = 2, KIND_NONE = 100 };

@@ -10,7 +10,7 @@ namespace
 {
 
 // Agreed between hosts and driver from the first; neither makes anything of it.
-const int LOCAL_REGISTER_ANSWER = 396;
+constexpr int LOCAL_REGISTER_ANSWER = 396;
 
 } // namespace
 

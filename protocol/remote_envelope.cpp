@@ -9,7 +9,7 @@
 namespace
 {
 
-const int LARGEST_SUM = 0xFFFF; // bytes that CalSUM takes at once
+constexpr int LARGEST_SUM = 0xFFFF; // bytes that CalSUM takes at once
 
 // Appends the low `bytes` bytes of `value`, most significant first.
 void appendNumber(QByteArray &frame, qint32 value, int bytes)

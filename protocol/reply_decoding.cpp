@@ -10,7 +10,7 @@ namespace
 {
 
 // Index of the first data digit in the replies of areas X and D.
-const int DATA_START = 3;
+constexpr int DATA_START = 3;
 
 inline char fromDigits(quint8 high, quint8 low)
 {

@@ -7,8 +7,8 @@
 namespace
 {
 
-const int LENGTH_WITHOUT_VALUE = 8;
-const int MOST_VALUE_BYTES = 2;
+constexpr int LENGTH_WITHOUT_VALUE = 8;
+constexpr int MOST_VALUE_BYTES = 2;
 
 // Returns where the next digits go.
 char *putByteDigits(char *at, int value)

@@ -10,7 +10,7 @@
 namespace
 {
 
-const int WRITE_BIT = 1;
+constexpr int WRITE_BIT = 1;
 
 void queueWrite(const RW_VAR &var, const quint8 *value, int count)
 {

@@ -9,15 +9,15 @@ namespace
 
 // Weights of the parts of an address; see PLCAddressChangeIntef. Unsigned, so that sums wrap at
 // 32 bits.
-const quint32 COMMAND_WEIGHT = 32;
-const quint32 NIBBLE_WEIGHT = 2;
-const quint32 BLOCK_WEIGHT = 160;
-const quint32 HALF_BLOCK_WEIGHT = 80;
+constexpr quint32 COMMAND_WEIGHT = 32;
+constexpr quint32 NIBBLE_WEIGHT = 2;
+constexpr quint32 BLOCK_WEIGHT = 160;
+constexpr quint32 HALF_BLOCK_WEIGHT = 80;
 
 const QLatin1Char SEPARATOR('.');
 
 // So many digits cannot overflow an int.
-const int SAFE_DIGITS = 9;
+constexpr int SAFE_DIGITS = 9;
 
 // Reads the part that begins at `at` as QString::toInt does, and leaves `at` at the separator or
 // the end behind it. Plain digits, which nearly every part is made of, are read in place; whatever

@@ -13,10 +13,10 @@ namespace
 {
 
 // 255 and not 256: station 255 of an area and station 0 of the next form one group.
-const int GROUP_STRIDE = 255;
+constexpr int GROUP_STRIDE = 255;
 
 // Moving the entry itself costs as much as moving the pointers to so many entries.
-const int SHORT_LIST = 256;
+constexpr int SHORT_LIST = 256;
 
 RW_VAR entryTemplate()
 {

@@ -14,8 +14,8 @@ namespace kvt
 namespace
 {
 
-const size_t REPLY_BYTES = 8;
-const int TIMEOUT_ms = 1000;
+constexpr size_t REPLY_BYTES = 8;
+constexpr int TIMEOUT_ms = 1000;
 
 int openRaw(const char *path)
 {

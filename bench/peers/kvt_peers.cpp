@@ -20,7 +20,7 @@ namespace
 
 using namespace kvt;
 
-const qint64 LONGEST_RUN_ns = 200000000000; // well before a run counts as hung
+constexpr qint64 LONGEST_RUN_ns = 200000000000; // well before a run counts as hung
 
 int usage()
 {

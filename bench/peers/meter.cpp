@@ -14,7 +14,7 @@ namespace kvt
 namespace
 {
 
-const size_t MOST_DURATIONS = 1000000;
+constexpr size_t MOST_DURATIONS = 1000000;
 
 qint64 clock_ns(clockid_t clock)
 {

@@ -12,9 +12,9 @@ namespace kvt
 namespace
 {
 
-const int FREE_RUNNING_BAUD = 115200; // what the masters are told when there is no pace
-const int HANG_ms = 300000;
-const qint64 SHORTEST_RTU_SILENCE_ns = 1750000;
+constexpr int FREE_RUNNING_BAUD = 115200; // what the masters are told when there is no pace
+constexpr int HANG_ms = 300000;
+constexpr qint64 SHORTEST_RTU_SILENCE_ns = 1750000;
 
 qint64 byteTime_ns(int baud)
 {

@@ -12,23 +12,23 @@
 namespace
 {
 
-const int LOAD_FAILED = 3;
-const int ENTRY_POINT_MISSING = 4;
+constexpr int LOAD_FAILED = 3;
+constexpr int ENTRY_POINT_MISSING = 4;
 
-const char *const ENTRY_POINTS[] = {"SetComInfo",
-                                    "FlashLocalRegister",
-                                    "RegistCallBackFuncIntf",
-                                    "QueryFinishFlag",
-                                    "EnCommStation",
-                                    "ComCommunication",
-                                    "DataCom",
-                                    "PLCAddressChangeIntef",
-                                    "AddListReadVar",
-                                    "ReCreatReadVarList",
-                                    "AddListWriteVar",
-                                    "AddListOnceReadVar",
-                                    "GetRegisterData",
-                                    "SetRegisterData"};
+constexpr const char *ENTRY_POINTS[] = {"SetComInfo",
+                                        "FlashLocalRegister",
+                                        "RegistCallBackFuncIntf",
+                                        "QueryFinishFlag",
+                                        "EnCommStation",
+                                        "ComCommunication",
+                                        "DataCom",
+                                        "PLCAddressChangeIntef",
+                                        "AddListReadVar",
+                                        "ReCreatReadVarList",
+                                        "AddListWriteVar",
+                                        "AddListOnceReadVar",
+                                        "GetRegisterData",
+                                        "SetRegisterData"};
 
 #define ENTRY(name) reinterpret_cast<decltype(&(name))>(dlsym(library, #name))
 

@@ -19,9 +19,9 @@ namespace
 {
 
 // Threads, each with words of its own. They go through them in turn, as hosts and scans do.
-const int HOSTS = 2;
-const int WORDS_EACH = 32;
-const int WORDS = (HOSTS + 1) * WORDS_EACH; // the last are the link's
+constexpr int HOSTS = 2;
+constexpr int WORDS_EACH = 32;
+constexpr int WORDS = (HOSTS + 1) * WORDS_EACH; // the last are the link's
 
 std::atomic<int> wrong(0);
 

@@ -15,8 +15,8 @@
 typedef std::vector<quint8> ByteArea;
 typedef std::vector<quint16> WordArea;
 
-const int AREA_WORDS = IMAGE_AREA_BYTES / 2;
-const int AREA_BITS = IMAGE_AREA_BYTES * 8;
+constexpr int AREA_WORDS = IMAGE_AREA_BYTES / 2;
+constexpr int AREA_BITS = IMAGE_AREA_BYTES * 8;
 
 /// A byte area that holds `fill` everywhere.
 inline ByteArea byteArea(quint8 fill = 0)
@@ -56,7 +56,7 @@ inline Changes changesAt(std::initializer_list<std::pair<int, int>> all)
 }
 
 /// Elements on either side of the driver's own length.
-const int AREA_MARGIN = 16;
+constexpr int AREA_MARGIN = 16;
 
 /// An area that reaches beyond the driver's length on both sides; indices are those of the pointer.
 template <typename Unit>

@@ -17,8 +17,8 @@
 namespace
 {
 
-const int LOWEST = std::numeric_limits<int>::min();
-const int HIGHEST = std::numeric_limits<int>::max();
+constexpr int LOWEST = std::numeric_limits<int>::min();
+constexpr int HIGHEST = std::numeric_limits<int>::max();
 
 /// So many zero bytes that take no memory until they are written.
 class MappedBytes

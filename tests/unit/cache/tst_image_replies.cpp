@@ -11,8 +11,8 @@
 namespace
 {
 
-const int LOWEST = std::numeric_limits<int>::min();
-const int HIGHEST = std::numeric_limits<int>::max();
+constexpr int LOWEST = std::numeric_limits<int>::min();
+constexpr int HIGHEST = std::numeric_limits<int>::max();
 
 /// Puts a frame on the line whose reply has `count` data bytes from `first` on.
 void pending(int first, int count, int address)

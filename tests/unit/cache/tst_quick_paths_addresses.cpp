@@ -16,8 +16,8 @@
 namespace
 {
 
-const int TEXTS = draws(2000000);
-const int FRAMES = draws(200000);
+constexpr int TEXTS = draws(2000000);
+constexpr int FRAMES = draws(200000);
 
 quint16 blockSelect[50001] = {};
 

@@ -17,10 +17,10 @@
 namespace
 {
 
-const int STEPS = draws(400000);
+constexpr int STEPS = draws(400000);
 
 // So many steps lie between two comparisons of the whole list.
-const int STEPS_BETWEEN = 50;
+constexpr int STEPS_BETWEEN = 50;
 
 CacheKey drawKey(Draw &draw)
 {

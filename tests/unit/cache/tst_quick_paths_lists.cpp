@@ -13,8 +13,8 @@
 namespace
 {
 
-const int LISTS = draws(1000);
-const int REQUESTS = draws(50000);
+constexpr int LISTS = draws(1000);
+constexpr int REQUESTS = draws(50000);
 
 int plainBlock(const QString &text)
 {
