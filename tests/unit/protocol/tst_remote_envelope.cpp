@@ -155,6 +155,40 @@ private Q_SLOTS:
         QVERIFY(PLC_driver.extendVars.isEmpty());
     }
 
+    void everyTruncationOfTheDataIsFramedAsItStands_data()
+    {
+        QTest::addColumn<QByteArray>("data");
+        QTest::addColumn<QByteArray>("frame");
+        QTest::addColumn<QStringList>("records");
+        const auto row = [](const char *data, const char *length, const char *sum,
+                            const QStringList &records) {
+            const QByteArray header(
+                " 07 01 02 01 00 01 00 00 00 64 00 02 00 00 00 00 00 00 00 00 ");
+            formattedRow("%d bytes", bytes(data).size())
+                << bytes(data) << length + header + data + sum << records;
+        };
+        const QStringList first = one("1/1/100=3412");
+        row("", "16", "88", QStringList());
+        row("34 ", "17", "BD", QStringList());
+        row("34 12 ", "18", "D0", first);
+        row("34 12 78 ", "19", "49", first);
+        row("34 12 78 56 ", "1A", "A0", first + one("1/1/101=7856"));
+    }
+
+    void everyTruncationOfTheDataIsFramedAsItStands()
+    {
+        QFETCH(QByteArray, data);
+        QFETCH(QByteArray, frame);
+        QFETCH(QStringList, records);
+        RW_VAR var = wordAt100(RW_WRITE, data);
+        var.count = 2;
+        Remote_WriteVar(&var);
+        QCOMPARE(pendingHex(), one(frame.constData()));
+        QCOMPARE(fieldsOf(PLC_driver.pendingFrames.first()),
+                 expectedFields(22 + data.size(), 6, 0, 0));
+        QCOMPARE(cacheRecords(), records);
+    }
+
     void writeExpectsAnAcknowledgementWhateverTheArea_data()
     {
         QTest::addColumn<int>("areaType");
