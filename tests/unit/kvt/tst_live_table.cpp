@@ -65,228 +65,213 @@ class TestLiveTable : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void linesFitEveryWidthAndHeight();
-    void tagValueAndQualityAreThereFrom40ColumnsOn();
-    void columnsAreLeftOutByImportance_data();
-    void columnsAreLeftOutByImportance();
-    void aLongNameIsShownWholeWhereThereIsRoom();
-    void keysScroll();
-    void scrollingStaysInsideAfterAResize();
-    void badRowsComeFirst();
-    void theOrderOfTheListCanBeHad();
-    void aFilterLeavesWhatContainsIt();
-    void valuesAreNotFiltered();
-    void keysOfAFilterAreText();
-    void nothingToShowIsSaid();
-    void theHeaderCannotSteerTheTerminal();
-    void onlyTheQualityIsColoured();
-};
-
-void TestLiveTable::linesFitEveryWidthAndHeight()
-{
-    QVector<TableRow> rows = makeRows(30);
-    rows.append(
-        makeRow(QString(60, QLatin1Char('n')), Concern::Bad, QStringLiteral("255:255.15.255")));
-    LiveTable table;
-    table.setHeader({QString(300, QLatin1Char('h')), QStringLiteral("trouble")});
-    table.setRows(rows);
-    for (int columns = 1; columns <= 200; ++columns) {
-        table.resize(columns, 1 + columns % 30);
-        QCOMPARE(table.lines().size(), 1 + columns % 30);
-        for (const TableLine &line : table.lines())
-            QVERIFY(displayWidth(textOf(line)) <= columns);
-    }
-}
-
-void TestLiveTable::tagValueAndQualityAreThereFrom40ColumnsOn()
-{
-    QVector<TableRow> rows = {makeRow(QString(60, QLatin1Char('n')), Concern::Bad)};
-    for (int columns = 40; columns <= 200; ++columns) {
+    void linesFitEveryWidthAndHeight()
+    {
+        QVector<TableRow> rows = makeRows(30);
+        rows.append(
+            makeRow(QString(60, QLatin1Char('n')), Concern::Bad, QStringLiteral("255:255.15.255")));
         LiveTable table;
+        table.setHeader({QString(300, QLatin1Char('h')), QStringLiteral("trouble")});
         table.setRows(rows);
-        table.resize(columns, 10);
-        const QString row = textOf(table.lines().at(1));
-        QVERIFY2(row.contains(QRegularExpression(QStringLiteral("^n{10}.*  1200  failed"))),
-                 qPrintable(row));
+        for (int columns = 1; columns <= 200; ++columns) {
+            table.resize(columns, 1 + columns % 30);
+            QCOMPARE(table.lines().size(), 1 + columns % 30);
+            for (const TableLine &line : table.lines())
+                QVERIFY(displayWidth(textOf(line)) <= columns);
+        }
     }
-}
 
-void TestLiveTable::columnsAreLeftOutByImportance_data()
-{
-    QTest::addColumn<QString>("heading");
-    QTest::newRow("40") << "tag      value  quality";
-    QTest::newRow("50") << "tag      value  quality     result";
-    QTest::newRow("56") << "tag      value  quality          age  result";
-    QTest::newRow("64") << "tag   address     value  quality          age  result";
-    QTest::newRow("72") << "tag   area  address     value  quality          age  result";
-}
-
-void TestLiveTable::columnsAreLeftOutByImportance()
-{
-    QFETCH(QString, heading);
-    LiveTable table;
-    table.setRows(makeRows(3));
-    table.resize(QByteArray(QTest::currentDataTag()).toInt(), 10);
-    QCOMPARE(textOf(table.lines().at(0)).trimmed(), heading);
-}
-
-void TestLiveTable::aLongNameIsShownWholeWhereThereIsRoom()
-{
-    LiveTable table;
-    table.setRows({makeRow(QStringLiteral("pump_station_north_setpoint"))});
-    for (const int columns : {45, 60}) {
-        table.resize(columns, 5);
-        const QString row = textOf(table.lines().at(1));
-        QVERIFY2(row.startsWith(QLatin1String("pump_station_north_set~  ")), qPrintable(row));
+    void tagValueAndQualityAreThereFrom40ColumnsOn()
+    {
+        QVector<TableRow> rows = {makeRow(QString(60, QLatin1Char('n')), Concern::Bad)};
+        for (int columns = 40; columns <= 200; ++columns) {
+            LiveTable table;
+            table.setRows(rows);
+            table.resize(columns, 10);
+            const QString row = textOf(table.lines().at(1));
+            QVERIFY2(row.contains(QRegularExpression(QStringLiteral("^n{10}.*  1200  failed"))),
+                     qPrintable(row));
+        }
     }
-    table.resize(120, 5);
-    QVERIFY(
-        textOf(table.lines().at(1)).startsWith(QLatin1String("pump_station_north_setpoint  D ")));
-}
 
-// Eight rows have room.
-void TestLiveTable::keysScroll()
-{
-    LiveTable table;
-    table.setRows(makeRows(20));
-    table.resize(80, 10);
-    QCOMPARE(shownTags(table).first(), QStringLiteral("tag0"));
-    QCOMPARE(shownTags(table).size(), 8);
-    const struct {
-        Key key;
-        const char *first;
-        const char *last;
-    } steps[] = {{Key::Up, "tag0", "tag7"},        {Key::Down, "tag1", "tag8"},
-                 {Key::PageDown, "tag8", "tag15"}, {Key::PageDown, "tag12", "tag19"},
-                 {Key::Down, "tag12", "tag19"},    {Key::PageUp, "tag5", "tag12"},
-                 {Key::Home, "tag0", "tag7"},      {Key::End, "tag12", "tag19"},
-                 {Key::Up, "tag11", "tag18"}};
-    for (const auto &step : steps) {
-        QVERIFY(table.press(step.key));
-        QCOMPARE(shownTags(table).first(), QLatin1String(step.first));
-        QCOMPARE(shownTags(table).last(), QLatin1String(step.last));
+    void columnsAreLeftOutByImportance_data()
+    {
+        QTest::addColumn<QString>("heading");
+        QTest::newRow("40") << "tag      value  quality";
+        QTest::newRow("50") << "tag      value  quality     result";
+        QTest::newRow("56") << "tag      value  quality          age  result";
+        QTest::newRow("64") << "tag   address     value  quality          age  result";
+        QTest::newRow("72") << "tag   area  address     value  quality          age  result";
     }
-    QVERIFY2(footerOf(table).startsWith(QLatin1String("12-19 of 20")), qPrintable(footerOf(table)));
-}
 
-void TestLiveTable::scrollingStaysInsideAfterAResize()
-{
-    LiveTable table;
-    table.setRows(makeRows(20));
-    table.resize(80, 10);
-    table.press(Key::End);
-    table.resize(80, 24);
-    QCOMPARE(shownTags(table).size(), 20);
-    table.resize(80, 5);
-    QCOMPARE(shownTags(table).first(), QStringLiteral("tag0"));
-    table.press(Key::End);
-    table.setRows(makeRows(2));
-    QCOMPARE(shownTags(table).size(), 2);
-}
+    void columnsAreLeftOutByImportance()
+    {
+        QFETCH(QString, heading);
+        LiveTable table;
+        table.setRows(makeRows(3));
+        table.resize(QByteArray(QTest::currentDataTag()).toInt(), 10);
+        QCOMPARE(textOf(table.lines().at(0)).trimmed(), heading);
+    }
 
-void TestLiveTable::badRowsComeFirst()
-{
-    LiveTable table;
-    table.setRows({makeRow("tag0"), makeRow("tag1", Concern::Unknown),
-                   makeRow("tag2", Concern::Bad), makeRow("tag3", Concern::Stale), makeRow("tag4"),
-                   makeRow("tag5", Concern::Bad)});
-    table.resize(80, 10);
-    QCOMPARE(shownTags(table).join(QLatin1Char(' ')),
-             QStringLiteral("tag2 tag5 tag3 tag1 tag0 tag4"));
-    QVERIFY(footerOf(table).contains(QLatin1String("1-6 of 6, 4 not good")));
-}
+    void aLongNameIsShownWholeWhereThereIsRoom()
+    {
+        LiveTable table;
+        table.setRows({makeRow(QStringLiteral("pump_station_north_setpoint"))});
+        for (const int columns : {45, 60}) {
+            table.resize(columns, 5);
+            const QString row = textOf(table.lines().at(1));
+            QVERIFY2(row.startsWith(QLatin1String("pump_station_north_set~  ")), qPrintable(row));
+        }
+        table.resize(120, 5);
+        QVERIFY(textOf(table.lines().at(1))
+                    .startsWith(QLatin1String("pump_station_north_setpoint  D ")));
+    }
 
-void TestLiveTable::theOrderOfTheListCanBeHad()
-{
-    LiveTable table;
-    table.setRows({makeRow("tag0"), makeRow("tag1", Concern::Bad)});
-    table.resize(80, 10);
-    type(&table, QStringLiteral("s"));
-    QCOMPARE(shownTags(table), QStringList({"tag0", "tag1"}));
-    type(&table, QStringLiteral("s"));
-    QCOMPARE(shownTags(table), QStringList({"tag1", "tag0"}));
-    QVERIFY(!table.press(Key::Character, QLatin1Char('q')));
-}
+    // Eight rows have room.
+    void keysScroll()
+    {
+        LiveTable table;
+        table.setRows(makeRows(20));
+        table.resize(80, 10);
+        QCOMPARE(shownTags(table).first(), QStringLiteral("tag0"));
+        QCOMPARE(shownTags(table).size(), 8);
+        const struct {
+            Key key;
+            const char *first;
+            const char *last;
+        } steps[] = {{Key::Up, "tag0", "tag7"},        {Key::Down, "tag1", "tag8"},
+                     {Key::PageDown, "tag8", "tag15"}, {Key::PageDown, "tag12", "tag19"},
+                     {Key::Down, "tag12", "tag19"},    {Key::PageUp, "tag5", "tag12"},
+                     {Key::Home, "tag0", "tag7"},      {Key::End, "tag12", "tag19"},
+                     {Key::Up, "tag11", "tag18"}};
+        for (const auto &step : steps) {
+            QVERIFY(table.press(step.key));
+            QCOMPARE(shownTags(table).first(), QLatin1String(step.first));
+            QCOMPARE(shownTags(table).last(), QLatin1String(step.last));
+        }
+        QVERIFY2(footerOf(table).startsWith(QLatin1String("12-19 of 20")),
+                 qPrintable(footerOf(table)));
+    }
 
-void TestLiveTable::aFilterLeavesWhatContainsIt()
-{
-    LiveTable table;
-    table.setRows(
-        {makeRow("tagPump"), makeRow("tagValve", Concern::Bad, "7:1.0.0"), makeRow("tagPump2")});
-    table.resize(80, 10);
-    type(&table, QStringLiteral("/PUMP"));
-    QCOMPARE(shownTags(table), QStringList({"tagPump", "tagPump2"}));
-    QVERIFY(footerOf(table).startsWith(QLatin1String("/PUMP_")));
-    table.press(Key::Enter);
-    QVERIFY(footerOf(table).contains(QLatin1String("filter \"PUMP\"")));
-    type(&table, QStringLiteral("/"));
-    for (int i = 0; i < 9; ++i)
-        table.press(Key::Backspace);
-    QCOMPARE(shownTags(table).size(), 3);
-    type(&table, QStringLiteral("7:1"));
-    QCOMPARE(shownTags(table), QStringList("tagValve"));
-    table.press(Key::Escape);
-    QCOMPARE(shownTags(table).size(), 3);
-    type(&table, QStringLiteral("/another station"));
-    QCOMPARE(shownTags(table), QStringList("tagValve"));
-    table.press(Key::Enter);
-    table.press(Key::Escape);
-    QCOMPARE(shownTags(table).size(), 3);
-}
+    void scrollingStaysInsideAfterAResize()
+    {
+        LiveTable table;
+        table.setRows(makeRows(20));
+        table.resize(80, 10);
+        table.press(Key::End);
+        table.resize(80, 24);
+        QCOMPARE(shownTags(table).size(), 20);
+        table.resize(80, 5);
+        QCOMPARE(shownTags(table).first(), QStringLiteral("tag0"));
+        table.press(Key::End);
+        table.setRows(makeRows(2));
+        QCOMPARE(shownTags(table).size(), 2);
+    }
 
-// Rows would come and go with every change.
-void TestLiveTable::valuesAreNotFiltered()
-{
-    LiveTable table;
-    table.setRows(makeRows(3));
-    table.resize(80, 10);
-    type(&table, QStringLiteral("/1200"));
-    QCOMPARE(shownTags(table), QStringList());
-}
+    void badRowsComeFirst()
+    {
+        LiveTable table;
+        table.setRows({makeRow("tag0"), makeRow("tag1", Concern::Unknown),
+                       makeRow("tag2", Concern::Bad), makeRow("tag3", Concern::Stale),
+                       makeRow("tag4"), makeRow("tag5", Concern::Bad)});
+        table.resize(80, 10);
+        QCOMPARE(shownTags(table).join(QLatin1Char(' ')),
+                 QStringLiteral("tag2 tag5 tag3 tag1 tag0 tag4"));
+        QVERIFY(footerOf(table).contains(QLatin1String("1-6 of 6, 4 not good")));
+    }
 
-void TestLiveTable::keysOfAFilterAreText()
-{
-    LiveTable table;
-    table.setRows({makeRow("tagq/s")});
-    table.resize(80, 10);
-    type(&table, QStringLiteral("/q/s"));
-    QCOMPARE(shownTags(table), QStringList("tagq/s"));
-}
+    void theOrderOfTheListCanBeHad()
+    {
+        LiveTable table;
+        table.setRows({makeRow("tag0"), makeRow("tag1", Concern::Bad)});
+        table.resize(80, 10);
+        type(&table, QStringLiteral("s"));
+        QCOMPARE(shownTags(table), QStringList({"tag0", "tag1"}));
+        type(&table, QStringLiteral("s"));
+        QCOMPARE(shownTags(table), QStringList({"tag1", "tag0"}));
+        QVERIFY(!table.press(Key::Character, QLatin1Char('q')));
+    }
 
-void TestLiveTable::nothingToShowIsSaid()
-{
-    LiveTable table;
-    table.setRows(makeRows(3));
-    table.resize(80, 10);
-    type(&table, QStringLiteral("/nothing like it"));
-    table.press(Key::Enter);
-    QVERIFY(footerOf(table).startsWith(QLatin1String("none of 3, filter")));
-    table.press(Key::End);
-    table.press(Key::PageUp);
-    QCOMPARE(shownTags(table), QStringList());
-}
+    void aFilterLeavesWhatContainsIt()
+    {
+        LiveTable table;
+        table.setRows({makeRow("tagPump"), makeRow("tagValve", Concern::Bad, "7:1.0.0"),
+                       makeRow("tagPump2")});
+        table.resize(80, 10);
+        type(&table, QStringLiteral("/PUMP"));
+        QCOMPARE(shownTags(table), QStringList({"tagPump", "tagPump2"}));
+        QVERIFY(footerOf(table).startsWith(QLatin1String("/PUMP_")));
+        table.press(Key::Enter);
+        QVERIFY(footerOf(table).contains(QLatin1String("filter \"PUMP\"")));
+        type(&table, QStringLiteral("/"));
+        for (int i = 0; i < 9; ++i)
+            table.press(Key::Backspace);
+        QCOMPARE(shownTags(table).size(), 3);
+        type(&table, QStringLiteral("7:1"));
+        QCOMPARE(shownTags(table), QStringList("tagValve"));
+        table.press(Key::Escape);
+        QCOMPARE(shownTags(table).size(), 3);
+        type(&table, QStringLiteral("/another station"));
+        QCOMPARE(shownTags(table), QStringList("tagValve"));
+        table.press(Key::Enter);
+        table.press(Key::Escape);
+        QCOMPARE(shownTags(table).size(), 3);
+    }
 
-void TestLiveTable::theHeaderCannotSteerTheTerminal()
-{
-    LiveTable table;
-    table.setHeader({QStringLiteral("\x1b[2J")});
-    table.setRows(makeRows(1));
-    table.resize(80, 10);
-    QVERIFY(textOf(table.lines().first()).startsWith(QLatin1String("\\x1b[2J")));
-}
+    // Rows would come and go with every change.
+    void valuesAreNotFiltered()
+    {
+        LiveTable table;
+        table.setRows(makeRows(3));
+        table.resize(80, 10);
+        type(&table, QStringLiteral("/1200"));
+        QCOMPARE(shownTags(table), QStringList());
+    }
 
-void TestLiveTable::onlyTheQualityIsColoured()
-{
-    LiveTable table;
-    table.setRows({makeRow("tag0", Concern::Bad)});
-    table.resize(80, 10);
-    QStringList coloured;
-    for (const TableLine &line : table.lines())
-        for (const TableSpan &span : line)
-            if (!span.isPlain)
-                coloured.append(span.text.trimmed());
-    QCOMPARE(coloured, QStringList("failed"));
-}
+    void keysOfAFilterAreText()
+    {
+        LiveTable table;
+        table.setRows({makeRow("tagq/s")});
+        table.resize(80, 10);
+        type(&table, QStringLiteral("/q/s"));
+        QCOMPARE(shownTags(table), QStringList("tagq/s"));
+    }
+
+    void nothingToShowIsSaid()
+    {
+        LiveTable table;
+        table.setRows(makeRows(3));
+        table.resize(80, 10);
+        type(&table, QStringLiteral("/nothing like it"));
+        table.press(Key::Enter);
+        QVERIFY(footerOf(table).startsWith(QLatin1String("none of 3, filter")));
+        table.press(Key::End);
+        table.press(Key::PageUp);
+        QCOMPARE(shownTags(table), QStringList());
+    }
+
+    void theHeaderCannotSteerTheTerminal()
+    {
+        LiveTable table;
+        table.setHeader({QStringLiteral("\x1b[2J")});
+        table.setRows(makeRows(1));
+        table.resize(80, 10);
+        QVERIFY(textOf(table.lines().first()).startsWith(QLatin1String("\\x1b[2J")));
+    }
+
+    void onlyTheQualityIsColoured()
+    {
+        LiveTable table;
+        table.setRows({makeRow("tag0", Concern::Bad)});
+        table.resize(80, 10);
+        QStringList coloured;
+        for (const TableLine &line : table.lines())
+            for (const TableSpan &span : line)
+                if (!span.isPlain)
+                    coloured.append(span.text.trimmed());
+        QCOMPARE(coloured, QStringList("failed"));
+    }
+};
 
 QTEST_GUILESS_MAIN(TestLiveTable)
 #include "tst_live_table.moc"
