@@ -17,23 +17,14 @@ namespace
 // A byte array cannot hold more elements of two bytes than this.
 constexpr int MOST_ELEMENTS = std::numeric_limits<int>::max() / 2 - 64;
 
-void putPair(QByteArray &out, int index, quint8 low, quint8 high)
-{
-    if (out.size() < index + 2)
-        out.resize(index + 2);
-    out[index] = static_cast<char>(low);
-    out[index + 1] = static_cast<char>(high);
-}
-
 void readBit(QByteArray &out, int station, int address)
 {
-    putPair(out, 0, byteOrZero(cachedData(station, AREA_X, address), 0), 0);
+    putWord(out, 0, byteOrZero(cachedData(station, AREA_X, address), 0));
 }
 
 void readWord(QByteArray &out, int station, int address)
 {
-    const QByteArray &data = cachedData(station, AREA_D, address);
-    putPair(out, 0, byteOrZero(data, 0), byteOrZero(data, 1));
+    putWord(out, 0, wordFrom(cachedData(station, AREA_D, address), 0, 1));
 }
 
 void readElements(QByteArray &out, int station, int address, int count)
@@ -41,15 +32,13 @@ void readElements(QByteArray &out, int station, int address, int count)
     const int elements = qMin(count, MOST_ELEMENTS);
     CachedRun run = cachedRun(station, AREA_C, address, elements);
     for (int i = 0; i < elements; ++i)
-        putPair(out, 2 * i, byteOrZero(nextData(run), 0), 0);
+        putWord(out, 2 * i, byteOrZero(nextData(run), 0));
 }
 
 // Copied byte by byte: what is stored may stand in memory of the host's own.
 void storeBytes(QByteArray &data, const char *bytes, int count)
 {
-    if (data.size() != count)
-        data.resize(count);
-    std::memcpy(data.data(), bytes, static_cast<size_t>(count));
+    std::memcpy(sized(data, count), bytes, static_cast<size_t>(count));
 }
 
 RW_VAR writeRequest(const QString &name, int kind, const QString &addressText, int address,

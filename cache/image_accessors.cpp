@@ -26,17 +26,6 @@ void putByte(QByteArray &out, int index, int value)
     out[index] = static_cast<char>(value & 0xFF);
 }
 
-void putWord(QByteArray &out, int index, int word)
-{
-    putByte(out, index, word);
-    putByte(out, index + 1, word >> 8);
-}
-
-quint16 wordFrom(const QByteArray &in, int low, int high)
-{
-    return static_cast<quint16>(byteOrZero(in, low) | byteOrZero(in, high) << 8);
-}
-
 // Where bit `number` is. Quotient and remainder round toward zero, so that a number below 0 that is
 // no multiple of the unit's bits names a unit but none of its bits.
 template <typename Unit>

@@ -26,19 +26,9 @@ inline char byteAt(const QByteArray &reply, int index)
     return fromDigits(static_cast<quint8>(digits[0]), static_cast<quint8>(digits[1]));
 }
 
-void storeByte(QByteArray &data, char value)
-{
-    if (data.size() != 1)
-        data.resize(1);
-    *data.data() = value;
-}
-
 void storeWord(const RW_VAR &var, const QByteArray &reply)
 {
-    QByteArray &data = cachedData(var.station, AREA_D, var.address);
-    if (data.size() != 2)
-        data.resize(2);
-    char *const word = data.data();
+    char *const word = sized(cachedData(var.station, AREA_D, var.address), 2);
     word[0] = byteAt(reply, DATA_START + 2);
     word[1] = byteAt(reply, DATA_START);
 }
@@ -47,7 +37,7 @@ void storeBlock(const RW_VAR &var, const QByteArray &reply, int start)
 {
     CachedRun run = cachedRun(var.station, AREA_C, var.address, BLOCK_ELEMENTS);
     for (int k = 0; k < BLOCK_ELEMENTS; ++k)
-        storeByte(nextData(run), byteAt(reply, wrappingSum(start, 2 * k)));
+        *sized(nextData(run), 1) = byteAt(reply, wrappingSum(start, 2 * k));
 }
 
 } // namespace
@@ -66,7 +56,7 @@ void SaveToLocalDataErea(QByteArray *reply)
         storeBlock(var, *reply, request.builderParam1);
         break;
     case AREA_X:
-        storeByte(cachedData(var.station, AREA_X, var.address), byteAt(*reply, DATA_START));
+        *sized(cachedData(var.station, AREA_X, var.address), 1) = byteAt(*reply, DATA_START);
         break;
     default:
         break;
