@@ -50,6 +50,7 @@ inline int kvtVersionInFile(dl_phdr_info *file, std::size_t, void *search)
             found = true;
         // 64-bit linkers put notes aligned to 8, which are not ours, into a part of their own.
         if (part.p_type == PT_NOTE && part.p_align <= 4 && version == 0)
+            // NOLINTNEXTLINE(performance-no-int-to-ptr): the loader tells places as numbers
             version = kvtVersionInNotes(reinterpret_cast<const char *>(first), part.p_memsz);
     }
     if (found)

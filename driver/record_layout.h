@@ -7,15 +7,20 @@
 
 #include "driver/records.h"
 
+/// The figure that holds for the processor's pointers.
+constexpr std::size_t figureByPointers(std::size_t with4, std::size_t with8)
+{
+    return sizeof(void *) == 4 ? with4 : with8;
+}
+
 /// Asserts the offset of `field` in bytes, with pointers of four bytes and of eight.
 #define KVT_ASSERT_OFFSET(record, field, with4, with8)                                             \
-    static_assert(offsetof(record, field) == (sizeof(void *) == 4 ? (with4) : (with8)),            \
+    static_assert(offsetof(record, field) == figureByPointers(with4, with8),                       \
                   #record ": field out of place")
 #define KVT_ASSERT_SLOT(record, field, slot, with8)                                                \
     KVT_ASSERT_OFFSET(record, field, 4 * (slot), with8)
 #define KVT_ASSERT_SIZE(record, with4, with8)                                                      \
-    static_assert(sizeof(record) == (sizeof(void *) == 4 ? (with4) : (with8)),                     \
-                  #record ": wrong size")
+    static_assert(sizeof(record) == figureByPointers(with4, with8), #record ": wrong size")
 
 static_assert(sizeof(void *) == 4 || sizeof(void *) == 8, "pointers of four or eight bytes");
 static_assert(sizeof(QString) == sizeof(void *), "QString: one pointer, so not Qt 6");

@@ -49,10 +49,12 @@ struct EngineSettings {
     ReplyChecking replyChecking = ReplyChecking::Auto;
 
     /// The part of the line's time, 0 to 1, that pauses between exchanges may take, in which a
-    /// reply would be heard that is one too many. 0: there are none, and no such reply is noticed.
+    /// reply would be heard that is one too many. 0: there are none; such a reply is noticed only
+    /// where it disturbs an exchange.
     double checkpointShare = 0.01;
 
-    /// Each reply is followed by a pause, and its value counts only if nothing was heard there.
+    /// Each reply is followed by a pause, whatever their share, and its value counts only if
+    /// nothing was heard there.
     bool confirm = false;
 
     bool remoteMode = false; ///< binary envelopes: CR ends no reply

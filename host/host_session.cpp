@@ -239,13 +239,21 @@ void HostSession::checkpointVoid()
 
 void HostSession::outOfStep(qint64 provedUntil_ns)
 {
-    QVector<int> cells;
     {
         const std::lock_guard<std::mutex> lock(mutex_);
         ++statistics_.timesOutOfStep;
-        cells = values_.withdraw(provedUntil_ns);
     }
     events_->outOfStep();
+    withdraw(provedUntil_ns);
+}
+
+void HostSession::withdraw(qint64 provedUntil_ns)
+{
+    QVector<int> cells;
+    {
+        const std::lock_guard<std::mutex> lock(mutex_);
+        cells = values_.withdraw(provedUntil_ns);
+    }
     for (const int cell : std::as_const(cells))
         for (const int tag : index_.cells().at(cell).tags)
             events_->tagSuspect(tag);
@@ -260,14 +268,15 @@ void HostSession::bytesDropped(DroppedBytes kind, int station, int count)
 
 void HostSession::lineChanged(bool up, qint64 now_ns)
 {
+    qint64 provedUntil_ns = 0;
     {
         const std::lock_guard<std::mutex> lock(mutex_);
         statistics_.lineChanged(up, now_ns);
-        if (!up)
-            values_.leaveUnproved(statistics_.provedUntil_ns);
+        provedUntil_ns = statistics_.provedUntil_ns;
     }
-    if (!up)
-        giveUpUnproven(WriteReason::NotProved);
+    // What waits for the next pause will not be proved by it: another line may come up.
+    if (!up && needsProof())
+        withdraw(provedUntil_ns);
     events_->lineChanged(up, up ? QString() : lineReason_);
 }
 

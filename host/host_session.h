@@ -92,6 +92,7 @@ private:
     void checkpointPassed(qint64 began_ns) override;
     void checkpointVoid() override;
     void outOfStep(qint64 provedUntil_ns) override;
+    void withdraw(qint64 provedUntil_ns);
     void lineChanged(bool up, qint64 now_ns) override;
 
     void run(const Command &command);
@@ -110,7 +111,10 @@ private:
     void endWrite(const Attempt &attempt);
     WriteReport verdictOn(const Attempt &attempt) const;
     void endOnceRead(const Attempt &attempt);
-    bool needsProof() const { return settings_.engine.checkpointShare > 0; }
+    bool needsProof() const
+    {
+        return settings_.engine.confirm || settings_.engine.checkpointShare > 0;
+    }
     void prove(const Unproven &entry);
     quint32 writesTo(int cell) const;
     void giveUp(const Unproven &entry, WriteReason reason);

@@ -106,7 +106,7 @@ void Planner::planDeath(StationPlan *station, int longestReply) const
 // Every few requests share a pause that proves their replies.
 qint64 Planner::pauses_ns(qint64 requests) const
 {
-    if (settings_.engine.checkpointShare <= 0)
+    if (settings_.engine.checkpointShare <= 0 && !settings_.engine.confirm)
         return 0;
     return (requests + BURST - 1) / BURST * ReplyTimes::pauseAfter_ns(settings_.turnaround_ns);
 }

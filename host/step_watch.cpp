@@ -43,7 +43,7 @@ bool StepWatch::replied(const QByteArray &reply, qint64 now_ns, qint64 turnaroun
         odd_ = odd_ || times_.isUnusual(current_.station, turnaround_ns);
         times_.add(current_.station, turnaround_ns);
     }
-    const bool unproven = share_ > 0 && (odd_ || provesEachReply());
+    const bool unproven = listens() && (odd_ || provesEachReply());
     proofWanted_ = proofWanted_ || unproven;
     return unproven;
 }

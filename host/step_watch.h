@@ -17,9 +17,10 @@ namespace kvt
 class StepWatch
 {
 public:
-    /// `share` is the part of the line's time that pauses may take, 0 to 1; with 0 there are none
-    /// and nothing is ever unproven. With `everyReply` each reply is followed by a pause, which
-    /// lasts only until its own request could still be answered. `characterTime_ns` is the line's.
+    /// `share` is the part of the line's time that pauses may take, 0 to 1. With `everyReply` each
+    /// reply is followed by a pause, which lasts only until its own request could still be
+    /// answered, whatever the share. With neither there are no pauses and nothing is ever unproven.
+    /// `characterTime_ns` is the line's.
     StepWatch(double share, bool everyReply, qint64 characterTime_ns = 0)
         : share_(share), everyReply_(everyReply), characterTime_ns_(characterTime_ns)
     {
@@ -44,7 +45,7 @@ public:
     bool showsBehind(const QByteArray &bytes);
 
     /// Somebody waits for a proof: the next pause is due at once.
-    void askForProof() { proofWanted_ = share_ > 0; }
+    void askForProof() { proofWanted_ = listens(); }
 
     /// True when the line is to be listened to before the next request.
     bool isPauseDue(qint64 now_ns) const;
@@ -61,6 +62,7 @@ public:
     qint64 outOfStep(qint64 now_ns);
 
 private:
+    bool listens() const { return everyReply_ || share_ > 0; }
     bool provesEachReply() const { return everyReply_ || wary_ > 0; }
     bool cannotAnswerPrevious(const QByteArray &goodReply) const;
 

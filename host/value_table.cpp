@@ -29,23 +29,18 @@ bool ValueTable::read(int cell, const Reading &reading)
 
 QVector<int> ValueTable::withdraw(qint64 provedUntil_ns)
 {
-    leaveUnproved(provedUntil_ns);
     QVector<int> withdrawn;
     for (int cell = 0; cell < cells_.size(); ++cell) {
-        const Cell &entry = cells_.at(cell);
-        if (!isFresh(entry.quality) || entry.readAt_ns <= provedUntil_ns)
+        Cell &entry = cells_[cell];
+        if (entry.readAt_ns <= provedUntil_ns)
             continue;
-        cells_[cell].quality = Quality::Suspect;
+        entry.provable = false;
+        if (!isFresh(entry.quality))
+            continue;
+        entry.quality = Quality::Suspect;
         withdrawn.append(cell);
     }
     return withdrawn;
-}
-
-void ValueTable::leaveUnproved(qint64 provedUntil_ns)
-{
-    for (Cell &entry : cells_)
-        if (entry.readAt_ns > provedUntil_ns)
-            entry.provable = false;
 }
 
 void ValueTable::readFailed(int cell)

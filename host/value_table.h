@@ -54,9 +54,6 @@ public:
     /// are Suspect from now on.
     QVector<int> withdraw(qint64 provedUntil_ns);
 
-    /// Readings after `provedUntil_ns` stay unproved for good.
-    void leaveUnproved(qint64 provedUntil_ns);
-
     /// Number of writes to the cell so far, pending ones included.
     quint32 writesTo(int cell) const { return cells_.at(cell).writes; }
 

@@ -90,13 +90,15 @@ private Q_SLOTS:
         beginUnproven(&bench);
         bench.passDeadline();
         bench.exchange();
+        QCOMPARE(bench.value(1).quality, Quality::Good);
         bench.session->engine().lineDown(bench.now_ns);
+        QCOMPARE(bench.value(1).quality, Quality::Suspect);
         bench.session->engine().lineUp(bench.now_ns);
         bench.passDeadline();
         bench.exchange();
         bench.passDeadline();
         QVERIFY(bench.value(0).isProved());
-        QCOMPARE(bench.value(1).quality, Quality::Good);
+        QCOMPARE(bench.value(1).quality, Quality::Suspect);
         QVERIFY(bench.value(1).readAt_ns < bench.value(1).provedUntil_ns);
         QVERIFY(!bench.value(1).isProved());
         QVERIFY(bench.value(2).isProved());

@@ -112,9 +112,17 @@ private Q_SLOTS:
         QCOMPARE(proofs, 30);
     }
 
+    void onRequestEveryReplyIsProved_data()
+    {
+        QTest::addColumn<double>("share");
+        QTest::newRow("one per cent") << ONE_PERCENT;
+        QTest::newRow("no share") << 0.0;
+    }
+
     void onRequestEveryReplyIsProved()
     {
-        StepWatch watch(ONE_PERCENT, true);
+        QFETCH(double, share);
+        StepWatch watch(share, true);
         qint64 now_ns = 0;
         begin(&watch, &now_ns);
         for (int i = 0; i < 1000; ++i) {
