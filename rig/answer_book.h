@@ -25,9 +25,6 @@ public:
     /// The host has ended an attempt.
     void attemptEnded(const Attempt &attempt);
 
-    /// When the first attempt at the latest request left.
-    qint64 askedAt_ns() const { return current_.since_ns; }
-
     /// True when an answer to the request itself, given since its first attempt left, has this
     /// value for the tag.
     bool isTrue(int tag, const Reading &reading) const;

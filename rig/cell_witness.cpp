@@ -50,6 +50,7 @@ void CellWitness::watch(HostSession *session, VirtualLine *line)
 {
     session_ = session;
     line_ = line;
+    begin_.watch(line);
     wrong_.setEngine(session->engine().settings());
 }
 
@@ -168,7 +169,7 @@ void CellWitness::outOfStep()
 void CellWitness::attemptEnded(const Attempt &attempt)
 {
     answers_.attemptEnded(attempt);
-    wrong_.attemptEnded(attempt, answers_.askedAt_ns());
+    wrong_.attemptEnded(attempt, begin_.at_ns());
     if (unseenStrikes_ > 0 && !mixed_)
         ++findings_.verdicts[verdictText(verdictOf(attempt.end, attempt.resultCode))];
     unseenStrikes_ = 0;

@@ -3,6 +3,7 @@
 #define KVT_RIG_CELL_WITNESS_H
 
 #include "rig/answer_book.h"
+#include "rig/reply_begin.h"
 #include "rig/rig.h"
 #include "rig/wrong_values.h"
 
@@ -38,6 +39,9 @@ class CellWitness final : public NoEvents
 public:
     /// `isStruck` tells the tags that faults concern.
     CellWitness(const QVector<Tag> &tags, std::function<bool(const Tag &)> isStruck);
+
+    /// The tap that the host's line must have.
+    LineTap *tap() { return &begin_; }
 
     /// The parts of the run, which outlive the witness' use.
     void watch(HostSession *session, VirtualLine *line);
@@ -98,6 +102,7 @@ private:
     VirtualLine *line_ = nullptr;
     Findings findings_;
     AnswerBook answers_;
+    ReplyBegin begin_;
     WrongValues wrong_;
     QHash<int, Write> writes_;
     QHash<QByteArray, int> carriedOut_; // by request on its way

@@ -5,13 +5,18 @@
 namespace kvt
 {
 
-void WrongValues::attemptEnded(const Attempt &attempt, qint64 askedAt_ns)
+namespace
 {
-    if (attempt.isFinal())
-        longestRequest_ns_ = std::max(longestRequest_ns_, attempt.endedAt_ns - askedAt_ns);
+
+constexpr int ATTEMPTS = 3; // as a session has them
+constexpr int LONGEST_REPLY_BYTES = 144;
+
+} // namespace
+
+void WrongValues::attemptEnded(const Attempt &attempt, qint64 began_ns)
+{
     if (attempt.isSuccess() && attempt.timesSent == 1)
-        times_.add(attempt.request->station, attempt.endedAt_ns - attempt.sentAt_ns -
-                                                 attempt.receivedBytes * engine_.characterTime_ns);
+        times_.add(attempt.request->station, began_ns - attempt.sentAt_ns);
 }
 
 void WrongValues::shown(int tag, qint64 now_ns, bool several)
@@ -53,10 +58,14 @@ qint64 WrongValues::bound_ns() const
     if (engine_.confirm)
         return 0;
     qint64 pause_ns = 0;
-    for (const int station : stations_)
+    qint64 attempt_ns = 0;
+    for (const int station : stations_) {
         pause_ns = std::max(pause_ns, times_.pause_ns(station));
+        attempt_ns = std::max(attempt_ns, engine_.replyTimeout_ns(station, LONGEST_REPLY_BYTES) +
+                                              engine_.quietTime_ns(station, LONGEST_REPLY_BYTES));
+    }
     return static_cast<qint64>(static_cast<double>(pause_ns) / engine_.checkpointShare) + pause_ns +
-           longestRequest_ns_;
+           ATTEMPTS * attempt_ns;
 }
 
 } // namespace kvt

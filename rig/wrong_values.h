@@ -22,8 +22,8 @@ public:
     /// The host's settings; before anything else.
     void setEngine(const EngineSettings &engine) { engine_ = engine; }
 
-    /// The host has ended an attempt, at a request whose first one left at `askedAt_ns`.
-    void attemptEnded(const Attempt &attempt, qint64 askedAt_ns);
+    /// The host has ended an attempt, the reply to which began at `began_ns`.
+    void attemptEnded(const Attempt &attempt, qint64 began_ns);
 
     /// A tag shows a wrong value as good; `several`: faults followed each other.
     void shown(int tag, qint64 now_ns, bool several);
@@ -60,7 +60,6 @@ private:
     QSet<int> stations_;
     EngineSettings engine_;
     ReplyTimes times_; // as the host keeps them
-    qint64 longestRequest_ns_ = 0;
     QHash<int, Wrong> wrong_;
 };
 
