@@ -55,7 +55,7 @@ void ExchangeEngine::received(qint64 now_ns, const char *bytes, int count)
         bytesInPause(now_ns, count);
         break;
     case State::Holding:
-        bytesWhileSilent(now_ns, count);
+        bytesWhileSilent(now_ns, bytes, count);
         break;
     case State::Sending:
         bytesBeforeSent(bytes, count);
@@ -243,13 +243,27 @@ void ExchangeEngine::bytesBeforeSent(const char *bytes, int count)
     drop(DroppedBytes::Stale, count - echo);
 }
 
-void ExchangeEngine::bytesWhileSilent(qint64 now_ns, int count)
+void ExchangeEngine::bytesWhileSilent(qint64 now_ns, const char *bytes, int count)
 {
     drop(heldBytes_, count);
     replyOutstanding_ = false;
     steps_.somethingOdd();
+    if (!overlong_.isEmpty())
+        addToOverlong(now_ns, bytes, count);
     const qint64 until_ns = std::min(now_ns + settings_.characterGap_ns(), holdLimit_ns_);
     deadline_ns_ = std::max(deadline_ns_, until_ns);
+}
+
+// The reply to the request before may be longer than the one that was due, so that its end comes in
+// the silence.
+void ExchangeEngine::addToOverlong(qint64 now_ns, const char *bytes, int count)
+{
+    overlong_.append(bytes, std::min(count, LONGEST_REPLY));
+    if (steps_.showsBehind(overlong_))
+        observer_->outOfStep(steps_.outOfStep(now_ns));
+    else if (overlong_.size() < LONGEST_REPLY)
+        return;
+    overlong_.resize(0);
 }
 
 // Nobody was asked: what comes is the answer to a request whose answer we believe to have had.
@@ -336,15 +350,19 @@ void ExchangeEngine::keepSilent(qint64 now_ns, const Attempt &attempt)
         replyOutstanding_ = true;
     const qint64 end_ns = std::max(attempt.endedAt_ns, replyDue_ns_) +
                           settings_.quietTime_ns(request_.station, request_.expectedLength);
-    if (end_ns > now_ns)
-        hold(end_ns, attempt.isSuccess() ? DroppedBytes::Stale : DroppedBytes::Late);
-    else
+    if (end_ns <= now_ns) {
         goOn(now_ns);
+        return;
+    }
+    hold(end_ns, attempt.isSuccess() ? DroppedBytes::Stale : DroppedBytes::Late);
+    if (!attempt.isSuccess() && attempt.end != AttemptEnd::Disturbed)
+        overlong_ = reply_.bytes();
 }
 
 void ExchangeEngine::hold(qint64 until_ns, DroppedBytes meaning)
 {
     state_ = State::Holding;
+    overlong_.resize(0);
     heldBytes_ = meaning;
     deadline_ns_ = until_ns;
     holdLimit_ns_ = deadline_ns_ + settings_.longestQuiet_ns;

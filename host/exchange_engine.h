@@ -82,7 +82,8 @@ private:
     void replyComplete(qint64 now_ns);
     void replyWithSurplus(qint64 now_ns, const char *surplus, int count);
     void bytesBeforeSent(const char *bytes, int count);
-    void bytesWhileSilent(qint64 now_ns, int count);
+    void bytesWhileSilent(qint64 now_ns, const char *bytes, int count);
+    void addToOverlong(qint64 now_ns, const char *bytes, int count);
     void bytesInPause(qint64 now_ns, int count);
     void endAttempt(qint64 now_ns, AttemptEnd end, bool doubtful = false);
     int handOver(AttemptEnd end);
@@ -107,6 +108,7 @@ private:
     Request request_;
     QByteArray toSend_;
     ReplyCollector reply_;
+    QByteArray overlong_; // a bad reply and what has followed it so far
     ReplyJudge judge_;
     StepWatch steps_;
     int attemptNumber_ = 0;         // 0: the driver's next frame is a new request

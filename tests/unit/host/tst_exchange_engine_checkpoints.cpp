@@ -66,6 +66,23 @@ private Q_SLOTS:
         QCOMPARE(bench.take(), QByteArray());
     }
 
+    // A reply that is longer than the one that is due has its end in the silence.
+    void aLongerReplyToTheRequestBeforeMeansTheSame()
+    {
+        EngineBench bench({{AREA_D, 1, "5.2.1"}, {AREA_X, 1, "1.2.0"}}, 0);
+        bringUp(&bench);
+        bench.exchange(10, QByteArray("\x06"
+                                      "0112\r"));
+        QCOMPARE(bench.exchange(10, REPLY), FIRST_REQUEST);
+        bench.exchange(10, REPLY.left(6));
+        QCOMPARE(bench.log.outOfSteps.size(), 0);
+        bench.receive(1, REPLY.mid(6, 1));
+        QCOMPARE(bench.log.outOfSteps.size(), 0);
+        bench.receive(1, REPLY.mid(7));
+        QCOMPARE(bench.log.outOfSteps, bench.log.passed);
+        QVERIFY(bench.left_ms() > 56);
+    }
+
     void bytesWhileARequestLeavesMeanTheSame()
     {
         EngineBench bench(TWO_WORDS);
