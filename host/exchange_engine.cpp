@@ -248,22 +248,23 @@ void ExchangeEngine::bytesWhileSilent(qint64 now_ns, const char *bytes, int coun
     drop(heldBytes_, count);
     replyOutstanding_ = false;
     steps_.somethingOdd();
-    if (!overlong_.isEmpty())
-        addToOverlong(now_ns, bytes, count);
+    if (!badReply_.isEmpty())
+        addToBadReply(now_ns, bytes, count);
     const qint64 until_ns = std::min(now_ns + settings_.characterGap_ns(), holdLimit_ns_);
     deadline_ns_ = std::max(deadline_ns_, until_ns);
 }
 
-// The reply to the request before may be longer than the one that was due, so that its end comes in
-// the silence.
-void ExchangeEngine::addToOverlong(qint64 now_ns, const char *bytes, int count)
+// What follows a whole reply is one too many. The reply to the request before may also be longer
+// than the one that was due, so that its end comes in the silence.
+void ExchangeEngine::addToBadReply(qint64 now_ns, const char *bytes, int count)
 {
-    overlong_.append(bytes, std::min(count, LONGEST_REPLY));
-    if (steps_.showsBehind(overlong_))
+    const bool wasWhole = badReply_.endsWith(FRAME_CR);
+    badReply_.append(bytes, std::min(count, LONGEST_REPLY));
+    if (steps_.showsBehind(badReply_) || wasWhole)
         observer_->outOfStep(steps_.outOfStep(now_ns));
-    else if (overlong_.size() < LONGEST_REPLY)
+    else if (badReply_.size() < LONGEST_REPLY)
         return;
-    overlong_.resize(0);
+    badReply_.resize(0);
 }
 
 // Nobody was asked: what comes is the answer to a request whose answer we believe to have had.
@@ -356,13 +357,13 @@ void ExchangeEngine::keepSilent(qint64 now_ns, const Attempt &attempt)
     }
     hold(end_ns, attempt.isSuccess() ? DroppedBytes::Stale : DroppedBytes::Late);
     if (!attempt.isSuccess() && attempt.end != AttemptEnd::Disturbed)
-        overlong_ = reply_.bytes();
+        badReply_ = reply_.bytes();
 }
 
 void ExchangeEngine::hold(qint64 until_ns, DroppedBytes meaning)
 {
     state_ = State::Holding;
-    overlong_.resize(0);
+    badReply_.resize(0);
     heldBytes_ = meaning;
     deadline_ns_ = until_ns;
     holdLimit_ns_ = deadline_ns_ + settings_.longestQuiet_ns;

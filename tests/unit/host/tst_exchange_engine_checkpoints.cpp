@@ -83,6 +83,34 @@ private Q_SLOTS:
         QVERIFY(bench.left_ms() > 56);
     }
 
+    // One of the two is too many, and nothing tells since when.
+    void aSecondReplyBehindABadOneMeansTheSame()
+    {
+        EngineBench bench(TWO_WORDS, 0);
+        bringUp(&bench);
+        bench.exchange(10, REPLY);
+        bench.exchange(10, QByteArray("\x06"
+                                      "021234\r"));
+        QCOMPARE(bench.log.ended.last().end, AttemptEnd::Foreign);
+        QCOMPARE(bench.log.outOfSteps.size(), 0);
+        bench.receive(4, REPLY);
+        QCOMPARE(bench.log.outOfSteps, bench.log.passed);
+        bench.receive(4, REPLY);
+        QCOMPARE(bench.log.outOfSteps.size(), 1);
+    }
+
+    void theRestOfABrokenReplyMeansNothing()
+    {
+        EngineBench bench(TWO_WORDS, 0);
+        bringUp(&bench);
+        bench.exchange(10, REPLY);
+        bench.exchange(10, REPLY.left(5));
+        bench.passDeadline();
+        QCOMPARE(bench.log.ended.last().end, AttemptEnd::BrokenOff);
+        bench.receive(4, REPLY.mid(5));
+        QCOMPARE(bench.log.outOfSteps.size(), 0);
+    }
+
     void bytesWhileARequestLeavesMeanTheSame()
     {
         EngineBench bench(TWO_WORDS);
