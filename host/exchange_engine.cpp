@@ -85,7 +85,7 @@ void ExchangeEngine::sent(qint64 at_ns)
         at_ns + sending_ns + settings_.replyTimeout_ns(request_.station, request_.expectedLength);
     deadline_ns_ = replyDue_ns_;
     ++timesSent_;
-    steps_.sent(request_);
+    steps_.sent(request_, at_ns, replyDue_ns_ - at_ns);
     if (disturbed_)
         endAttempt(at_ns, AttemptEnd::Disturbed);
     else if (request_.expectedLength == 0)
@@ -125,7 +125,7 @@ void ExchangeEngine::goOn(qint64 now_ns)
     }
     state_ = State::Pausing;
     pauseBegan_ns_ = now_ns;
-    deadline_ns_ = steps_.pauseEnd_ns(now_ns, sentAt_ns_);
+    deadline_ns_ = steps_.pauseEnd_ns(now_ns);
 }
 
 void ExchangeEngine::pauseOver(qint64 now_ns)
@@ -248,23 +248,11 @@ void ExchangeEngine::bytesWhileSilent(qint64 now_ns, const char *bytes, int coun
     drop(heldBytes_, count);
     replyOutstanding_ = false;
     steps_.somethingOdd();
-    if (!badReply_.isEmpty())
-        addToBadReply(now_ns, bytes, count);
+    // A longer reply, to the request before, has ended the attempt where its own would have ended.
+    if (reply_.addOverrun(bytes, count) && answersAnother())
+        observer_->outOfStep(steps_.outOfStep(now_ns));
     const qint64 until_ns = std::min(now_ns + settings_.characterGap_ns(), holdLimit_ns_);
     deadline_ns_ = std::max(deadline_ns_, until_ns);
-}
-
-// What follows a whole reply is one too many. The reply to the request before may also be longer
-// than the one that was due, so that its end comes in the silence.
-void ExchangeEngine::addToBadReply(qint64 now_ns, const char *bytes, int count)
-{
-    const bool wasWhole = badReply_.endsWith(FRAME_CR);
-    badReply_.append(bytes, std::min(count, LONGEST_REPLY));
-    if (steps_.showsBehind(badReply_) || wasWhole)
-        observer_->outOfStep(steps_.outOfStep(now_ns));
-    else if (badReply_.size() < LONGEST_REPLY)
-        return;
-    badReply_.resize(0);
 }
 
 // Nobody was asked: what comes is the answer to a request whose answer we believe to have had.
@@ -327,8 +315,13 @@ void ExchangeEngine::noteSteps(Attempt *attempt)
         return;
     steps_.somethingOdd();
     // What came unasked may be the true answer to a request whose answer we believed to have had.
-    if (attempt->end == AttemptEnd::Disturbed || steps_.showsBehind(reply_.bytes()))
+    if (attempt->end == AttemptEnd::Disturbed || answersAnother())
         observer_->outOfStep(steps_.outOfStep(attempt->endedAt_ns));
+}
+
+bool ExchangeEngine::answersAnother()
+{
+    return steps_.showsBehind(reply_.bytes()) || steps_.answersAnother(reply_.bytes());
 }
 
 // Nothing is due any more; the station may need silence all the same.
@@ -351,19 +344,15 @@ void ExchangeEngine::keepSilent(qint64 now_ns, const Attempt &attempt)
         replyOutstanding_ = true;
     const qint64 end_ns = std::max(attempt.endedAt_ns, replyDue_ns_) +
                           settings_.quietTime_ns(request_.station, request_.expectedLength);
-    if (end_ns <= now_ns) {
+    if (end_ns > now_ns)
+        hold(end_ns, attempt.isSuccess() ? DroppedBytes::Stale : DroppedBytes::Late);
+    else
         goOn(now_ns);
-        return;
-    }
-    hold(end_ns, attempt.isSuccess() ? DroppedBytes::Stale : DroppedBytes::Late);
-    if (!attempt.isSuccess() && attempt.end != AttemptEnd::Disturbed)
-        badReply_ = reply_.bytes();
 }
 
 void ExchangeEngine::hold(qint64 until_ns, DroppedBytes meaning)
 {
     state_ = State::Holding;
-    badReply_.resize(0);
     heldBytes_ = meaning;
     deadline_ns_ = until_ns;
     holdLimit_ns_ = deadline_ns_ + settings_.longestQuiet_ns;

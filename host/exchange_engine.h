@@ -83,11 +83,11 @@ private:
     void replyWithSurplus(qint64 now_ns, const char *surplus, int count);
     void bytesBeforeSent(const char *bytes, int count);
     void bytesWhileSilent(qint64 now_ns, const char *bytes, int count);
-    void addToBadReply(qint64 now_ns, const char *bytes, int count);
     void bytesInPause(qint64 now_ns, int count);
     void endAttempt(qint64 now_ns, AttemptEnd end, bool doubtful = false);
     int handOver(AttemptEnd end);
     void noteSteps(Attempt *attempt);
+    bool answersAnother();
     void rest(qint64 now_ns);
     void keepSilent(qint64 now_ns, const Attempt &attempt);
     void hold(qint64 until_ns, DroppedBytes meaning);
@@ -108,7 +108,6 @@ private:
     Request request_;
     QByteArray toSend_;
     ReplyCollector reply_;
-    QByteArray badReply_; // and what has followed it in the silence
     ReplyJudge judge_;
     StepWatch steps_;
     int attemptNumber_ = 0;         // 0: the driver's next frame is a new request

@@ -47,6 +47,13 @@ bool beginsAsReplyOf(int station, const QByteArray &reply)
     return reply.size() >= 3 && reply.at(0) == FRAME_ACK && namesStation(reply, station);
 }
 
+bool isWholeReply(const QByteArray &bytes)
+{
+    constexpr int SHORTEST = 6;
+    return bytes.size() >= SHORTEST && bytes.at(0) == FRAME_ACK && bytes.endsWith(FRAME_CR) &&
+           std::all_of(bytes.cbegin() + 1, bytes.cend() - 1, isHexDigit);
+}
+
 bool looksLikeReply(const Request &request, const QByteArray &reply)
 {
     if (reply.isEmpty())

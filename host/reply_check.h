@@ -17,6 +17,10 @@ bool isRefusal(const Request &request, const QByteArray &reply);
 /// True when the bytes begin with ACK and the two upper-case digits of the station's low 8 bits.
 bool beginsAsReplyOf(int station, const QByteArray &reply);
 
+/// True when the bytes are a reply from its ACK to its CR, with digits in between, whoever it is
+/// for.
+bool isWholeReply(const QByteArray &bytes);
+
 /// True when nothing in the reply speaks against it: it begins with ACK or NAK, the two upper-case
 /// digits of the request's station follow, and where the request expects data there are upper-case
 /// hexadecimal digits. Bytes that are missing do not speak against it; length and CR are the

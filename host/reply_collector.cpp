@@ -59,4 +59,14 @@ int ReplyCollector::add(const char *bytes, int count)
     return take;
 }
 
+bool ReplyCollector::addOverrun(const char *bytes, int count)
+{
+    if (bytes_.endsWith(FRAME_CR))
+        return false;
+    const int room = std::min(count, LONGEST_REPLY - bytes_.size());
+    const int end = QByteArray::fromRawData(bytes, std::max(room, 0)).indexOf(FRAME_CR);
+    bytes_.append(bytes, end < 0 ? std::max(room, 0) : end + 1);
+    return end >= 0;
+}
+
 } // namespace kvt

@@ -28,6 +28,10 @@ public:
     /// CR. Returns how many were taken.
     int add(const char *bytes, int count);
 
+    /// Takes bytes behind the expected length up to the CR that ends them, but no more than the
+    /// longest reply. Returns true when that CR is among them.
+    bool addOverrun(const char *bytes, int count);
+
     bool isComplete() const { return complete_; }
     const QByteArray &bytes() const { return bytes_; }
 

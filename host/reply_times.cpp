@@ -13,8 +13,10 @@ constexpr qint64 HOST_DELAY_ns = milliseconds(1);
 
 } // namespace
 
-void ReplyTimes::add(int station, qint64 time_ns)
+// No time at all, or less where the end of a request is reckoned ahead, is a time that is known.
+void ReplyTimes::add(int station, qint64 measured_ns)
 {
+    const qint64 time_ns = std::max<qint64>(measured_ns, 1);
     Times &times = stations_[indexOf(station)];
     times.usual_ns =
         times.usual_ns == 0 ? time_ns : times.usual_ns + (time_ns - times.usual_ns) / 8;
@@ -25,7 +27,7 @@ void ReplyTimes::add(int station, qint64 time_ns)
 bool ReplyTimes::isUnusual(int station, qint64 time_ns) const
 {
     const Times &times = stations_[indexOf(station)];
-    if (times.longest_ns == 0)
+    if (!isKnown(station))
         return false;
     return time_ns + HOST_DELAY_ns < times.usual_ns / 2 || time_ns > pause_ns(station);
 }

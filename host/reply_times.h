@@ -15,8 +15,11 @@ namespace kvt
 class ReplyTimes
 {
 public:
-    /// A reply of `station` took `time_ns`.
-    void add(int station, qint64 time_ns);
+    /// A reply of `station` took `measured_ns`.
+    void add(int station, qint64 measured_ns);
+
+    /// Whether any time of the station is known.
+    bool isKnown(int station) const { return stations_[indexOf(station)].longest_ns > 0; }
 
     /// True when a reply that took `time_ns` is so much faster than usual or so much slower than
     /// any of late that it may answer another request. False while none is known.

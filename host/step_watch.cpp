@@ -3,6 +3,7 @@
 #include "host/reply_check.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace kvt
 {
@@ -26,8 +27,11 @@ void StepWatch::lineUp(qint64 now_ns)
     previous_ = current_ = Shape();
 }
 
-void StepWatch::sent(const Request &request)
+void StepWatch::sent(const Request &request, qint64 at_ns, qint64 timeout_ns)
 {
+    sentAt_ns_ = at_ns;
+    timeout_ns_ = timeout_ns;
+    doubtedTime_ns_ = -1;
     previous_ = current_;
     current_ = {request.station & 0xFF, request.expectedLength};
 }
@@ -40,9 +44,14 @@ bool StepWatch::replied(const QByteArray &reply, qint64 now_ns, qint64 turnaroun
         differedAt_ns_ = now_ns;
     }
     if (firstAttempt) {
-        odd_ = odd_ || times_.isUnusual(current_.station, turnaround_ns);
-        times_.add(current_.station, turnaround_ns);
+        const bool isDoubted = doubtedTimes_.test(stationIndex());
+        odd_ = odd_ || isDoubted || times_.isUnusual(current_.station, turnaround_ns);
+        if (isDoubted)
+            doubtedTime_ns_ = turnaround_ns;
+        else
+            times_.add(current_.station, turnaround_ns);
     }
+    answersDue_ns_ = std::max(answersDue_ns_, sentAt_ns_ + pause_ns());
     const bool unproven = listens() && (odd_ || provesEachReply());
     proofWanted_ = proofWanted_ || unproven;
     return unproven;
@@ -52,6 +61,10 @@ void StepWatch::somethingOdd()
 {
     odd_ = true;
     wary_ = WARY_REPLIES;
+    // What answers first may not be the answer, and a pause of its time too short to find that
+    // out: the time counts once it is proved.
+    if (current_.station >= 0 && !times_.isKnown(current_.station))
+        doubtedTimes_.set(stationIndex());
 }
 
 // A good reply has the length that was asked for, but its station is looked at by nobody else if
@@ -72,28 +85,43 @@ bool StepWatch::showsBehind(const QByteArray &bytes)
     return shows;
 }
 
+bool StepWatch::answersAnother(const QByteArray &bytes) const
+{
+    return isWholeReply(bytes) &&
+           (bytes.size() != current_.length || !beginsAsReplyOf(current_.station, bytes));
+}
+
 bool StepWatch::isPauseDue(qint64 now_ns) const
 {
     if (proofWanted_)
         return true;
     const double earned_ns = static_cast<double>(now_ns - pausedAt_ns_) * share_;
-    return share_ > 0 && earned_ns >= static_cast<double>(times_.pause_ns(current_.station));
+    return share_ > 0 && earned_ns >= static_cast<double>(pause_ns());
 }
 
-qint64 StepWatch::pauseEnd_ns(qint64 now_ns, qint64 sentAt_ns) const
+// Of a station that has answered to repeated requests alone, no time is known.
+qint64 StepWatch::pause_ns() const
 {
-    const qint64 pause_ns = times_.pause_ns(current_.station);
+    return times_.isKnown(current_.station) ? times_.pause_ns(current_.station)
+                                            : ReplyTimes::pauseAfter_ns(timeout_ns_);
+}
+
+qint64 StepWatch::pauseEnd_ns(qint64 now_ns) const
+{
     if (odd_ || !provesEachReply())
-        return now_ns + pause_ns;
+        return std::max(now_ns + pause_ns(), answersDue_ns_);
     // Where each reply is followed by a pause, none can be further behind than its own request. The
     // answer to that may have had to wait for the line, and follows at once then.
-    return std::max(now_ns + ReplyTimes::pauseAfter_ns(2 * characterTime_ns_),
-                    sentAt_ns + pause_ns);
+    return std::max(now_ns + ReplyTimes::pauseAfter_ns(2 * characterTime_ns_), answersDue_ns_);
 }
 
 bool StepWatch::pauseWasSilent(qint64 began_ns, qint64 now_ns)
 {
     pausedAt_ns_ = now_ns;
+    if (doubtedTime_ns_ >= 0) {
+        times_.add(current_.station, std::exchange(doubtedTime_ns_, -1));
+        doubtedTimes_.reset(stationIndex());
+    }
     odd_ = false;
     proofWanted_ = false;
     wary_ = std::max(wary_ - 1, 0);

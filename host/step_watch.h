@@ -5,6 +5,8 @@
 #include "host/reply_times.h"
 #include "host/request.h"
 
+#include <bitset>
+
 namespace kvt
 {
 
@@ -29,8 +31,9 @@ public:
     /// Nothing is known of the line from now on.
     void lineUp(qint64 now_ns);
 
-    /// A request has left for the line.
-    void sent(const Request &request);
+    /// A request has left for the line at `at_ns`; its reply begins within `timeout_ns` or not at
+    /// all.
+    void sent(const Request &request, qint64 at_ns, qint64 timeout_ns);
 
     /// A good reply has come, to the first attempt or a later one, and began `turnaround_ns` after
     /// its request had left. Returns true when its value waits for a proof.
@@ -44,14 +47,18 @@ public:
     /// nothing until two requests that differ have been answered.
     bool showsBehind(const QByteArray &bytes);
 
+    /// True when these bytes are a whole reply, but none to the latest request: it answers another
+    /// one, whose answer another reply was taken for.
+    bool answersAnother(const QByteArray &bytes) const;
+
     /// Somebody waits for a proof: the next pause is due at once.
     void askForProof() { proofWanted_ = listens(); }
 
     /// True when the line is to be listened to before the next request.
     bool isPauseDue(qint64 now_ns) const;
 
-    /// The end of a pause that begins now, behind a request that left at `sentAt_ns`.
-    qint64 pauseEnd_ns(qint64 now_ns, qint64 sentAt_ns) const;
+    /// The end of a pause that begins now.
+    qint64 pauseEnd_ns(qint64 now_ns) const;
 
     /// A pause that began at `began_ns` has ended without a byte. Returns true when that proves
     /// what came before it.
@@ -64,6 +71,8 @@ public:
 private:
     bool listens() const { return everyReply_ || share_ > 0; }
     bool provesEachReply() const { return everyReply_ || wary_ > 0; }
+    qint64 pause_ns() const;
+    size_t stationIndex() const { return static_cast<size_t>(current_.station); }
     bool cannotAnswerPrevious(const QByteArray &goodReply) const;
 
     struct Shape {
@@ -81,10 +90,15 @@ private:
     ReplyTimes times_;
     Shape previous_;
     Shape current_;
-    int wary_ = 0;             // replies to come that are each followed by a pause
-    bool odd_ = true;          // something happened after which replies could be out of step
-    bool proofWanted_ = false; // a value or a write waits for a pause
-    bool behind_ = false;      // a reply was one behind, and no two that differ were right since
+    qint64 sentAt_ns_ = 0;     // of the latest request
+    qint64 timeout_ns_ = 0;    // of the same
+    qint64 answersDue_ns_ = 0; // of all requests that were answered: stations differ in their times
+    std::bitset<256> doubtedTimes_; // stations whose first time may be that of another reply
+    qint64 doubtedTime_ns_ = -1;    // of the latest reply, if its station is one of them
+    int wary_ = 0;                  // replies to come that are each followed by a pause
+    bool odd_ = true;               // something happened after which replies could be out of step
+    bool proofWanted_ = false;      // a value or a write waits for a pause
+    bool behind_ = false; // a reply was one behind, and no two that differ were right since
     qint64 pausedAt_ns_ = 0;
     qint64 provedUntil_ns_ = 0;
     qint64 differedAt_ns_ = 0; // when a reply was last right behind a request that differed

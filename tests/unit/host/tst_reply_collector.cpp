@@ -55,6 +55,23 @@ private Q_SLOTS:
         QCOMPARE(collector.bytes(), QByteArray("12\r"));
     }
 
+    void whatRunsOverIsTakenUpToItsCarriageReturn()
+    {
+        ReplyCollector collector;
+        collector.start(requestOf(6), false);
+        QCOMPARE(add(&collector, "123456789"), 6);
+        QVERIFY(!collector.addOverrun("78", 2));
+        QVERIFY(collector.addOverrun("9\r1", 3));
+        QCOMPARE(collector.bytes(), QByteArray("123456789\r"));
+        QVERIFY(!collector.addOverrun("\r", 1));
+        QCOMPARE(collector.bytes(), QByteArray("123456789\r"));
+        collector.start(requestOf(6), false);
+        const QByteArray endless(2 * LONGEST_REPLY, '1');
+        for (int i = 0; i < 2; ++i)
+            QVERIFY(!collector.addOverrun(endless.constData(), endless.size()));
+        QCOMPARE(collector.bytes().size(), LONGEST_REPLY);
+    }
+
     void itTakesNothingBeyondItsEnd()
     {
         ReplyCollector collector;

@@ -9,6 +9,7 @@ namespace
 {
 
 constexpr qint64 MS = milliseconds(1);
+constexpr qint64 TIMEOUT = 60 * MS;
 constexpr double ONE_PERCENT = 0.01;
 
 Request requestOf(int station, int length)
@@ -27,7 +28,7 @@ const QByteArray BIT = QByteArray::fromHex("06 30 31 30 31 0D");
 bool exchange(StepWatch *watch, qint64 *now_ns, int station = 1, int length = 8,
               const QByteArray &reply = WORD)
 {
-    watch->sent(requestOf(station, length));
+    watch->sent(requestOf(station, length), *now_ns, TIMEOUT);
     *now_ns += 8 * MS;
     return watch->replied(reply, *now_ns, 8 * MS, true);
 }
@@ -55,9 +56,70 @@ private Q_SLOTS:
         watch.lineUp(now_ns);
         QVERIFY(exchange(&watch, &now_ns));
         QVERIFY(watch.isPauseDue(now_ns));
-        QCOMPARE(watch.pauseEnd_ns(now_ns, now_ns - 8 * MS), now_ns + 11 * MS);
+        QCOMPARE(watch.pauseEnd_ns(now_ns), now_ns + 11 * MS);
         QVERIFY(watch.pauseWasSilent(now_ns, now_ns + 11 * MS));
         QVERIFY(!exchange(&watch, &now_ns));
+    }
+
+    // A reply to a later attempt tells no time: it may be that to an earlier one.
+    void aStationWhoseTimeIsNotKnownIsListenedToForItsTimeout()
+    {
+        StepWatch watch(ONE_PERCENT, false);
+        watch.lineUp(0);
+        watch.sent(requestOf(1, 8), 0, TIMEOUT);
+        watch.sent(requestOf(1, 8), 0, TIMEOUT);
+        QVERIFY(watch.replied(WORD, 8 * MS, 8 * MS, false));
+        qint64 now_ns = watch.pauseEnd_ns(8 * MS);
+        QCOMPARE(now_ns, 8 * MS + ReplyTimes::pauseAfter_ns(TIMEOUT));
+        watch.pauseWasSilent(8 * MS, now_ns);
+        exchange(&watch, &now_ns);
+        watch.askForProof();
+        QCOMPARE(watch.pauseEnd_ns(now_ns), now_ns + 11 * MS);
+    }
+
+    // Such a reply may be one that was under way to another attempt, and much too fast.
+    void theFirstTimeOfAStationThatFailedCountsOnceItIsProved()
+    {
+        StepWatch watch(ONE_PERCENT, false);
+        qint64 now_ns = 0;
+        watch.lineUp(now_ns);
+        watch.sent(requestOf(1, 8), now_ns, TIMEOUT);
+        watch.somethingOdd();
+        watch.pauseWasSilent(now_ns, now_ns);
+        QVERIFY(exchange(&watch, &now_ns));
+        const qint64 end_ns = watch.pauseEnd_ns(now_ns);
+        QCOMPARE(end_ns, now_ns + ReplyTimes::pauseAfter_ns(TIMEOUT));
+        watch.pauseWasSilent(now_ns, end_ns);
+        now_ns = end_ns;
+        exchange(&watch, &now_ns);
+        QCOMPARE(watch.pauseEnd_ns(now_ns), now_ns + 3 * MS);
+    }
+
+    void aPauseAlsoWaitsForASlowStationAskedBefore()
+    {
+        StepWatch watch(ONE_PERCENT, false);
+        qint64 now_ns = 0;
+        watch.lineUp(now_ns);
+        const QByteArray other = QByteArray(WORD).replace(1, 2, "02");
+        watch.sent(requestOf(2, 8), now_ns, TIMEOUT);
+        watch.replied(other, now_ns, 40 * MS, true);
+        watch.sent(requestOf(1, 8), now_ns, TIMEOUT);
+        watch.replied(WORD, now_ns, MS, true);
+        QCOMPARE(watch.pauseEnd_ns(now_ns), now_ns + 51 * MS);
+    }
+
+    void whatAnswersNeitherRequestNorShapeAnswersAnother()
+    {
+        StepWatch watch(ONE_PERCENT, false);
+        watch.lineUp(0);
+        watch.sent(requestOf(1, 8), 0, TIMEOUT);
+        QVERIFY(watch.answersAnother(BIT));
+        QVERIFY(watch.answersAnother(QByteArray(WORD).replace(1, 2, "02")));
+        QVERIFY(!watch.answersAnother(WORD));
+        QVERIFY(!watch.answersAnother(BIT.left(5)));
+        QVERIFY(!watch.answersAnother(QByteArray(BIT).replace(3, 1, "x")));
+        QVERIFY(!watch.answersAnother(QByteArray(BIT).replace(0, 1, "\x15")));
+        QVERIFY(!watch.answersAnother(QByteArray()));
     }
 
     void pausesTakeTheirShareOfTheTime()
@@ -104,7 +166,7 @@ private Q_SLOTS:
         for (; exchange(&watch, &now_ns) && watch.isPauseDue(now_ns); ++proofs) {
             // The first pause is a whole one; from then on no reply can be further behind than its
             // own request.
-            const qint64 end_ns = watch.pauseEnd_ns(now_ns, now_ns - 8 * MS);
+            const qint64 end_ns = watch.pauseEnd_ns(now_ns);
             QCOMPARE(end_ns - now_ns, proofs == 0 ? 11 * MS : 3 * MS);
             watch.pauseWasSilent(now_ns, end_ns);
             now_ns = end_ns;
@@ -127,7 +189,7 @@ private Q_SLOTS:
         begin(&watch, &now_ns);
         for (int i = 0; i < 1000; ++i) {
             QVERIFY(exchange(&watch, &now_ns));
-            QCOMPARE(watch.pauseEnd_ns(now_ns, now_ns - 8 * MS), now_ns + 3 * MS);
+            QCOMPARE(watch.pauseEnd_ns(now_ns), now_ns + 3 * MS);
             QVERIFY(watch.pauseWasSilent(now_ns, now_ns + 3 * MS));
         }
     }
@@ -137,11 +199,11 @@ private Q_SLOTS:
         StepWatch watch(ONE_PERCENT, false);
         qint64 now_ns = 0;
         begin(&watch, &now_ns);
-        watch.sent(requestOf(1, 8));
+        watch.sent(requestOf(1, 8), now_ns, TIMEOUT);
         QVERIFY(watch.replied(WORD, now_ns, 2 * MS, true));
         QVERIFY(watch.isPauseDue(now_ns));
         watch.pauseWasSilent(now_ns, now_ns);
-        watch.sent(requestOf(1, 8));
+        watch.sent(requestOf(1, 8), now_ns, TIMEOUT);
         QVERIFY(watch.replied(WORD, now_ns, 12 * MS, true));
     }
 
@@ -150,9 +212,9 @@ private Q_SLOTS:
         StepWatch watch(ONE_PERCENT, false);
         qint64 now_ns = 0;
         begin(&watch, &now_ns);
-        watch.sent(requestOf(1, 8));
+        watch.sent(requestOf(1, 8), now_ns, TIMEOUT);
         QVERIFY(!watch.replied(WORD, now_ns, 200 * MS, false));
-        QCOMPARE(watch.pauseEnd_ns(now_ns, 0), now_ns + 11 * MS);
+        QCOMPARE(watch.pauseEnd_ns(now_ns), now_ns + 11 * MS);
     }
 
     void aByteInAPauseLeavesTheTimeSinceTheLastUnproved()
@@ -174,19 +236,19 @@ private Q_SLOTS:
     {
         StepWatch watch(ONE_PERCENT, false);
         watch.lineUp(0);
-        watch.sent(requestOf(1, 8));
+        watch.sent(requestOf(1, 8), 0, TIMEOUT);
         QVERIFY(!watch.showsBehind(WORD));
-        watch.sent(requestOf(1, 6));
+        watch.sent(requestOf(1, 6), 0, TIMEOUT);
         QVERIFY(watch.showsBehind(WORD));
         QVERIFY(!watch.showsBehind(WORD.left(7)));
         QVERIFY(!watch.showsBehind(WORD + '\r'));
         QVERIFY(!watch.showsBehind("\x06"
                                    "0212AB\r"));
         QVERIFY(!watch.showsBehind(QByteArray(WORD).replace(0, 1, "\x15")));
-        watch.sent(requestOf(1, 6));
+        watch.sent(requestOf(1, 6), 0, TIMEOUT);
         QVERIFY(!watch.showsBehind(WORD));
-        watch.sent(requestOf(2, 8));
-        watch.sent(requestOf(1, 8));
+        watch.sent(requestOf(2, 8), 0, TIMEOUT);
+        watch.sent(requestOf(1, 8), 0, TIMEOUT);
         QVERIFY(watch.showsBehind("\x06"
                                   "0212AB\r"));
     }
@@ -203,7 +265,7 @@ private Q_SLOTS:
         exchange(&watch, &now_ns, 1, 6);
         watch.pauseWasSilent(now_ns, now_ns + 11 * MS);
         now_ns += 11 * MS;
-        watch.sent(requestOf(1, 8));
+        watch.sent(requestOf(1, 8), now_ns, TIMEOUT);
         // All since the last two that differed may have been behind, silent pauses or not.
         QVERIFY(watch.showsBehind(BIT));
         QCOMPARE(watch.outOfStep(now_ns), differed_ns);
@@ -220,7 +282,7 @@ private Q_SLOTS:
         StepWatch watch(ONE_PERCENT, false);
         qint64 now_ns = 0;
         begin(&watch, &now_ns);
-        watch.sent(requestOf(1, 6));
+        watch.sent(requestOf(1, 6), now_ns, TIMEOUT);
         QVERIFY(watch.showsBehind(WORD));
         watch.outOfStep(now_ns);
         exchange(&watch, &now_ns, 2, 6, BIT);
@@ -234,7 +296,7 @@ private Q_SLOTS:
         StepWatch watch(ONE_PERCENT, false);
         qint64 now_ns = 0;
         begin(&watch, &now_ns);
-        watch.sent(requestOf(1, 6));
+        watch.sent(requestOf(1, 6), now_ns, TIMEOUT);
         QVERIFY(watch.showsBehind(WORD));
         watch.outOfStep(now_ns);
         watch.lineUp(now_ns);
