@@ -56,9 +56,12 @@ bool hasForm(const QByteArray &word, char form)
 
 bool isStamp(const QByteArray &word)
 {
-    return !word.isEmpty() && std::all_of(word.begin(), word.end(), [](char c) {
-        return (c >= '0' && c <= '9') || c == '.';
-    });
+    constexpr double LONGEST_RUN_s = 1e12; // thirty thousand years, and fits wherever it is counted
+    bool isNumber = false;
+    const double seconds = word.toDouble(&isNumber);
+    return isNumber && seconds < LONGEST_RUN_s && std::all_of(word.begin(), word.end(), [](char c) {
+               return (c >= '0' && c <= '9') || c == '.';
+           });
 }
 
 bool wordsFit(const TraceRecord &record)

@@ -40,11 +40,28 @@ private Q_SLOTS:
     void aLineThatIsNoRecordIsNamed_data()
     {
         QTest::addColumn<QByteArray>("line");
-        for (const char *line :
-             {"", " ", "0.1", "0.1 ", "0.1 asked 05 8", "0.1 ask 05", "0.1 ask 05 8 9",
-              "0.1 ask 05 x", "0.1 ask 0 8", "0.1 ask 0g 8", "0.1 ask 0a 8", "x ask 05 8",
-              "0.1  ask 05 8", "0.1 ask 05  8", "0.1 judge 05 1 1 1 99999999999 1", "0.1 local",
-              "0.1 full now", "0.1 value 2 1 1.1.1.1 1001 1 -", "0.1 value 2 1 1.1.1.1 x 1 -"})
+        for (const char *line : {"",
+                                 " ",
+                                 "0.1",
+                                 "0.1 ",
+                                 "0.1 asked 05 8",
+                                 "0.1 ask 05",
+                                 "0.1 ask 05 8 9",
+                                 "0.1 ask 05 x",
+                                 "0.1 ask 0 8",
+                                 "0.1 ask 0g 8",
+                                 "0.1 ask 0a 8",
+                                 "x ask 05 8",
+                                 "0.1  ask 05 8",
+                                 "0.1 ask 05  8",
+                                 "0.1 judge 05 1 1 1 99999999999 1",
+                                 "0.1 local",
+                                 "0.1.2 ask 05 8",
+                                 ". ask 05 8",
+                                 "99999999999999999999 ask 05 8",
+                                 "0.1 full now",
+                                 "0.1 value 2 1 1.1.1.1 1001 1 -",
+                                 "0.1 value 2 1 1.1.1.1 x 1 -"})
             QTest::newRow(line) << QByteArray(line);
     }
 
