@@ -1,9 +1,9 @@
 // The driver behind its entry points: any calls that a host may make, in any order, with any
 // records, replies and lengths. Held against what driver/entry_points.h and docs/protocol.md say.
+#include "tests/fuzz/support/driver_promises.h"
 #include "tests/fuzz/support/fuzz_input.h"
 #include "tests/fuzz/support/good_reply.h"
 #include "tests/fuzz/support/linked_driver.h"
-#include "tests/fuzz/support/promise.h"
 
 #include <limits>
 #include <vector>
@@ -11,27 +11,16 @@
 namespace
 {
 
-constexpr int INT_EDGES[] = {0,
-                             1,
-                             2,
-                             -1,
-                             255,
-                             256,
-                             70,
-                             1024,
-                             std::numeric_limits<int>::max(),
-                             std::numeric_limits<int>::min()};
+constexpr int LARGEST = std::numeric_limits<int>::max();
+constexpr int INT_EDGES[] = {0, 1, 2, -1, 255, 256, 70, 1024, LARGEST, -LARGEST - 1};
 constexpr const char *ADDRESSES[] = {"5.2.1",   "5.3.1",  "5.2.3", "1.2.0",   "1.17.0", "7.0.1.4",
                                      "7.0.0.0", "18.1.0", "18.1",  "18.01.0", "",       "-9.0.0"};
 constexpr int OWN_WORD = 0x5A5A;
-
-int depth = 0; // of callbacks
 
 int onceReadDone(int, int, int, int status)
 {
     require(!isFree(PLC_driver.listMutex), "a callback runs under the list mutex");
     require(status == ONCE_READ_DONE || status == ONCE_READ_FAILED, "a read is done or has failed");
-    require(depth == 0, "callbacks are not nested");
     return 1;
 }
 
@@ -206,7 +195,7 @@ private:
     void checkQueued(const QList<RW_VAR> &queue, Add add, RW_VAR *var)
     {
         const int mode = input_.below(3);
-        for (int left = input_.once(16) ? 4 * input_.byte() : 1; left > 0; --left) {
+        for (int left = input_.once(64) ? 4 * input_.byte() : 1; left > 0; --left) {
             const int before = queue.size();
             const int queued = add(var, mode);
             const int grown = queue.size() - before;
@@ -285,32 +274,6 @@ private:
         return frame;
     }
 
-    void checkTextFrame(const Protocol &frame)
-    {
-        const int length = frame.frameLength;
-        require(length == 8 || length == 10 || length == 12, "a frame has 8, 10 or 12 bytes");
-        for (int i = 1; i + 1 < length; ++i)
-            require(isxdigit(frame.frame.at(i)) != 0 && islower(frame.frame.at(i)) == 0,
-                    "a frame is made of upper-case digits");
-        const int expected = frame.expectedReplyLength;
-        require(expected == 6 || expected == 8 || expected == 144, "a reply has 6, 8 or 144 bytes");
-        require(frame.builderParam1 == 0
-                    ? frame.builderParam2 == 0 && expected == 6
-                    : frame.builderParam1 + frame.builderParam2 + 1 == expected,
-                "the data stands between the station and the end");
-    }
-
-    void checkEnvelope(const Protocol &frame)
-    {
-        const QByteArray &bytes = frame.frame;
-        require(bytes.size() >= 22, "an envelope has 22 bytes or more");
-        quint32 sum = 0;
-        for (int i = 0; i + 1 < bytes.size(); ++i)
-            sum += static_cast<quint8>(bytes.at(i));
-        require(static_cast<quint8>(bytes.at(0)) == (bytes.size() & 0xFF), "it knows its length");
-        require(static_cast<quint8>(bytes.at(bytes.size() - 1)) == (sum & 0xFF), "and its sum");
-    }
-
     void answerBadly()
     {
         QByteArray reply = input_.bytes(input_.below(160));
@@ -325,7 +288,7 @@ private:
 
     void exchange()
     {
-        for (int left = input_.once(8) ? input_.byte() : 1; left > 0; --left) {
+        for (int left = input_.once(16) ? input_.below(64) : 1; left > 0; --left) {
             const Protocol *frame = ask();
             if (frame == nullptr)
                 continue;
@@ -356,22 +319,6 @@ private:
                     "a value that was read can be looked up");
     }
 
-    // What DataCom has to make of a reply, by driver/records.h and docs/protocol.md.
-    int expectedClass(const Protocol &frame, const QByteArray *reply, int length) const
-    {
-        const bool local = frame.var.plcNo == info_.localPlcNo;
-        if (length == 0 && frame.expectedReplyLength != 0)
-            return local ? RESULT_LOCAL_NO_REPLY : RESULT_REMOTE_NO_REPLY;
-        if (length != frame.expectedReplyLength)
-            return local ? RESULT_LOCAL_WRONG_LENGTH : RESULT_REMOTE_WRONG_LENGTH;
-        const bool good = reply != nullptr && length > 0 && length <= reply->size() &&
-                          reply->at(length - 1) == FRAME_CR && reply->at(0) != FRAME_NAK &&
-                          (frame.var.rwKind == RW_READ || frame.var.rwKind == RW_WRITE);
-        if (!good)
-            return local ? RESULT_LOCAL_BAD_REPLY : RESULT_REMOTE_BAD_REPLY;
-        return local || frame.var.remoteTag == -1 ? RESULT_SUCCESS : RESULT_REMOTE_SUCCESS;
-    }
-
     void answer(QByteArray *reply, int length)
     {
         if (PLC_driver.pendingFrames.isEmpty()) {
@@ -381,7 +328,7 @@ private:
         }
         const Protocol frame = PLC_driver.pendingFrames.first();
         const int retries = info_.retryCount;
-        const int expected = expectedClass(frame, reply, length);
+        const int expected = expectedClass(frame, reply, length, info_.localPlcNo);
         const RW_VAR *record = DataCom(reply, length);
         if (expected == RESULT_SUCCESS || expected == RESULT_REMOTE_SUCCESS) {
             require(record->result == expected, "a good reply is a success");
@@ -414,19 +361,6 @@ private:
                 "the host's own words are left alone");
         require(PLC_driver.pendingFrames.size() <= 1, "one frame is under way");
         require(info_.retryCount >= 0, "attempts are not negative");
-    }
-
-    static bool holdsUp(const RW_VAR &var, bool isWrite)
-    {
-        return var.areaType < AREA_X || var.areaType > (isWrite ? AREA_D : AREA_C);
-    }
-
-    static bool anyHoldsUp(const QList<RW_VAR> &list, bool isWrite)
-    {
-        for (const RW_VAR &var : list)
-            if (holdsUp(var, isWrite))
-                return true;
-        return false;
     }
 
     // Whatever was queued, a host that goes on polling serves it; but for what builds no frame.
