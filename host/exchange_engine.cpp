@@ -305,8 +305,13 @@ int ExchangeEngine::handOver(AttemptEnd end)
 void ExchangeEngine::noteSteps(Attempt *attempt)
 {
     if (attempt->isSuccess()) {
-        attempt->unproven = steps_.replied(reply_.bytes(), attempt->endedAt_ns,
-                                           replyBegan_ns_ - sentAt_ns_, timesSent_ == 1);
+        // A host that was kept from reading has measured itself, not the station.
+        const bool readInTime = replyBegan_ns_ <= replyDue_ns_;
+        if (!readInTime)
+            steps_.somethingOdd();
+        attempt->unproven =
+            steps_.replied(reply_.bytes(), attempt->endedAt_ns, replyBegan_ns_ - sentAt_ns_,
+                           timesSent_ == 1 && readInTime);
         if (!attempt->doubtful)
             judge_.accepted(request_);
         return;

@@ -110,6 +110,21 @@ private Q_SLOTS:
         QCOMPARE(bench.log.passed.size(), 1);
     }
 
+    // Of a host that was stopped for two seconds. Nothing says how long the station took.
+    void aReplyThatWasReadLateMakesNoPauseLonger()
+    {
+        EngineBench bench(TWO_WORDS);
+        bringUp(&bench);
+        bench.exchange(2000, REPLY);
+        QVERIFY(bench.log.ended.last().unproven);
+        for (int i = 0; i < 3; ++i) {
+            QCOMPARE(bench.take(), QByteArray());
+            QVERIFY(bench.left_ms() <= 14);
+            bench.passDeadline();
+            bench.exchange(10, REPLY);
+        }
+    }
+
     void anAnswerToTheRequestBeforeIsRecognisedByItsLength()
     {
         EngineBench bench({{AREA_D, 1, "5.2.1"}, {AREA_X, 1, "1.2.0"}}, 0);
