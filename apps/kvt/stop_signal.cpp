@@ -44,6 +44,10 @@ StopSignal::StopSignal()
     letOutputWait(false);
     pthread_sigmask(SIG_BLOCK, &signals, nullptr);
     descriptor_ = signalfd(-1, &signals, SFD_CLOEXEC | SFD_NONBLOCK);
+    if (descriptor_ < 0) { // then they end the process as ever
+        pthread_sigmask(SIG_UNBLOCK, &signals, nullptr);
+        return;
+    }
     notifier_ = std::make_unique<QSocketNotifier>(descriptor_, QSocketNotifier::Read);
     QObject::connect(notifier_.get(), &QSocketNotifier::activated, this, [this] {
         takeSignals(descriptor_);
@@ -53,9 +57,11 @@ StopSignal::StopSignal()
 
 StopSignal::~StopSignal()
 {
-    notifier_.reset();
-    takeSignals(descriptor_);
-    close(descriptor_);
+    if (descriptor_ >= 0) {
+        notifier_.reset();
+        takeSignals(descriptor_);
+        close(descriptor_);
+    }
     const sigset_t signals = stopSignals();
     pthread_sigmask(SIG_UNBLOCK, &signals, nullptr);
     letOutputWait(!wasRequested());
