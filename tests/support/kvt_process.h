@@ -28,7 +28,15 @@ public:
         }
     }
 
-    /// Before the start: where standard output and error go, and the folder to run in.
+    /// Before the start: a variable of its environment, where standard input comes from, where
+    /// standard output and error go, and the folder to run in.
+    void setVariable(const QString &name, const QString &value)
+    {
+        QProcessEnvironment environment = process_.processEnvironment();
+        environment.insert(name, value);
+        process_.setProcessEnvironment(environment);
+    }
+    void takeInputFrom(const QString &file) { process_.setStandardInputFile(file); }
     void sendOutputTo(const QString &file) { process_.setStandardOutputFile(file); }
     void sendErrorsTo(const QString &file) { process_.setStandardErrorFile(file); }
     void runIn(const QString &folder) { process_.setWorkingDirectory(folder); }
@@ -36,6 +44,16 @@ public:
     void start(const QStringList &arguments)
     {
         process_.start(QStringLiteral(KVT_PROGRAM), arguments);
+    }
+
+    /// The same by way of a shell that runs `preparation` first, "ulimit -n 8" for instance.
+    void startBehind(const QString &preparation, const QStringList &arguments)
+    {
+        process_.start(QStringLiteral("bash"),
+                       QStringList{QStringLiteral("-c"),
+                                   preparation + QStringLiteral("; exec \"$@\""),
+                                   QStringLiteral("bash"), QStringLiteral(KVT_PROGRAM)} +
+                           arguments);
     }
 
     /// The next line of standard output without its end; null when there will be none.
@@ -61,7 +79,8 @@ public:
         return line;
     }
 
-    bool isRunning() const { return process_.state() == QProcess::Running; }
+    bool isRunning() const { return process_.state() != QProcess::NotRunning; }
+    qint64 id() const { return process_.processId(); }
 
     /// What Ctrl-C sends.
     void interrupt() { signal(SIGINT); }
