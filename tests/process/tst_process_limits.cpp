@@ -57,8 +57,9 @@ private Q_SLOTS:
         QTest::newRow("decode") << QStringLiteral("decode 02303105") << false;
     }
 
-    // Below four a program does not even load its libraries. Each of the limits up to the one with
-    // which all goes well lets another step fail.
+    // Each of the limits up to the one with which all goes well lets another step fail. How many a
+    // program inherits, and so with how many it has loaded its libraries, is its surroundings'
+    // affair.
     void withTooFewDescriptorsItSaysSo()
     {
         QFETCH(QString, command);
@@ -75,7 +76,9 @@ private Q_SLOTS:
             kvt.startBehind(QStringLiteral("ulimit -n %1").arg(descriptors), words);
             status = kvt.finish();
             const QByteArray errors = kvt.errors();
-            QVERIFY2(status >= 0 && descriptors < 32, errors.constData());
+            QVERIFY2(status >= 0 && descriptors < 64, errors.constData());
+            if (errors.contains("error while loading shared libraries"))
+                continue;
             QCOMPARE(faultOfMessages(errors), QString());
             QVERIFY2(status == 0 || errors.contains("Too many open files"), errors.constData());
         }
