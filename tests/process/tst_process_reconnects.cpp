@@ -117,7 +117,7 @@ private Q_SLOTS:
     void aPtyThatBreaksAgainAndAgainIsPolledStill()
     {
         const SimulatedLine line(SimulatedLine::Kind::Pty, constantValues());
-        const int breaks = effort(10, 1000);
+        const int breaks = effort(6, 1000);
         SimulatedLine broken(
             SimulatedLine::Kind::Pty,
             constantValues({QStringLiteral("--faults"), QStringLiteral("break=every40:1ms")}));

@@ -30,7 +30,7 @@ private Q_SLOTS:
         kvt.startBehind(
             QStringLiteral("renice -n 19 $$ >&2"),
             pollArguments(line, "--json --interval 20 --timeout 20") +
-                QStringList{QStringLiteral("--seconds"), QString::number(effort(3, 30))});
+                QStringList{QStringLiteral("--seconds"), QString::number(effort(2, 15))});
         const int status = kvt.finish();
         for (const std::unique_ptr<QProcess> &process : busy) {
             process->kill();
