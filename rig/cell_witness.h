@@ -2,8 +2,10 @@
 #ifndef KVT_RIG_CELL_WITNESS_H
 #define KVT_RIG_CELL_WITNESS_H
 
-#include "host/reply_times.h"
+#include "rig/answer_book.h"
+#include "rig/reply_begin.h"
 #include "rig/rig.h"
+#include "rig/wrong_values.h"
 
 #include <QMap>
 #include <QSet>
@@ -13,23 +15,22 @@ namespace kvt
 
 /// What came out of one run. Times are nanoseconds.
 struct Findings {
-    qint64 values = 0;            ///< shown as good
-    qint64 wrong = 0;             ///< of these, not from the PLC's answer to their own request
-    qint64 wrongLongest_ns = 0;   ///< for so long such a one was shown as good
-    qint64 bound_ns = 0;          ///< the bound, as it was for wrong values or, without any, is
-    qint64 beyondBound = 0;       ///< those shown for longer than the bound
-    qint64 beyondOfSeveral = 0;   ///< the same where faults followed each other
-    qint64 longestRequest_ns = 0; ///< longest time that a request took, with all its attempts
-    qint64 recovery_ns = 0;       ///< longest time from a single fault to the next good value
-    qint64 recoveryAfter_ns = 0;  ///< the same behind the last of a row of faults; -1: never
-    qint64 writes = 0;            ///< requested
-    qint64 writesLost = 0;        ///< sent, and not carried out
-    qint64 writesDoubled = 0;     ///< carried out more than once
-    qint64 writesUnsettled = 0;   ///< without exactly one final state
-    qint64 writesBelied = 0;      ///< acknowledged, and not carried out just once where it counts
-    QMap<QString, int> verdicts;  ///< on struck attempts
-    QSet<QString> qualities;      ///< of struck tags until they were good again
-    QSet<QString> told;           ///< events
+    qint64 values = 0;           ///< shown as good
+    qint64 wrong = 0;            ///< of these, not from the PLC's answer to their own request
+    qint64 wrongLongest_ns = 0;  ///< for so long such a one was shown as good
+    qint64 bound_ns = 0;         ///< the bound, as it was for wrong values or, without any, is
+    qint64 beyondBound = 0;      ///< those shown for longer than the bound
+    qint64 beyondOfSeveral = 0;  ///< the same where faults followed each other
+    qint64 recovery_ns = 0;      ///< longest time from a single fault to the next good value
+    qint64 recoveryAfter_ns = 0; ///< the same behind the last of a row of faults; -1: never
+    qint64 writes = 0;           ///< requested
+    qint64 writesLost = 0;       ///< sent, and not carried out
+    qint64 writesDoubled = 0;    ///< carried out more than once
+    qint64 writesUnsettled = 0;  ///< without exactly one final state
+    qint64 writesBelied = 0;     ///< acknowledged, and not carried out just once where it counts
+    QMap<QString, int> verdicts; ///< on struck attempts
+    QSet<QString> qualities;     ///< of struck tags until they were good again
+    QSet<QString> told;          ///< events
 };
 
 /// Takes part in a run as its receiver of events. One thread.
@@ -37,7 +38,10 @@ class CellWitness final : public NoEvents
 {
 public:
     /// `isStruck` tells the tags that faults concern.
-    CellWitness(const QVector<Tag> &tags, std::function<bool(const Tag &)> isStruck);
+    CellWitness(const QVector<Tag> &tags, const std::function<bool(const Tag &)> &isStruck);
+
+    /// The tap that the host's line must have.
+    LineTap *tap() { return &begin_; }
 
     /// The parts of the run, which outlive the witness' use.
     void watch(HostSession *session, VirtualLine *line);
@@ -80,19 +84,6 @@ public:
     void attemptEnded(const Attempt &attempt) override;
 
 private:
-    struct Answer {
-        qint64 at_ns;
-        QByteArray reply;
-    };
-    struct Asked {
-        QByteArray frame;
-        qint64 since_ns = 0;
-    };
-    struct Wrong {
-        qint64 since_ns = 0;
-        qint64 bound_ns = 0;
-        bool several = false;
-    };
     struct Write {
         int finals = 0;
         int carriedOut = 0;
@@ -100,10 +91,7 @@ private:
         WriteReport last;
     };
 
-    qint64 bound_ns() const;
-    bool isTrue(int tag, const Reading &reading) const;
     void recovered(qint64 at_ns);
-    void hidden(int tag, qint64 now_ns);
     void tell(const QString &text);
     void noteQualities();
     void writeEnded(const Attempt &attempt);
@@ -113,12 +101,9 @@ private:
     HostSession *session_ = nullptr;
     VirtualLine *line_ = nullptr;
     Findings findings_;
-    QHash<QByteArray, QVector<Answer>> answers_; // by request
-    QMap<qint64, Asked> asked_;                  // by the time that the reply was complete
-    Asked current_;
-    QHash<int, Wrong> wrong_; // tags that show a wrong value as good
-    ReplyTimes times_;        // as the host keeps them
-    QSet<int> stations_;
+    AnswerBook answers_;
+    ReplyBegin begin_;
+    WrongValues wrong_;
     QHash<int, Write> writes_;
     QHash<QByteArray, int> carriedOut_; // by request on its way
     qint64 openWrites_ = 0;

@@ -238,10 +238,11 @@ CellResult runFaultCell(const FaultCell &cell, const QString &driverPath, quint6
 {
     CellResult result;
     result.cell = cell;
-    const RigSettings settings = rigSettings(cell, driverPath, seed);
+    RigSettings settings = rigSettings(cell, driverPath, seed);
     const QString command = QString::number(commandOf(cell.request)) + QLatin1Char('.');
     CellWitness witness(settings.tags,
                         [&](const Tag &tag) { return tag.address.startsWith(command); });
+    settings.session.engine.tap = witness.tap();
     const std::unique_ptr<Rig> rig = Rig::make(settings, &witness, &result.error);
     if (!rig)
         return result;

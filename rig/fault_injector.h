@@ -2,8 +2,7 @@
 #ifndef KVT_RIG_FAULT_INJECTOR_H
 #define KVT_RIG_FAULT_INJECTOR_H
 
-#include "host/engine_settings.h"
-#include "rig/fault_kinds.h"
+#include "rig/fault_striker.h"
 
 namespace kvt
 {
@@ -25,8 +24,8 @@ struct InjectorSettings {
 };
 
 /// Three phases: the fault now and then; the fault now and then and another one soon after it; the
-/// fault at every request of the kind for five seconds. After these the line is sound. What the PLC
-/// sends goes out in order, a late reply ahead of what follows it. One thread.
+/// fault at every request of the kind for five seconds. After these the line is sound. One
+/// thread.
 class FaultInjector final : public LineFault
 {
 public:
@@ -46,20 +45,17 @@ public:
     qint64 struckAt_ns() const { return struckAt_ns_; }
 
     /// A fault of several answers goes on.
-    bool goesOn() const { return lagLeft_ > 0; }
+    bool goesOn() const { return striker_.goesOn(); }
 
 private:
     void choose(const QByteArray &request, qint64 now_ns);
     void nextPhase(qint64 now_ns);
     bool isDue();
     int wanted() const;
-    Struck struckOf(const QByteArray &request, qint64 now_ns, const PlcReaction &honest);
-    LineReaction lag(const PlcReaction &honest);
-    void putInOrder(LineReaction *reaction, qint64 now_ns);
-    qint64 freeAt_ns(qint64 start_ns, qint64 length_ns) const;
 
     InjectorSettings settings_;
     Random random_;
+    FaultStriker striker_;
     Phase phase_ = Phase::Single;
     const FaultOfLine *chosen_ = nullptr; // for the request on its way
     int strikes_ = 0;
@@ -67,9 +63,6 @@ private:
     int second_ = 0;       // requests until the second fault; 0: none is due
     qint64 always_ns_ = 0; // when the last phase began
     qint64 struckAt_ns_ = 0;
-    int lagLeft_ = 0; // answers still to be kept back
-    QByteArray keptBack_;
-    QVector<QPair<qint64, qint64>> busy_; // begin and end of answers on their way
 };
 
 } // namespace kvt

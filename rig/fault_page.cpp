@@ -169,13 +169,49 @@ QString otherTable(const QVector<CellResult> &results)
     return text;
 }
 
+CellFigures sumOf(const QVector<CellResult> &results, CellSettings settings, FaultLimit limit)
+{
+    CellFigures sum;
+    for (const CellResult &result : results)
+        if (result.cell.settings == settings && faultsOfLine().at(result.cell.fault).limit == limit)
+            takeTogether(&sum, figuresOf(result));
+    return sum;
+}
+
+QString summaryTable(const QVector<CellResult> &results)
+{
+    QString text =
+        QStringLiteral("| settings | faults | values | wrong: faults kept off | bounded | physics "
+                       "| writes | lost | doubled | unsettled | belied |\n"
+                       "|---|---:|---:|---:|---:|---:|---:|---:|---:|---:|---:|\n");
+    for (int i = 0; i < CELL_SETTINGS; ++i) {
+        const auto settings = static_cast<CellSettings>(i);
+        QStringList cells = {settingsName(settings)};
+        CellFigures all;
+        QStringList wrong;
+        for (const FaultLimit limit :
+             {FaultLimit::Kept, FaultLimit::Bounded, FaultLimit::Physics}) {
+            const CellFigures sum = sumOf(results, settings, limit);
+            takeTogether(&all, sum);
+            wrong.append(wrongText(sum));
+        }
+        cells << QString::number(all.strikes) << QString::number(all.values) << wrong;
+        for (const qint64 count :
+             {all.writes, all.writesLost, all.writesDoubled, all.writesUnsettled, all.writesBelied})
+            cells << QString::number(count);
+        text += row(cells);
+    }
+    return text;
+}
+
 } // namespace
 
 QString faultPage(const QVector<CellResult> &results)
 {
-    return QStringLiteral("### What is told\n\n") + toldTable(results) +
-           QStringLiteral("\n### Figures with the default settings\n\n") + defaultTable(results) +
-           QStringLiteral("\n### Figures with other settings\n\n") + otherTable(results);
+    return QStringLiteral("## All in all\n\n") + summaryTable(results) +
+           QStringLiteral("\n## What is told\n\n") + toldTable(results) +
+           QStringLiteral("\n## Figures with the default settings\n\n") + defaultTable(results) +
+           QStringLiteral("\n## Figures with other settings\n\n") + otherTable(results);
 }
 
 } // namespace kvt

@@ -19,6 +19,7 @@ struct RigSettings {
     SessionSettings session;
     PlcConfig plc;
     quint64 seed = 1;
+    qint64 start_ns = 0; ///< what the clock says at first
 };
 
 /// Loads the driver for itself alone; there can be one rig at a time. One thread.
@@ -31,14 +32,22 @@ public:
     static std::unique_ptr<Rig> make(const RigSettings &settings, HostEvents *events,
                                      QString *error);
 
+    /// Ends the host, unloads its driver, and starts both anew on the line as it is. False, with
+    /// `*error`, when the driver cannot be loaded; the rig is of no more use then.
+    bool restartHost(QString *error);
+
     HostSession &session() { return *session_; }
     SimulatedPlc &plc() { return *plc_; }
     VirtualLine &line() { return *line_; }
+    const DriverApi &driver() const { return library_.api(); }
     qint64 characterTime_ns() const { return characterTime_ns_; }
 
 private:
     Rig() = default;
+    bool startHost(QString *error);
 
+    RigSettings settings_;
+    HostEvents *events_ = nullptr;
     qint64 characterTime_ns_ = 0;
     DriverLibrary library_;
     std::unique_ptr<HostSession> session_;

@@ -1,4 +1,5 @@
 // Long runs of the rig: each proof prints a line of figures; the exit status is 0 only if all hold.
+#include "rig/long_run.h"
 #include "rig/proofs.h"
 
 #include <QCommandLineParser>
@@ -59,6 +60,19 @@ void compareQuietTimes(kvt::ProofRun run, QTextStream &out)
     }
 }
 
+bool runDays(const kvt::ProofRun &proof, int days, bool paced, QTextStream &out)
+{
+    kvt::LongRun run;
+    run.driverPath = proof.driverPath;
+    run.seed = proof.seed;
+    run.days = days;
+    run.paced = paced;
+    return report(out, kvt::proveLongLife(run, [&](const QString &day) {
+                      out << day << '\n';
+                      out.flush();
+                  }));
+}
+
 } // namespace
 
 int main(int argc, char *argv[])
@@ -73,6 +87,11 @@ int main(int argc, char *argv[])
                       QStringLiteral("number"), QStringLiteral("1")});
     parser.addOption({QStringLiteral("quiet-times"),
                       QStringLiteral("Compare silences after a failed attempt instead.")});
+    parser.addOption({QStringLiteral("days"),
+                      QStringLiteral("Days of a line's life instead, 1 to 3650."),
+                      QStringLiteral("number"), QStringLiteral("0")});
+    parser.addOption({QStringLiteral("unpaced"),
+                      QStringLiteral("With --days: the line hands bytes over at once.")});
     parser.process(app);
 
     QTextStream out(stdout);
@@ -85,6 +104,13 @@ int main(int argc, char *argv[])
             << "kvt_soak: --seed takes a whole number, and there are no arguments\n";
         return 2;
     }
+    const int days = parser.value(QStringLiteral("days")).toInt(&isNumber);
+    if (!isNumber || days < 0 || days > 3650) {
+        QTextStream(stderr) << "kvt_soak: --days takes a number from 1 to 3650\n";
+        return 2;
+    }
+    if (days > 0)
+        return runDays(run, days, !parser.isSet(QStringLiteral("unpaced")), out) ? 0 : 1;
     if (parser.isSet(QStringLiteral("quiet-times"))) {
         compareQuietTimes(run, out);
         return 0;

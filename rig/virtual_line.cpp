@@ -5,10 +5,21 @@
 namespace kvt
 {
 
-VirtualLine::VirtualLine(ExchangeEngine *engine, SimulatedPlc *plc, qint64 characterTime_ns)
-    : engine_(engine), plc_(plc), characterTime_ns_(characterTime_ns)
+VirtualLine::VirtualLine(ExchangeEngine *engine, SimulatedPlc *plc, qint64 characterTime_ns,
+                         qint64 start_ns)
+    : engine_(engine), plc_(plc), characterTime_ns_(characterTime_ns), now_ns_(start_ns)
 {
     mendLine();
+}
+
+void VirtualLine::handOver(ExchangeEngine *engine)
+{
+    engine_ = engine;
+    requestLeaves_ns_ = NEVER;
+    if (mended_ns_ != NEVER)
+        return;
+    engine_->lineUp(now_ns_);
+    startSending();
 }
 
 bool VirtualLine::step()

@@ -19,8 +19,13 @@ class VirtualLine
 public:
     /// `engine` and `plc` are not null and outlive the line. A character takes `characterTime_ns`
     /// in either direction; with 0 bytes take no time and are handed over in one piece, as on a
-    /// connection, and the PLC must need some time to answer. The line is up from time 0 on.
-    VirtualLine(ExchangeEngine *engine, SimulatedPlc *plc, qint64 characterTime_ns);
+    /// connection, and the PLC must need some time to answer. The line is up from `start_ns` on.
+    VirtualLine(ExchangeEngine *engine, SimulatedPlc *plc, qint64 characterTime_ns,
+                qint64 start_ns = 0);
+
+    /// Another host takes over, with an engine that has not been used. What is on its way arrives
+    /// there.
+    void handOver(ExchangeEngine *engine);
 
     /// From now on `fault` decides what becomes of the PLC's answers; null: nothing does. It
     /// outlives the line or is taken away before.
@@ -57,7 +62,7 @@ private:
     SimulatedPlc *plc_;
     LineFault *fault_ = nullptr;
     qint64 characterTime_ns_;
-    qint64 now_ns_ = 0;
+    qint64 now_ns_;
     std::deque<Arrival> arrivals_; // by time
     QByteArray piece_;             // kept so that none is made for each
     QByteArray request_;

@@ -1,0 +1,127 @@
+#include "rig/long_witness.h"
+
+namespace kvt
+{
+
+namespace
+{
+
+// Two faults within this time may have to do with each other.
+constexpr qint64 TOGETHER_ns = seconds(2);
+
+QSet<int> stationsOf(const QVector<Tag> &tags)
+{
+    QSet<int> stations;
+    for (const Tag &tag : tags)
+        stations.insert(tag.station);
+    return stations;
+}
+
+} // namespace
+
+LongWitness::LongWitness(const QVector<Tag> &tags) : answers_(tags), wrong_(stationsOf(tags)) {}
+
+void LongWitness::watch(HostSession *session, VirtualLine *line)
+{
+    session_ = session;
+    line_ = line;
+    begin_.watch(line);
+    wrong_.setEngine(session->engine().settings());
+}
+
+void LongWitness::answered(const QByteArray &request, const QByteArray &reply)
+{
+    answers_.answered(request, reply, line_->now_ns());
+    if (reply.startsWith('\x06'))
+        ++carriedOut_[request];
+}
+
+void LongWitness::struck(qint64 now_ns)
+{
+    struckBefore_ns_ = struckAt_ns_;
+    struckAt_ns_ = now_ns;
+}
+
+void LongWitness::requested(int id)
+{
+    writes_.insert(id, Write());
+    ++counts_.writes;
+}
+
+void LongWitness::look()
+{
+    if (wrong_.showing() > 0)
+        wrong_.look(session_->values(line_->now_ns()), line_->now_ns());
+}
+
+int LongWitness::hostEnded()
+{
+    wrong_.finish(line_->now_ns());
+    const int open = writes_.size();
+    writes_.clear();
+    carriedOut_.clear();
+    return open;
+}
+
+void LongWitness::stationSwitched(int, bool on)
+{
+    counts_.stationsOff += on ? 0 : 1;
+}
+
+void LongWitness::writeChanged(const WriteReport &report)
+{
+    if (!report.isFinal())
+        return;
+    const auto write = writes_.find(report.id);
+    if (write == writes_.end()) {
+        ++counts_.writesUnsettled;
+        return;
+    }
+    ++counts_.writeEnds.at(static_cast<size_t>(report.state));
+    if (report.state == WriteState::Acknowledged &&
+        (write->carriedOut == 0 || (write->isCommand && write->carriedOut > 1)))
+        ++counts_.writesBelied;
+    writes_.erase(write);
+}
+
+void LongWitness::onceReadEnded(int, int, bool)
+{
+    ++counts_.onceReads;
+}
+
+void LongWitness::tagRead(int tag, const Reading &reading)
+{
+    const qint64 now_ns = line_->now_ns();
+    wrong_.hidden(tag, now_ns);
+    if (reading.doubtful) {
+        ++counts_.doubtful;
+        return;
+    }
+    ++counts_.values;
+    if (!answers_.isTrue(tag, reading))
+        wrong_.shown(tag, now_ns, now_ns - struckBefore_ns_ < TOGETHER_ns);
+}
+
+void LongWitness::tagSuspect(int tag)
+{
+    wrong_.hidden(tag, line_->now_ns());
+}
+
+void LongWitness::outOfStep()
+{
+    ++counts_.outOfStep;
+}
+
+void LongWitness::attemptEnded(const Attempt &attempt)
+{
+    answers_.attemptEnded(attempt);
+    wrong_.attemptEnded(attempt, begin_.at_ns());
+    if (!attempt.isFinal())
+        return;
+    const int carriedOut = carriedOut_.take(attempt.request->frame);
+    const auto write = writes_.find(attempt.request->id);
+    if (attempt.request->kind == RequestKind::Write && write != writes_.end())
+        *write = {carriedOut, attempt.request->isCommand};
+}
+
+} // namespace kvt
