@@ -31,8 +31,10 @@ void readElements(QByteArray &out, int station, int address, int count)
 {
     const int elements = qMin(count, MOST_ELEMENTS);
     CachedRun run = cachedRun(station, AREA_C, address, elements);
+    QByteArray copy = out; // which may be the bytes of one of the records
     for (int i = 0; i < elements; ++i)
-        putWord(out, 2 * i, byteOrZero(nextData(run), 0));
+        putWord(copy, 2 * i, byteOrZero(nextData(run), 0));
+    out = copy;
 }
 
 // Copied byte by byte: what is stored may stand in memory of the host's own.
@@ -111,9 +113,9 @@ int SetRegisterData(QString name, int kind, QString addressText, int station, QB
 
 void WriteDataToLocal(RW_VAR *var)
 {
+    QMutexLocker lock(&PLC_driver.areaMutex);
     const int kind = var->areaType;
     const int elements = qMin(var->count, var->data.size() / 2); // both bytes of each present
-    QMutexLocker lock(&PLC_driver.areaMutex);
     if (kind != AREA_X && kind != AREA_D)
         return;
     CachedRun run = cachedRun(var->station, kind, var->address, elements);

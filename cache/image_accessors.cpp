@@ -67,7 +67,8 @@ void getBits(QByteArray &out, const Unit *area, int start, int count)
 template <typename Unit>
 void setBits(int start, Unit *area, const QByteArray &in, int count)
 {
-    for (int i = 0; i < qMin(count, in.size()); ++i)
+    const int size = in.size();
+    for (int i = 0; i < qMin(count, size); ++i)
         setBit(area, Index(start) + i, in.at(i) == 1);
 }
 
@@ -142,11 +143,12 @@ void SaveWordToUS(QByteArray *in, unsigned short *area)
         return;
     const Protocol &request = PLC_driver.pendingFrames.first();
     const Index first = request.builderParam1;
+    const int size = in->size();
     for (Index i = 0; i < request.builderParam2 / 2; ++i) {
         const Index source = first + 2 * i;
-        if (source + 1 >= in->size())
+        if (source + 1 >= size)
             break;
-        if (isInside(source, in->size())) {
+        if (isInside(source, size)) {
             const int high = static_cast<int>(source);
             area[request.var.address + i] = wordFrom(*in, high + 1, high);
         }

@@ -30,7 +30,7 @@ const int BLOCK_ELEMENTS = 70;
 enum ResultCode {
     RESULT_RETRY = 0,            ///< the attempt failed and will be repeated
     RESULT_SUCCESS = 1,          ///< done; also when nothing was pending
-    RESULT_REMOTE_SUCCESS = 100, ///< done on the remote path, nothing stored
+    RESULT_REMOTE_SUCCESS = 100, ///< done on the remote path; stored only with `remoteTag` -1
     RESULT_UNKNOWN = 200         ///< for a reason that there is not; DataCom never returns it
 };
 
@@ -72,7 +72,9 @@ const char FRAME_NAK = 0x15; ///< first byte of a refusal
 
 /// One variable to read or write. Copies share the strings and the value bytes. "Queues it" is the
 /// thread that calls AddListWriteVar, AddListOnceReadVar or AddListReadVar; for cyclic reads
-/// (ReCreatReadVarList) and host writes (SetRegisterData) the driver fills the record in there.
+/// (ReCreatReadVarList) and host writes (SetRegisterData) the driver fills the record in there. An
+/// envelope of `remoteMode` carries all numbers but `ownerSubId`, `reserved3` and `result`, most of
+/// them cut to its fields, and the `data` of a write.
 ///
 /// | Field | Written by | Read by | Range |
 /// |---|---|---|---|
@@ -88,7 +90,7 @@ const char FRAME_NAK = 0x15; ///< first byte of a refusal
 /// | count | as address | queues, cache, envelopes | elements: 1, or 70 in area C |
 /// | remoteTag | who queues it; 0 in cyclic reads, once-reads (mode not 1) and from SetRegisterData | polling thread, remote path | -1, or any other |
 /// | data | host, for a write | polling thread: frame and cache | bytes: 1 or 2 (X), 2 (D); empty in the record of DataCom |
-/// | name, reserved3, reserved13 | who queues it | nobody but envelopes (reserved13) | any |
+/// | name, reserved3, reserved13 | who queues it | nobody; reserved13 in envelopes | any |
 struct RW_VAR {
     qint32 ownerId = 0;    ///< requester, first half; 0 to 11 selects the error code's offset
     qint32 ownerSubId = 0; ///< requester, second half
@@ -167,7 +169,8 @@ struct HOST_VAR {
 /// driver's list mutex held: it must not call an entry point that takes that mutex.
 typedef int (*OnceReadDone)(int portTag, int ownerId, int ownerSubId, int status);
 
-/// Called for every write frame built on the ASCII link (not with `remoteMode`) and for every
+/// Called for every queued write whose turn comes on the ASCII link (not with `remoteMode`), also
+/// where its area builds no frame and it comes again, and for every
 /// request that has failed for good, always with flag 1 and an empty list, which the driver
 /// destroys unread. Runs on the polling thread with the driver's list mutex held: it must not call
 /// an entry point that takes that mutex.

@@ -48,9 +48,9 @@ void EnCommStation(int station, int mode)
         QMutexLocker lock(&PLC_driver.stationMutex);
         if (station < 0)
             PLC_driver.disabledStations.clear();
-        else if (mode == 0)
-            PLC_driver.disabledStations.insert(station, 0);
         else if (mode == 1)
             PLC_driver.disabledStations.remove(station);
+        else if (mode == 0 && !PLC_driver.disabledStations.contains(station))
+            PLC_driver.disabledStations.insert(station, 0);
     });
 }

@@ -134,6 +134,15 @@ private Q_SLOTS:
         QCOMPARE(PLC_driver.extendVars.size(), 2);
     }
 
+    void theRecordIsReadUnderTheAreaMutex()
+    {
+        RW_VAR var = toStore(3, 40, 2, "34 12 78 56");
+        QVERIFY(waitsFor(
+            PLC_driver.areaMutex, [&var] { WriteDataToLocal(&var); },
+            [&var] { var = toStore(1, 50, 1, "BC 9A"); }));
+        QCOMPARE(cacheRecords(), QStringList("4/1/50=BC9A"));
+    }
+
     void aHostWriteIsCachedUnlessItIsToBeSent_data()
     {
         QTest::addColumn<int>("mode");

@@ -106,6 +106,16 @@ private Q_SLOTS:
                  QStringList({"4/2/245=A5", "4/2/247=0102", "4/2/248=", "4/2/246=00000000"}));
     }
 
+    void theBufferMayBeTheBytesOfARecord()
+    {
+        cache(4, 2, 245, "11");
+        cache(4, 2, 246, "22");
+        cache(4, 2, 247, "33");
+        QByteArray &second = PLC_driver.extendVars[1].data;
+        QCOMPARE(get(2, "9.1.1.5", second, 3), 1);
+        QCOMPARE(second, bytes("11 00 22 00 33 00"));
+    }
+
     void aBlockOfNoElementsLeavesTheBuffer()
     {
         for (const int count : {0, -1, -2147483647 - 1}) {

@@ -160,6 +160,13 @@ private Q_SLOTS:
         QVERIFY(PLC_driver.disabledStations.isEmpty());
     }
 
+    void aStationAlreadyDisabledStaysAsItIs()
+    {
+        PLC_driver.disabledStations.insert(3, 7);
+        EnCommStation(3, 0);
+        QCOMPARE(PLC_driver.disabledStations.value(3), 7);
+    }
+
     void stationSwitchWaitsForTheStationMutexInEveryMode()
     {
         for (const int station : {-1, 3})
