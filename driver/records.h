@@ -24,7 +24,7 @@ enum AreaCode {
 enum RequestDirection { RW_READ = 0, RW_WRITE = 1 };
 
 /// Number of one-byte elements that one read of area C delivers.
-const int BLOCK_ELEMENTS = 70;
+constexpr int BLOCK_ELEMENTS = 70;
 
 /// The `result` of the record that DataCom returns, but for the final failures.
 enum ResultCode {
@@ -46,29 +46,29 @@ enum ResultClass {
 };
 
 /// Requesters that have a result code of their own within a class.
-const int RESULT_REQUESTERS = 12;
+constexpr int RESULT_REQUESTERS = 12;
 
 /// Most entries that the queue of writes, and that of once-reads, takes in a mode other than
 /// LIST_APPEND.
-const int QUEUE_LIMIT = 1024;
+constexpr int QUEUE_LIMIT = 1024;
 
 /// The `mode` of AddListWriteVar and AddListOnceReadVar that appends untested.
-const int LIST_APPEND = 1;
+constexpr int LIST_APPEND = 1;
 
 /// The `hostWriteMode` in which SetRegisterData sends to the PLC.
-const int HOST_WRITE_TO_PLC = 2;
+constexpr int HOST_WRITE_TO_PLC = 2;
 
 /// Word of the host's local words whose low half-byte steers the reads of area C.
-const int BLOCK_SELECT_WORD = 50000;
+constexpr int BLOCK_SELECT_WORD = 50000;
 
 /// The `status` of the once-read callback.
 enum OnceReadStatus { ONCE_READ_DONE = 1, ONCE_READ_FAILED = 2 };
 
 /// Control characters of the line.
-const char FRAME_ENQ = 0x05; ///< first byte of every request
-const char FRAME_ACK = 0x06; ///< first byte of a reply that is no refusal; not looked at
-const char FRAME_CR = 0x0D;  ///< last byte of every request and of every accepted reply
-const char FRAME_NAK = 0x15; ///< first byte of a refusal
+constexpr char FRAME_ENQ = 0x05; ///< first byte of every request
+constexpr char FRAME_ACK = 0x06; ///< first byte of a reply that is no refusal; not looked at
+constexpr char FRAME_CR = 0x0D;  ///< last byte of every request and of every accepted reply
+constexpr char FRAME_NAK = 0x15; ///< first byte of a refusal
 
 /// One variable to read or write. Copies share the strings and the value bytes. "Queues it" is the
 /// thread that calls AddListWriteVar, AddListOnceReadVar or AddListReadVar; for cyclic reads

@@ -20,6 +20,6 @@ struct KvtVersionNote {
 static_assert(sizeof(KvtVersionNote) == 28, "KvtVersionNote: seven words");
 
 /// The type of the note.
-const quint32 KVT_NOTE_VERSION = 1;
+constexpr quint32 KVT_NOTE_VERSION = 1;
 
 #endif
