@@ -8,6 +8,7 @@
 
 #include <QHash>
 
+#include <algorithm>
 #include <array>
 
 class SlaveWitness final : public RequestEnds
@@ -36,8 +37,15 @@ public:
     /// this was asked last.
     bool takeProofEnded() { return std::exchange(proofEnded_, false); }
 
-    /// Whether the station is polled.
-    bool isOn(int station) const { return !off_.contains(station); }
+    /// The stations that are switched off.
+    QSet<int> stationsOff() const { return off_; }
+
+    /// Whether no request waits, and no tag shows a value that is not its own.
+    bool isQuiet() const
+    {
+        return allEnded() && std::all_of(wrongSince_ns_.cbegin(), wrongSince_ns_.cend(),
+                                         [](qint64 since_ns) { return since_ns == kvt::NEVER; });
+    }
 
     void setFrameOf(int id, const QByteArray &frame) { frames_.insert(id, frame); }
 
