@@ -83,8 +83,10 @@ PlcRequest parseTextFrame(const QByteArray &frame)
         request.kind = PlcRequest::Kind::Read;
         return request;
     }
+    if (frame.size() != BYTE_WRITE_LENGTH && frame.size() != WORD_WRITE_LENGTH)
+        return request;
     const int value = writtenValue(frame);
-    if ((frame.size() != BYTE_WRITE_LENGTH && frame.size() != WORD_WRITE_LENGTH) || value < 0)
+    if (value < 0)
         return request;
     request.kind = PlcRequest::Kind::Write;
     request.area = frame.size() == BYTE_WRITE_LENGTH ? 0 : 1;
