@@ -16,7 +16,9 @@
 // digits were changed into other digits on the way is found out ("Damaged digits"; bytes put into
 // the middle of a reply count as that where one of them is a digit); that a value is withdrawn
 // whose slip was ended by a second fault (so that the first promise is made for one fault at a
-// time); that a station's doubtful values are its own.
+// time); that a station's doubtful values are its own. Nor is an interface among the lines that
+// hands over a whole reply at its end and has a pace: one that had to wait for a late one on the
+// line comes behind the pause that listens for it.
 #include "tags/tag_address.h"
 #include "tests/fuzz/support/linked_driver.h"
 #include "tests/fuzz/support/slave_plant.h"
@@ -26,7 +28,7 @@
 namespace
 {
 
-constexpr int MOST_EVENTS = 1000;  // at one time
+constexpr int MOST_EVENTS = 1000;   // at one time
 constexpr int MOST_REQUESTS = 1000; // of one input
 constexpr qint64 LONGEST_REST_ns = kvt::seconds(10);
 constexpr qint64 RECOVERY_ns = kvt::seconds(6);
