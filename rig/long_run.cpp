@@ -152,8 +152,15 @@ private:
 
     void unplug() { rig_->line().breakLine(delay_ns(seconds(20))); }
 
-    // As a panel does that shows another picture.
+    // As a panel does that shows another picture. While a read is under way the driver would take
+    // its end for that of the new list's first entry, and its failure for one of that entry's
+    // station.
     void rebuild()
+    {
+        witness_->betweenExchanges([this] { replaceList(); });
+    }
+
+    void replaceList()
     {
         QList<HOST_VAR> variables;
         for (const Tag &tag : rig_->session().tags()) {

@@ -1,5 +1,7 @@
 #include "rig/long_witness.h"
 
+#include <utility>
+
 namespace kvt
 {
 
@@ -122,6 +124,8 @@ void LongWitness::attemptEnded(const Attempt &attempt)
     const auto write = writes_.find(attempt.request->id);
     if (attempt.request->kind == RequestKind::Write && write != writes_.end())
         *write = {carriedOut, attempt.request->isCommand};
+    if (betweenExchanges_)
+        std::exchange(betweenExchanges_, nullptr)();
 }
 
 } // namespace kvt

@@ -8,6 +8,7 @@
 #include "rig/wrong_values.h"
 
 #include <array>
+#include <functional>
 
 namespace kvt
 {
@@ -44,6 +45,9 @@ public:
     /// To be called after each step of the line.
     void look();
 
+    /// Has `action` run once as soon as no request is under way, ahead of the next.
+    void betweenExchanges(const std::function<void()> &action) { betweenExchanges_ = action; }
+
     /// The host has ended: what it showed is gone, and every write must have its end. Returns the
     /// number of those that have none.
     int hostEnded();
@@ -74,6 +78,7 @@ private:
     WrongValues wrong_;
     QHash<int, Write> writes_;          // that have not ended
     QHash<QByteArray, int> carriedOut_; // by request on its way
+    std::function<void()> betweenExchanges_;
     qint64 struckAt_ns_ = 0;
     qint64 struckBefore_ns_ = 0;
 };
