@@ -1,5 +1,7 @@
 #include "rig/wrong_values.h"
 
+#include "host/host_session.h"
+
 #include <algorithm>
 
 namespace kvt
@@ -30,7 +32,8 @@ void WrongValues::hidden(int tag, qint64 now_ns)
     const auto found = wrong_.find(tag);
     if (found == wrong_.end())
         return;
-    const qint64 shown_ns = now_ns - found->since_ns;
+    // Older than that it was stale, even if nothing happened on the line and nobody looked.
+    const qint64 shown_ns = std::min(now_ns - found->since_ns, SessionSettings().staleAfter_ns);
     longest_ns = std::max(longest_ns, shown_ns);
     largestBound_ns = std::max(largestBound_ns, found->bound_ns);
     if (shown_ns > found->bound_ns)
