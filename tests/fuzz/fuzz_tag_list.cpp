@@ -37,14 +37,14 @@ void checkValues(const kvt::Tag &tag, int raw)
 void checkTags(const kvt::TagListResult &list)
 {
     QSet<QString> names;
-    int raw = 0x5A;
+    quint32 raw = 0x5A;
     for (const kvt::Tag &tag : list.tags) {
         require(!tag.name.isEmpty() && !names.contains(tag.name), "names are there and unique");
         names.insert(tag.name);
         require(kvt::numericAddress(tag) >= 0, "addresses of a good list are good");
         require(tag.station >= 0 && tag.station <= 255, "stations are 0 to 255");
-        checkValues(tag, raw);
-        raw = raw * 257 + 0x9B;
+        checkValues(tag, static_cast<int>(raw & 0xFFFF));
+        raw = raw * 257U + 0x9BU;
     }
 }
 
