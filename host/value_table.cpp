@@ -13,6 +13,25 @@ bool isFresh(Quality quality)
 
 } // namespace
 
+QString qualityName(Quality quality)
+{
+    switch (quality) {
+    case Quality::NeverRead:
+        return QStringLiteral("never read");
+    case Quality::Good:
+        return QStringLiteral("good");
+    case Quality::Doubtful:
+        return QStringLiteral("doubtful");
+    case Quality::Suspect:
+        return QStringLiteral("suspect");
+    case Quality::Stale:
+        return QStringLiteral("stale");
+    case Quality::Failed:
+        return QStringLiteral("failed");
+    }
+    return QString();
+}
+
 ValueTable::ValueTable(int cells) : cells_(cells) {}
 
 bool ValueTable::read(int cell, const Reading &reading)

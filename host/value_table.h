@@ -4,6 +4,7 @@
 
 #include "host/host_time.h"
 
+#include <QString>
 #include <QVector>
 
 namespace kvt
@@ -17,6 +18,9 @@ enum class Quality {
     Stale,     ///< a good or doubtful reading that has grown old
     Failed     ///< the latest attempt to read it has failed; the value is the one before
 };
+
+/// Returns "never read", "good" and so on.
+QString qualityName(Quality quality);
 
 /// What one good reply says of a cell.
 struct Reading {

@@ -7,58 +7,11 @@
 namespace kvt
 {
 
-namespace
-{
-
-QString qualityWord(Quality quality)
-{
-    switch (quality) {
-    case Quality::NeverRead:
-        return QStringLiteral("none");
-    case Quality::Good:
-        return QStringLiteral("good");
-    case Quality::Doubtful:
-        return QStringLiteral("doubtful");
-    case Quality::Suspect:
-        return QStringLiteral("suspect");
-    case Quality::Stale:
-        return QStringLiteral("stale");
-    case Quality::Failed:
-        return QStringLiteral("failed");
-    }
-    return QString();
-}
-
-QSet<int> stationsOf(const QVector<Tag> &tags)
-{
-    QSet<int> stations;
-    for (const Tag &tag : tags)
-        stations.insert(tag.station);
-    return stations;
-}
-
-} // namespace
-
 CellWitness::CellWitness(const QVector<Tag> &tags, const std::function<bool(const Tag &)> &isStruck)
-    : tags_(tags), answers_(tags), wrong_(stationsOf(tags))
+    : Witness(tags), tags_(tags)
 {
     for (const Tag &tag : tags)
         isStruck_.append(isStruck(tag));
-}
-
-void CellWitness::watch(HostSession *session, VirtualLine *line)
-{
-    session_ = session;
-    line_ = line;
-    begin_.watch(line);
-    wrong_.setEngine(session->engine().settings());
-}
-
-void CellWitness::answered(const QByteArray &request, const QByteArray &reply)
-{
-    answers_.answered(request, reply, line_->now_ns());
-    if (reply.startsWith('\x06'))
-        ++carriedOut_[request];
 }
 
 void CellWitness::struck(qint64 now_ns, bool single, bool goesOn)
@@ -76,12 +29,6 @@ void CellWitness::requested(int id)
     ++findings_.writes;
 }
 
-void CellWitness::look()
-{
-    if (wrong_.showing() > 0)
-        wrong_.look(session_->values(line_->now_ns()), line_->now_ns());
-}
-
 void CellWitness::finish()
 {
     wrong_.finish(line_->now_ns());
@@ -96,8 +43,7 @@ void CellWitness::finish()
             write.last.state == WriteState::TimedOut || write.last.state == WriteState::Uncertain;
         findings_.writesLost += mayBeDone && write.carriedOut == 0 ? 1 : 0;
         findings_.writesDoubled += write.carriedOut > 1 ? 1 : 0;
-        if (write.last.state == WriteState::Acknowledged &&
-            (write.carriedOut == 0 || (write.isCommand && write.carriedOut > 1)))
+        if (isBelied(write.last, write.carriedOut, write.isCommand))
             ++findings_.writesBelied;
     }
     if (struckAt_ns_ >= 0)
@@ -151,11 +97,6 @@ void CellWitness::tagRead(int tag, const Reading &reading)
         recovered(now_ns);
 }
 
-void CellWitness::tagSuspect(int tag)
-{
-    wrong_.hidden(tag, line_->now_ns());
-}
-
 void CellWitness::stationDoubtful(int)
 {
     tell(QStringLiteral("doubtful station"));
@@ -199,7 +140,7 @@ void CellWitness::noteQualities()
     const QVector<CellValue> values = session_->values(line_->now_ns());
     for (int tag = 0; tag < values.size(); ++tag)
         if (isStruck_.at(tag))
-            findings_.qualities.insert(qualityWord(values.at(tag).quality));
+            findings_.qualities.insert(qualityName(values.at(tag).quality));
 }
 
 void CellWitness::writeEnded(const Attempt &attempt)

@@ -2,10 +2,7 @@
 #ifndef KVT_RIG_CELL_WITNESS_H
 #define KVT_RIG_CELL_WITNESS_H
 
-#include "rig/answer_book.h"
-#include "rig/reply_begin.h"
-#include "rig/rig.h"
-#include "rig/wrong_values.h"
+#include "rig/witness.h"
 
 #include <QMap>
 #include <QSet>
@@ -34,20 +31,11 @@ struct Findings {
 };
 
 /// Takes part in a run as its receiver of events. One thread.
-class CellWitness final : public NoEvents
+class CellWitness final : public Witness
 {
 public:
     /// `isStruck` tells the tags that faults concern.
     CellWitness(const QVector<Tag> &tags, const std::function<bool(const Tag &)> &isStruck);
-
-    /// The tap that the host's line must have.
-    LineTap *tap() { return &begin_; }
-
-    /// The parts of the run, which outlive the witness' use.
-    void watch(HostSession *session, VirtualLine *line);
-
-    /// The PLC has answered `request` with `reply`, whatever becomes of that.
-    void answered(const QByteArray &request, const QByteArray &reply);
 
     /// A fault was committed, or `goesOn`; `single`: it is not one of a row.
     void struck(qint64 now_ns, bool single, bool goesOn);
@@ -63,9 +51,6 @@ public:
     /// A write with this id was requested.
     void requested(int id);
 
-    /// To be called after each step of the line.
-    void look();
-
     /// The run has ended.
     void finish();
 
@@ -78,7 +63,6 @@ public:
     void onceReadEnded(int id, int tag, bool good) override;
     void lineChanged(bool up, const QString &reason) override;
     void tagRead(int tag, const Reading &reading) override;
-    void tagSuspect(int tag) override;
     void stationDoubtful(int station) override;
     void outOfStep() override;
     void attemptEnded(const Attempt &attempt) override;
@@ -98,14 +82,8 @@ private:
 
     QVector<Tag> tags_;
     QVector<bool> isStruck_;
-    HostSession *session_ = nullptr;
-    VirtualLine *line_ = nullptr;
     Findings findings_;
-    AnswerBook answers_;
-    ReplyBegin begin_;
-    WrongValues wrong_;
     QHash<int, Write> writes_;
-    QHash<QByteArray, int> carriedOut_; // by request on its way
     qint64 openWrites_ = 0;
     qint64 struckAt_ns_ = -1;
     bool single_ = true;

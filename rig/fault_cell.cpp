@@ -2,6 +2,7 @@
 
 #include "driver/records.h"
 #include "rig/fault_injector.h"
+#include "rig/plant.h"
 
 #include <algorithm>
 
@@ -26,17 +27,6 @@ constexpr int WRITE_X = 49;
 constexpr int READ_C = 96;
 constexpr int COMMAND = 18;
 
-Tag tagOf(Area area, int station, const QString &address)
-{
-    Tag tag;
-    tag.name = QStringLiteral("%1%2_%3").arg(areaName(area)).arg(station).arg(address);
-    tag.area = area;
-    tag.address = address;
-    tag.station = station;
-    tag.type = area == Area::D ? ValueType::U16 : ValueType::U8;
-    return tag;
-}
-
 QString wordAddress(int command, int index)
 {
     return QStringLiteral("%1.%2.0").arg(command).arg(index);
@@ -48,17 +38,17 @@ QVector<Tag> mixedTags()
     QVector<Tag> tags;
     for (const int station : {1, 2}) {
         for (int i = 0; i < 3; ++i) {
-            tags.append(tagOf(Area::D, station, wordAddress(READ_D, i)));
-            tags.append(tagOf(Area::X, station, wordAddress(READ_X, i)));
+            tags.append(plantTag(Area::D, station, wordAddress(READ_D, i)));
+            tags.append(plantTag(Area::X, station, wordAddress(READ_X, i)));
         }
         for (int i = 0; i < 2; ++i)
-            tags.append(tagOf(Area::D, station, wordAddress(WRITE_D, i)));
-        tags.append(tagOf(Area::X, station, wordAddress(WRITE_X, 0)));
-        tags.append(tagOf(Area::D, station, wordAddress(ONCE_D, 0)));
+            tags.append(plantTag(Area::D, station, wordAddress(WRITE_D, i)));
+        tags.append(plantTag(Area::X, station, wordAddress(WRITE_X, 0)));
+        tags.append(plantTag(Area::D, station, wordAddress(ONCE_D, 0)));
         for (const int element : {0, 69})
             tags.append(
-                tagOf(Area::C, station, QStringLiteral("%1.0.0.%2").arg(READ_C).arg(element)));
-        tags.append(tagOf(Area::D, station, wordAddress(COMMAND, 1)));
+                plantTag(Area::C, station, QStringLiteral("%1.0.0.%2").arg(READ_C).arg(element)));
+        tags.append(plantTag(Area::D, station, wordAddress(COMMAND, 1)));
     }
     return tags;
 }
@@ -67,7 +57,7 @@ QVector<Tag> uniformTags()
 {
     QVector<Tag> tags;
     for (int i = 0; i < 6; ++i)
-        tags.append(tagOf(Area::D, 1, wordAddress(READ_D, i)));
+        tags.append(plantTag(Area::D, 1, wordAddress(READ_D, i)));
     return tags;
 }
 

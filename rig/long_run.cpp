@@ -1,6 +1,7 @@
 #include "rig/long_run.h"
 
 #include "rig/long_witness.h"
+#include "rig/plant.h"
 #include "rig/storm.h"
 
 #include <QFile>
@@ -21,32 +22,21 @@ constexpr qint64 DAY_ns = seconds(86400);
 constexpr qint64 START_ns = (Q_INT64_C(1) << 53) - DAY_ns / 2;
 constexpr qint64 ALLOWED_GROWTH_kB = 1024;
 
-Tag tagOf(Area area, int station, const QString &address)
-{
-    Tag tag;
-    tag.name = QStringLiteral("%1%2_%3").arg(areaName(area)).arg(station).arg(address);
-    tag.area = area;
-    tag.address = address;
-    tag.station = station;
-    tag.type = area == Area::D ? ValueType::U16 : ValueType::U8;
-    return tag;
-}
-
 // The words and bytes of command 41 and 49 are written, the others move with every read.
 QVector<Tag> tagsOfPlant()
 {
     QVector<Tag> tags;
     for (int station = 1; station <= STATIONS; ++station) {
         for (int i = 0; i < 6; ++i)
-            tags.append(tagOf(Area::D, station, QStringLiteral("40.%1.0").arg(i)));
+            tags.append(plantTag(Area::D, station, QStringLiteral("40.%1.0").arg(i)));
         for (int i = 0; i < 3; ++i)
-            tags.append(tagOf(Area::X, station, QStringLiteral("48.%1.0").arg(i)));
+            tags.append(plantTag(Area::X, station, QStringLiteral("48.%1.0").arg(i)));
         for (int i = 0; i < 2; ++i)
-            tags.append(tagOf(Area::D, station, QStringLiteral("41.%1.0").arg(i)));
-        tags.append(tagOf(Area::X, station, QStringLiteral("49.0.0")));
-        tags.append(tagOf(Area::D, station, QStringLiteral("18.1.0")));
+            tags.append(plantTag(Area::D, station, QStringLiteral("41.%1.0").arg(i)));
+        tags.append(plantTag(Area::X, station, QStringLiteral("49.0.0")));
+        tags.append(plantTag(Area::D, station, QStringLiteral("18.1.0")));
         for (const int element : {0, 69})
-            tags.append(tagOf(Area::C, station, QStringLiteral("96.0.0.%1").arg(element)));
+            tags.append(plantTag(Area::C, station, QStringLiteral("96.0.0.%1").arg(element)));
     }
     return tags;
 }
@@ -239,18 +229,6 @@ QString dayText(int day, Rig *rig, const Life &life, const Storm &storm, const L
         .arg(life.figures());
 }
 
-QString endsText(const LongCounts &counts)
-{
-    QStringList texts;
-    for (const WriteState state :
-         {WriteState::Acknowledged, WriteState::Refused, WriteState::TimedOut, WriteState::Dropped,
-          WriteState::Uncertain})
-        texts.append(QStringLiteral("%1 %2")
-                         .arg(writeStateName(state))
-                         .arg(counts.writeEnds.at(static_cast<size_t>(state))));
-    return texts.join(QStringLiteral(", "));
-}
-
 // Ends the host and judges the run, which grew by so much.
 ProofResult endOf(const LongRun &run, Rig *rig, Life *life, LongWitness *witness, qint64 growth_kB)
 {
@@ -277,7 +255,7 @@ ProofResult endOf(const LongRun &run, Rig *rig, Life *life, LongWitness *witness
             .arg(wrong.beyond)
             .arg(wrong.beyondOfSeveral)
             .arg(counts.writes)
-            .arg(endsText(counts))
+            .arg(writeEndsText(counts.writeEnds))
             .arg(counts.writesBelied)
             .arg(unsettled)
             .arg(mismatches)

@@ -11,32 +11,9 @@ namespace
 // Two faults within this time may have to do with each other.
 constexpr qint64 TOGETHER_ns = seconds(2);
 
-QSet<int> stationsOf(const QVector<Tag> &tags)
-{
-    QSet<int> stations;
-    for (const Tag &tag : tags)
-        stations.insert(tag.station);
-    return stations;
-}
-
 } // namespace
 
-LongWitness::LongWitness(const QVector<Tag> &tags) : answers_(tags), wrong_(stationsOf(tags)) {}
-
-void LongWitness::watch(HostSession *session, VirtualLine *line)
-{
-    session_ = session;
-    line_ = line;
-    begin_.watch(line);
-    wrong_.setEngine(session->engine().settings());
-}
-
-void LongWitness::answered(const QByteArray &request, const QByteArray &reply)
-{
-    answers_.answered(request, reply, line_->now_ns());
-    if (reply.startsWith('\x06'))
-        ++carriedOut_[request];
-}
+LongWitness::LongWitness(const QVector<Tag> &tags) : Witness(tags) {}
 
 void LongWitness::struck(qint64 now_ns)
 {
@@ -48,12 +25,6 @@ void LongWitness::requested(int id)
 {
     writes_.insert(id, Write());
     ++counts_.writes;
-}
-
-void LongWitness::look()
-{
-    if (wrong_.showing() > 0)
-        wrong_.look(session_->values(line_->now_ns()), line_->now_ns());
 }
 
 int LongWitness::hostEnded()
@@ -80,8 +51,7 @@ void LongWitness::writeChanged(const WriteReport &report)
         return;
     }
     ++counts_.writeEnds.at(static_cast<size_t>(report.state));
-    if (report.state == WriteState::Acknowledged &&
-        (write->carriedOut == 0 || (write->isCommand && write->carriedOut > 1)))
+    if (isBelied(report, write->carriedOut, write->isCommand))
         ++counts_.writesBelied;
     writes_.erase(write);
 }
@@ -102,11 +72,6 @@ void LongWitness::tagRead(int tag, const Reading &reading)
     ++counts_.values;
     if (!answers_.isTrue(tag, reading))
         wrong_.shown(tag, now_ns, now_ns - struckBefore_ns_ < TOGETHER_ns);
-}
-
-void LongWitness::tagSuspect(int tag)
-{
-    wrong_.hidden(tag, line_->now_ns());
 }
 
 void LongWitness::outOfStep()

@@ -2,10 +2,7 @@
 #ifndef KVT_RIG_LONG_WITNESS_H
 #define KVT_RIG_LONG_WITNESS_H
 
-#include "rig/answer_book.h"
-#include "rig/reply_begin.h"
-#include "rig/rig.h"
-#include "rig/wrong_values.h"
+#include "rig/witness.h"
 
 #include <array>
 #include <functional>
@@ -27,23 +24,13 @@ struct LongCounts {
 };
 
 /// One thread.
-class LongWitness final : public NoEvents
+class LongWitness final : public Witness
 {
 public:
     explicit LongWitness(const QVector<Tag> &tags);
 
-    /// The tap that the host's line must have.
-    LineTap *tap() { return &begin_; }
-
-    /// The parts of the run; again after the host has been started anew.
-    void watch(HostSession *session, VirtualLine *line);
-
-    void answered(const QByteArray &request, const QByteArray &reply);
     void struck(qint64 now_ns);
     void requested(int id);
-
-    /// To be called after each step of the line.
-    void look();
 
     /// Has `action` run once as soon as no request is under way, ahead of the next.
     void betweenExchanges(const std::function<void()> &action) { betweenExchanges_ = action; }
@@ -60,7 +47,6 @@ public:
     void writeChanged(const WriteReport &report) override;
     void onceReadEnded(int id, int tag, bool good) override;
     void tagRead(int tag, const Reading &reading) override;
-    void tagSuspect(int tag) override;
     void outOfStep() override;
     void attemptEnded(const Attempt &attempt) override;
 
@@ -70,14 +56,8 @@ private:
         bool isCommand = false;
     };
 
-    HostSession *session_ = nullptr;
-    VirtualLine *line_ = nullptr;
     LongCounts counts_;
-    AnswerBook answers_;
-    ReplyBegin begin_;
-    WrongValues wrong_;
-    QHash<int, Write> writes_;          // that have not ended
-    QHash<QByteArray, int> carriedOut_; // by request on its way
+    QHash<int, Write> writes_; // that have not ended
     std::function<void()> betweenExchanges_;
     qint64 struckAt_ns_ = 0;
     qint64 struckBefore_ns_ = 0;

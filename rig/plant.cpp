@@ -6,17 +6,6 @@ namespace kvt
 namespace
 {
 
-Tag makeTag(Area area, int station, const QString &address)
-{
-    Tag tag;
-    tag.name = QStringLiteral("%1%2_%3").arg(areaName(area)).arg(station).arg(address);
-    tag.area = area;
-    tag.address = address;
-    tag.station = station;
-    tag.type = area == Area::D ? ValueType::U16 : ValueType::U8;
-    return tag;
-}
-
 // Commands 32 and up keep clear of the one whose writes carry no value.
 QString cellAddress(int index)
 {
@@ -26,16 +15,27 @@ QString cellAddress(int index)
 void addStation(QVector<Tag> *tags, const PlantSize &size, int station)
 {
     for (int i = 0; i < size.words; ++i)
-        tags->append(makeTag(Area::D, station, cellAddress(i)));
+        tags->append(plantTag(Area::D, station, cellAddress(i)));
     for (int i = 0; i < size.bits; ++i)
-        tags->append(makeTag(Area::X, station, cellAddress(size.words + i)));
+        tags->append(plantTag(Area::X, station, cellAddress(size.words + i)));
     for (int i = 0; i < size.blocks; ++i)
         for (const int element : {0, 69})
             tags->append(
-                makeTag(Area::C, station, QStringLiteral("96.0.%1.%2").arg(i).arg(element)));
+                plantTag(Area::C, station, QStringLiteral("96.0.%1.%2").arg(i).arg(element)));
 }
 
 } // namespace
+
+Tag plantTag(Area area, int station, const QString &address)
+{
+    Tag tag;
+    tag.name = QStringLiteral("%1%2_%3").arg(areaName(area)).arg(station).arg(address);
+    tag.area = area;
+    tag.address = address;
+    tag.station = station;
+    tag.type = area == Area::D ? ValueType::U16 : ValueType::U8;
+    return tag;
+}
 
 QVector<Tag> makePlant(const PlantSize &size)
 {

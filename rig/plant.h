@@ -17,6 +17,9 @@ struct PlantSize {
     int blocks = 0;    ///< area C, at most 2; two elements of each are tags
 };
 
+/// Returns the tag of one cell, named by it: a word in area D, else a byte.
+Tag plantTag(Area area, int station, const QString &address);
+
 /// Returns the tags of a plant; every tag has a cell of its own.
 QVector<Tag> makePlant(const PlantSize &size);
 

@@ -120,7 +120,9 @@ void runWrites(const ProofRun &run, Rig *rig, Ledger *ledger)
     rig->session().stop();
 }
 
-QString stateCounts(const Ledger &ledger)
+} // namespace
+
+QString writeEndsText(const std::array<qint64, WRITE_STATES> &ends)
 {
     QStringList texts;
     for (const WriteState state :
@@ -128,11 +130,9 @@ QString stateCounts(const Ledger &ledger)
           WriteState::Uncertain})
         texts.append(QStringLiteral("%1 %2")
                          .arg(writeStateName(state))
-                         .arg(ledger.perState.at(static_cast<size_t>(state))));
+                         .arg(ends.at(static_cast<size_t>(state))));
     return texts.join(QStringLiteral(", "));
 }
-
-} // namespace
 
 ProofResult proveWritesAreAccountedFor(const ProofRun &run)
 {
@@ -157,7 +157,7 @@ ProofResult proveWritesAreAccountedFor(const ProofRun &run)
                        "state %5; acknowledged but not in the memory %6; queue mismatches %7")
             .arg(run.seed)
             .arg(ledger.writes())
-            .arg(stateCounts(ledger))
+            .arg(writeEndsText(ledger.perState))
             .arg(sum)
             .arg(notOne)
             .arg(ledger.notInMemory)

@@ -2,7 +2,11 @@
 #ifndef KVT_RIG_PROOFS_H
 #define KVT_RIG_PROOFS_H
 
+#include "host/statistics.h"
+
 #include <QString>
+
+#include <array>
 
 namespace kvt
 {
@@ -12,6 +16,10 @@ struct ProofResult {
     bool held = false;
     QString text; ///< the figures, one or more lines
 };
+
+/// Returns "acknowledged 12, refused 1" and so on of the numbers of writes by their final
+/// WriteState.
+QString writeEndsText(const std::array<qint64, WRITE_STATES> &ends);
 
 /// A run of a proof.
 struct ProofRun {

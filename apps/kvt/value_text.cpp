@@ -6,25 +6,6 @@
 namespace kvt
 {
 
-QString qualityName(Quality quality)
-{
-    switch (quality) {
-    case Quality::NeverRead:
-        return QStringLiteral("never read");
-    case Quality::Good:
-        return QStringLiteral("good");
-    case Quality::Doubtful:
-        return QStringLiteral("doubtful");
-    case Quality::Suspect:
-        return QStringLiteral("suspect");
-    case Quality::Stale:
-        return QStringLiteral("stale");
-    case Quality::Failed:
-        return QStringLiteral("failed");
-    }
-    return QString();
-}
-
 QString rawText(const Tag &tag, quint16 raw)
 {
     QByteArray bytes(1, static_cast<char>(raw & 0xFF));

@@ -11,9 +11,6 @@
 namespace kvt
 {
 
-/// Returns how a quality reads in a table.
-QString qualityName(Quality quality);
-
 /// Returns the text of a value as the tag's type shows it.
 QString rawText(const Tag &tag, quint16 raw);
 

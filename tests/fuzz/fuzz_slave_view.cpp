@@ -310,9 +310,5 @@ private:
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
 {
-    static ComInfo ofNobody;
-    resetDriver(ofNobody);
-    FuzzInput input(data, size);
-    Run(&input).run();
-    return 0;
+    return runAfresh<Run>(data, size);
 }

@@ -42,6 +42,16 @@ void begin(StepWatch *watch, qint64 *now_ns)
     *now_ns += 11 * MS;
 }
 
+// From here on replies are known to have been one behind; false if that is not found.
+bool beginBehind(StepWatch *watch, qint64 *now_ns)
+{
+    begin(watch, now_ns);
+    watch->sent(requestOf(1, 6), *now_ns, TIMEOUT);
+    const bool isFound = watch->showsBehind(WORD);
+    watch->outOfStep(*now_ns);
+    return isFound;
+}
+
 } // namespace
 
 class TestStepWatch : public QObject
@@ -281,10 +291,7 @@ private Q_SLOTS:
     {
         StepWatch watch(ONE_PERCENT, false);
         qint64 now_ns = 0;
-        begin(&watch, &now_ns);
-        watch.sent(requestOf(1, 6), now_ns, TIMEOUT);
-        QVERIFY(watch.showsBehind(WORD));
-        watch.outOfStep(now_ns);
+        QVERIFY(beginBehind(&watch, &now_ns));
         exchange(&watch, &now_ns, 2, 6, BIT);
         QVERIFY(!watch.pauseWasSilent(now_ns, now_ns + 11 * MS));
         exchange(&watch, &now_ns, 1, 6, BIT);
@@ -295,10 +302,7 @@ private Q_SLOTS:
     {
         StepWatch watch(ONE_PERCENT, false);
         qint64 now_ns = 0;
-        begin(&watch, &now_ns);
-        watch.sent(requestOf(1, 6), now_ns, TIMEOUT);
-        QVERIFY(watch.showsBehind(WORD));
-        watch.outOfStep(now_ns);
+        QVERIFY(beginBehind(&watch, &now_ns));
         watch.lineUp(now_ns);
         QVERIFY(exchange(&watch, &now_ns));
         QVERIFY(watch.pauseWasSilent(now_ns, now_ns + 11 * MS));
