@@ -14,7 +14,8 @@ static QByteArray exchange(int port, const Protocol &request)
     QByteArray reply;
     char byte = 0;
     pollfd input = {port, POLLIN, 0};
-    if (write(port, request.frame.constData(), request.frameLength) == request.frameLength)
+    const size_t length = static_cast<size_t>(request.frameLength);
+    if (write(port, request.frame.constData(), length) == request.frameLength)
         while (reply.size() < request.expectedReplyLength && poll(&input, 1, 500) == 1 &&
                read(port, &byte, 1) == 1)
             reply.append(byte);

@@ -76,7 +76,8 @@ QByteArray exchange(int port, const Protocol &request)
     QByteArray reply;
     char byte = 0;
     discard(port, GAP_ms); // it cannot be the reply to what has not been sent
-    if (write(port, request.frame.constData(), request.frameLength) != request.frameLength)
+    const size_t length = static_cast<size_t>(request.frameLength);
+    if (write(port, request.frame.constData(), length) != request.frameLength)
         return reply;
     while (reply.size() < request.expectedReplyLength && !reply.endsWith('\r')) {
         if (!arrives(port, REPLY_ms, byte))

@@ -10,7 +10,7 @@ namespace
 {
 
 // As many as the driver serves of one kind before it goes on to the next.
-constexpr int MOST_UNPROVEN = 5;
+constexpr size_t MOST_UNPROVEN = 5;
 
 } // namespace
 
@@ -216,7 +216,7 @@ void HostSession::attemptEnded(const Attempt &attempt)
         requestEnded(attempt);
     // A few requests share a proof; the last of them does not wait for more.
     const bool isLast = writes_.count() == 0 && onceReads_.count() == 0;
-    if (unproven_.size() >= MOST_UNPROVEN || (!unproven_.isEmpty() && isLast))
+    if (unproven_.size() >= MOST_UNPROVEN || (!unproven_.empty() && isLast))
         engine_.askForProof();
 }
 
@@ -226,7 +226,7 @@ void HostSession::checkpointPassed(qint64 began_ns)
         const std::lock_guard<std::mutex> lock(mutex_);
         statistics_.checkpointPassed(began_ns);
     }
-    const QVector<Unproven> proved = std::exchange(unproven_, QVector<Unproven>());
+    const std::vector<Unproven> proved = std::exchange(unproven_, {});
     for (const Unproven &entry : proved)
         prove(entry);
     events_->proofEnded();

@@ -14,6 +14,7 @@
 
 #include <atomic>
 #include <mutex>
+#include <vector>
 
 namespace kvt
 {
@@ -133,7 +134,7 @@ private:
     OnceReads onceReads_;
     ExchangeEngine engine_;
     QString lineReason_;
-    QVector<Unproven> unproven_;  // in the order of their replies
+    std::vector<Unproven> unproven_; // in the order of their replies
     QSet<int> doubtfulStations_;  // that have been reported
     QByteArray reading_{2, '\0'}; // what the driver fills in, kept so that none is made for each
 

@@ -88,7 +88,7 @@ void HostSession::holdBack(int cell, const Reading &reading)
     entry.cell = cell;
     const std::lock_guard<std::mutex> lock(mutex_);
     entry.writesBefore = values_.writesTo(cell);
-    unproven_.append(entry);
+    unproven_.push_back(entry);
 }
 
 void HostSession::readingsFailed(const QVector<int> &cells)
@@ -114,7 +114,7 @@ void HostSession::endWrite(const Attempt &attempt)
     Unproven entry;
     entry.kind = Unproven::Kind::Write;
     entry.write = report;
-    unproven_.append(entry);
+    unproven_.push_back(entry);
 }
 
 WriteReport HostSession::verdictOn(const Attempt &attempt) const
@@ -153,7 +153,7 @@ void HostSession::endOnceRead(const Attempt &attempt)
     entry.kind = Unproven::Kind::OnceRead;
     entry.id = id;
     entry.tag = tag;
-    unproven_.append(entry);
+    unproven_.push_back(entry);
 }
 
 void HostSession::prove(const Unproven &entry)
@@ -199,7 +199,7 @@ void HostSession::giveUp(const Unproven &entry, WriteReason reason)
 
 void HostSession::giveUpUnproven(WriteReason reason)
 {
-    const QVector<Unproven> lost = std::exchange(unproven_, QVector<Unproven>());
+    const std::vector<Unproven> lost = std::exchange(unproven_, {});
     for (const Unproven &entry : lost)
         giveUp(entry, reason);
     events_->proofEnded();

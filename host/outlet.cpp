@@ -49,7 +49,7 @@ struct Outlet::State {
     bool failed = false;
     bool ended = false; // the sink is gone
     QString error;
-    quint64 dropped = 0;
+    qint64 dropped = 0;
 
     bool isBusy() const { return !failed && (writing || !texts.empty()); }
     void run();
@@ -135,7 +135,7 @@ bool Outlet::isBusy() const
     return state_->isBusy();
 }
 
-quint64 Outlet::dropped() const
+qint64 Outlet::dropped() const
 {
     const std::lock_guard<std::mutex> lock(state_->mutex);
     return state_->dropped;

@@ -55,7 +55,7 @@ public:
     bool isBusy() const;
 
     /// Number of texts that were dropped.
-    quint64 dropped() const;
+    qint64 dropped() const;
 
     /// Why the sink has failed; empty while it has not. From then on nothing is written.
     QString error() const;

@@ -105,7 +105,7 @@ private Q_SLOTS:
     void aRunWithFaultsReplaysWithoutDifference_data()
     {
         QTest::addColumn<quint64>("seed");
-        for (const quint64 seed : {1, 2, 3})
+        for (const quint64 seed : {1U, 2U, 3U})
             QTest::newRow(qPrintable(QString::number(seed))) << seed;
     }
 
