@@ -11,7 +11,8 @@ namespace kvt
 ExchangeEngine::ExchangeEngine(const DriverApi &api, const EngineSettings &settings,
                                ExchangeObserver *observer)
     : api_(api), settings_(settings), observer_(observer), judge_(settings.replyChecking),
-      steps_(settings.checkpointShare, settings.confirm, settings.characterTime_ns)
+      steps_(settings.checkpointShare, settings.confirm, settings.characterTime_ns,
+             settings.latency_ns)
 {
 }
 

@@ -135,8 +135,8 @@ private:
     ExchangeEngine engine_;
     QString lineReason_;
     std::vector<Unproven> unproven_; // in the order of their replies
-    QSet<int> doubtfulStations_;  // that have been reported
-    QByteArray reading_{2, '\0'}; // what the driver fills in, kept so that none is made for each
+    QSet<int> doubtfulStations_;     // that have been reported
+    QByteArray reading_{2, '\0'};    // what the driver fills in, kept so that none is made for each
 
     std::atomic<bool> haveCommands_{false}; // spares the lock ahead of most requests
 

@@ -32,6 +32,9 @@ public:
     /// The same where the longest time is known.
     static qint64 pauseAfter_ns(qint64 longest_ns);
 
+    /// The longest recent time of the station; 0 while none is known.
+    qint64 longest_ns(int station) const { return stations_[indexOf(station)].longest_ns; }
+
 private:
     struct Times {
         qint64 usual_ns = 0;

@@ -100,19 +100,31 @@ bool StepWatch::isPauseDue(qint64 now_ns) const
 }
 
 // Of a station that has answered to repeated requests alone, no time is known.
+qint64 StepWatch::longestReply_ns() const
+{
+    return times_.isKnown(current_.station) ? times_.longest_ns(current_.station) : timeout_ns_;
+}
+
 qint64 StepWatch::pause_ns() const
 {
-    return times_.isKnown(current_.station) ? times_.pause_ns(current_.station)
-                                            : ReplyTimes::pauseAfter_ns(timeout_ns_);
+    return ReplyTimes::pauseAfter_ns(longestReply_ns());
+}
+
+// The answer may have had to wait until the reply was off the line. It follows at once then, but
+// the interface may hand it over in one piece at its end, and late; not later than replies began of
+// late, since that is in their times.
+qint64 StepWatch::pauseBehindReply_ns() const
+{
+    const qint64 inOnePiece_ns = latency_ns_ + (current_.length + 2) * characterTime_ns_;
+    return ReplyTimes::pauseAfter_ns(
+        std::max(std::min(longestReply_ns(), inOnePiece_ns), 2 * characterTime_ns_));
 }
 
 qint64 StepWatch::pauseEnd_ns(qint64 now_ns) const
 {
-    if (odd_ || !provesEachReply())
-        return std::max(now_ns + pause_ns(), answersDue_ns_);
-    // Where each reply is followed by a pause, none can be further behind than its own request. The
-    // answer to that may have had to wait for the line, and follows at once then.
-    return std::max(now_ns + ReplyTimes::pauseAfter_ns(2 * characterTime_ns_), answersDue_ns_);
+    // Where each reply is followed by a pause, none can be further behind than its own request.
+    const bool isOwnAtMost = !odd_ && provesEachReply();
+    return std::max(now_ns + (isOwnAtMost ? pauseBehindReply_ns() : pause_ns()), answersDue_ns_);
 }
 
 bool StepWatch::pauseWasSilent(qint64 began_ns, qint64 now_ns)

@@ -22,9 +22,11 @@ public:
     /// `share` is the part of the line's time that pauses may take, 0 to 1. With `everyReply` each
     /// reply is followed by a pause, which lasts only until its own request could still be
     /// answered, whatever the share. With neither there are no pauses and nothing is ever unproven.
-    /// `characterTime_ns` is the line's.
-    StepWatch(double share, bool everyReply, qint64 characterTime_ns = 0)
-        : share_(share), everyReply_(everyReply), characterTime_ns_(characterTime_ns)
+    /// `characterTime_ns` is the line's, `latency_ns` the longest time that its interface holds
+    /// back what has arrived.
+    StepWatch(double share, bool everyReply, qint64 characterTime_ns = 0, qint64 latency_ns = 0)
+        : share_(share), everyReply_(everyReply), characterTime_ns_(characterTime_ns),
+          latency_ns_(latency_ns)
     {
     }
 
@@ -71,7 +73,9 @@ public:
 private:
     bool listens() const { return everyReply_ || share_ > 0; }
     bool provesEachReply() const { return everyReply_ || wary_ > 0; }
+    qint64 longestReply_ns() const;
     qint64 pause_ns() const;
+    qint64 pauseBehindReply_ns() const;
     size_t stationIndex() const { return static_cast<size_t>(current_.station); }
     bool cannotAnswerPrevious(const QByteArray &goodReply) const;
 
@@ -87,6 +91,7 @@ private:
     double share_;
     bool everyReply_;
     qint64 characterTime_ns_;
+    qint64 latency_ns_;
     ReplyTimes times_;
     Shape previous_;
     Shape current_;

@@ -159,7 +159,7 @@ private Q_SLOTS:
             bench.exchange(10, REPLY);
             QVERIFY(bench.log.ended.last().unproven);
             QCOMPARE(bench.take(), QByteArray());
-            QCOMPARE(bench.left_ms(), 3);
+            QCOMPARE(bench.left_ms(), 13); // the interface may hold back as long as the reply took
             bench.passDeadline();
             QCOMPARE(bench.log.passed.size(), i + 2);
         }

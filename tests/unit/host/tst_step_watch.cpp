@@ -204,6 +204,31 @@ private Q_SLOTS:
         }
     }
 
+    void behindAReplyItsOwnAnswerMayComeInOnePiece_data()
+    {
+        QTest::addColumn<qint64>("character_ns");
+        QTest::addColumn<qint64>("latency_ns");
+        QTest::addColumn<qint64>("pause_ns");
+        QTest::newRow("byte by byte") << MS / 4 << qint64(0) << 4 * MS + MS / 8;
+        QTest::newRow("held back for less than replies take")
+            << MS / 4 << 2 * MS << 6 * MS + MS * 5 / 8;
+        QTest::newRow("held back for longer") << MS / 4 << 20 * MS << 11 * MS;
+        QTest::newRow("longer than any reply took to begin") << MS << qint64(0) << 11 * MS;
+        QTest::newRow("two characters at least") << 8 * MS << qint64(0) << 21 * MS;
+    }
+
+    // A late reply was taken, and the true answer had to wait for the line.
+    void behindAReplyItsOwnAnswerMayComeInOnePiece()
+    {
+        QFETCH(qint64, character_ns);
+        QFETCH(qint64, latency_ns);
+        StepWatch watch(ONE_PERCENT, true, character_ns, latency_ns);
+        qint64 now_ns = 0;
+        begin(&watch, &now_ns);
+        exchange(&watch, &now_ns);
+        QTEST(watch.pauseEnd_ns(now_ns) - now_ns, "pause_ns");
+    }
+
     void anUnusualTimeWantsAProof()
     {
         StepWatch watch(ONE_PERCENT, false);
