@@ -279,8 +279,9 @@ private:
         QByteArray reply = input_.bytes(input_.below(160));
         if (input_.once(4) && !PLC_driver.pendingFrames.isEmpty()) {
             reply = goodReply(PLC_driver.pendingFrames.first(), input_.byte());
-            reply[input_.below(reply.size() + 1) % qMax(reply.size(), 1)] =
-                static_cast<char>(input_.byte());
+            const char byte = static_cast<char>(input_.byte());
+            const int at = input_.below(reply.size() + 1) % qMax(reply.size(), 1);
+            reply.replace(at, 1, &byte, 1); // an empty one gets a byte
         }
         const int length = input_.once(4) ? number() : reply.size();
         answer(&reply, length);

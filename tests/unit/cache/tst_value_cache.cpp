@@ -76,6 +76,14 @@ private Q_SLOTS:
         QCOMPARE(PLC_driver.extendVars.size(), 3);
     }
 
+    // Each of these has its place at an even number of the table, which is half full then.
+    void aLookupEndsWhereEveryOtherPlaceIsTaken()
+    {
+        for (int i = 0; i < 32; ++i)
+            QCOMPARE(ExtendFindSameVar(0, 0, static_cast<int>(quint32(i) << 27)), i);
+        QCOMPARE(ExtendFindSameVar(0, 0, 3), 32);
+    }
+
     void aListEmptiedMeanwhileIsFilledAnew()
     {
         ExtendFindSameVar(1, 1, 5);

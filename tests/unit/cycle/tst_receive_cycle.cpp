@@ -238,6 +238,15 @@ private Q_SLOTS:
         QCOMPARE(info_.framesReceived, 1);
     }
 
+    void thePathIsThatOfTheFirstFrame()
+    {
+        PLC_driver.pendingFrames << frameFor(wordRead("r"), 8)
+                                 << frameFor(remote(wordRead("r"), 0), 8);
+        info_.framesExpected = 2;
+        QCOMPARE(receive(wordReply()), 1);
+        QCOMPARE(receive(wordReply()), 100);
+    }
+
     void finalFailureDiscardsTheRemainingFrames()
     {
         PLC_driver.pendingFrames << frameFor(wordRead("r"), 8) << frameFor(wordRead("r"), 8);
@@ -261,6 +270,18 @@ private Q_SLOTS:
         QCOMPARE(exchange(), 1);
         QCOMPARE(PLC_driver.scanCount, 0);
         QCOMPARE(info_.scanComplete, 1);
+    }
+
+    void theScanIsCountedUnderTheListMutex()
+    {
+        PLC_driver.readList.append(wordRead("r"));
+        PLC_driver.pendingFrames.append(frameFor(wordRead("r"), 8));
+        int meanwhile = -1;
+        QVERIFY(waitsFor(
+            PLC_driver.listMutex, [] { receive(wordReply()); },
+            [&meanwhile] { meanwhile = PLC_driver.scanCount; }));
+        QCOMPARE(meanwhile, 0);
+        QCOMPARE(PLC_driver.scanCount, 1);
     }
 
     void everyKindOfLocalRequestCountsForTheScan()

@@ -103,14 +103,24 @@ private Q_SLOTS:
         QCOMPARE(DealDataOfRemoteArea(nullptr, 8), 111);
     }
 
-    void replyToNothingIsRefused()
+    void replyToNothingIsRefusedWithoutALock()
     {
         QByteArray reply = wordReply();
+        const AllLocksHeld held;
         QCOMPARE(DealDataOfLocalArea(&reply, 8), 11);
         QCOMPARE(DealDataOfRemoteArea(&reply, 8), 111);
         QCOMPARE(DealDataOfLocalArea(nullptr, 0), 11);
         QCOMPARE(DealDataOfRemoteArea(nullptr, 0), 111);
         QVERIFY(PLC_driver.extendVars.isEmpty());
+    }
+
+    void theFirstOfSeveralFramesIsJudged()
+    {
+        pend(remote(wordRead("r"), -1), 8);
+        pend(remote(wordRead("s"), 0), 6);
+        QByteArray reply = wordReply();
+        QCOMPARE(DealDataOfLocalArea(&reply, 8), 1);
+        QCOMPARE(DealDataOfRemoteArea(&reply, 8), 1);
     }
 
     void codeNamesTheRequester()
