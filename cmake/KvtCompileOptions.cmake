@@ -7,6 +7,13 @@ target_include_directories(kvt_options INTERFACE "${PROJECT_SOURCE_DIR}")
 target_compile_options(kvt_options INTERFACE -Wall -Wextra -Wpedantic -Wshadow -Wconversion
                                              $<$<BOOL:${KVT_WERROR}>:-Werror>)
 target_compile_definitions(kvt_options INTERFACE QT_NO_KEYWORDS QT_NO_CAST_TO_ASCII)
+# Where -flto is asked for, the library alone is optimised so. A program that is optimised when it is
+# linked is no position independent code any more: it would have copies of Qt's and the driver's
+# variables, which the libraries do not look at.
+if(CMAKE_CXX_FLAGS MATCHES "-flto" OR CMAKE_INTERPROCEDURAL_OPTIMIZATION)
+  target_compile_options(kvt_options INTERFACE
+    $<$<NOT:$<STREQUAL:$<TARGET_PROPERTY:NAME>,KVT>>:-fno-lto>)
+endif()
 
 if(KVT_HARDEN)
   # Of the driver's functions those with a buffer are guarded: to guard all that take an address would

@@ -8,8 +8,6 @@ namespace kvt
 namespace
 {
 
-// What the callbacks would tell follows from the records that DataCom returns.
-
 int ignoreOnceReadDone(int, int, int, int)
 {
     return 0;
@@ -28,6 +26,11 @@ HOST_VAR hostVariable(const Tag &tag)
 
 } // namespace
 
+void ignoreCallbacks(const DriverApi &api)
+{
+    api.RegistCallBackFuncIntf(ignoreOnceReadDone, ignoreOwnerNotify);
+}
+
 DriverSetup::DriverSetup(const DriverApi &api, const QVector<Tag> &tags, int retryLimit,
                          bool remoteMode)
     : api_(api), localWords_(BLOCK_SELECT_WORD + 1)
@@ -45,7 +48,7 @@ DriverSetup::DriverSetup(const DriverApi &api, const QVector<Tag> &tags, int ret
     }
     api_.SetComInfo(&comInfo_);
     api_.FlashLocalRegister(nullptr, localWords_.data(), nullptr);
-    api_.RegistCallBackFuncIntf(ignoreOnceReadDone, ignoreOwnerNotify);
+    ignoreCallbacks(api_);
     readListLength_ = api_.ReCreatReadVarList(&variables);
 }
 

@@ -13,6 +13,10 @@
 namespace kvt
 {
 
+/// Gives the driver callbacks that do nothing: what they would tell follows from the records that
+/// DataCom returns. Ahead of polling.
+void ignoreCallbacks(const DriverApi &api);
+
 /// Sets a freshly loaded driver up and keeps what it must find in place while it is called.
 class DriverSetup
 {

@@ -13,11 +13,6 @@ char hexDigit(int nibble)
     return "0123456789ABCDEF"[nibble & 0x0F];
 }
 
-bool isHexDigit(char byte)
-{
-    return (byte >= '0' && byte <= '9') || (byte >= 'A' && byte <= 'F');
-}
-
 bool namesStation(const QByteArray &reply, int station)
 {
     const bool highFits = reply.size() < 2 || reply.at(1) == hexDigit(station >> 4);
@@ -35,6 +30,11 @@ bool hasDataDigits(const Request &request, const QByteArray &reply)
 }
 
 } // namespace
+
+bool isHexDigit(char byte)
+{
+    return (byte >= '0' && byte <= '9') || (byte >= 'A' && byte <= 'F');
+}
 
 bool isRefusal(const Request &request, const QByteArray &reply)
 {

@@ -10,6 +10,9 @@
 namespace kvt
 {
 
+/// True for a digit of a frame: 0 to 9 and A to F, no lower case.
+bool isHexDigit(char byte);
+
 /// True for a refusal by the request's station: NAK, the two digits of the station, CR, and not a
 /// byte more or less.
 bool isRefusal(const Request &request, const QByteArray &reply);

@@ -1,5 +1,7 @@
 #include "host/trace_reader.h"
 
+#include "host/reply_check.h"
+
 #include <algorithm>
 #include <cstring>
 #include <iterator>
@@ -31,11 +33,6 @@ constexpr Form FORMS[] = {
     {trace::ENDED, "wn"},   {trace::VALUE, "nntenh"},   {trace::LINE, "w"},
     {trace::CONTINUED, ""}, {trace::LOST, "n"},
 };
-
-bool isHexDigit(char c)
-{
-    return (c >= '0' && c <= '9') || (c >= 'A' && c <= 'F');
-}
 
 bool isBytes(const QByteArray &word)
 {

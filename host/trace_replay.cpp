@@ -1,5 +1,6 @@
 #include "host/trace_replay.h"
 
+#include "host/driver_setup.h"
 #include "host/trace_format.h"
 
 #include <algorithm>
@@ -11,13 +12,6 @@ namespace kvt
 
 namespace
 {
-
-int ignoreOnceReadDone(int, int, int, int)
-{
-    return 0;
-}
-
-void ignoreOwnerNotify(QList<RW_VAR> *, int, int) {}
 
 // A frame of the driver as "ask" has it.
 QByteArray askedText(const Protocol *frame)
@@ -43,7 +37,7 @@ public:
     {
         api_.SetComInfo(&info_);
         api_.FlashLocalRegister(nullptr, localWords_.data(), nullptr);
-        api_.RegistCallBackFuncIntf(ignoreOnceReadDone, ignoreOwnerNotify);
+        ignoreCallbacks(api_);
     }
     ~Player() { api_.FlashLocalRegister(nullptr, nullptr, nullptr); }
     Player(const Player &) = delete;

@@ -1,6 +1,7 @@
 #include "simulator/frame_finder.h"
 
 #include "simulator/plc_request.h"
+#include "simulator/reply_codec.h"
 
 namespace kvt
 {
@@ -9,7 +10,6 @@ namespace
 {
 
 constexpr char ENQ = 0x05;
-constexpr char CR = 0x0D;
 constexpr int LONGEST_TEXT = 32; ///< far beyond any request
 
 } // namespace

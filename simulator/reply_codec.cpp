@@ -8,7 +8,6 @@ namespace
 
 constexpr char ACK = 0x06;
 constexpr char NAK = 0x15;
-constexpr char CR = 0x0D;
 constexpr char DIGITS[] = "0123456789ABCDEF";
 constexpr int FIRST_DIGIT = 3; ///< index of the first digit behind the station
 

@@ -13,6 +13,8 @@
 namespace kvt
 {
 
+constexpr char CR = 0x0D; ///< ends every request and reply
+
 /// Returns the reply to a read: 06 s s, two digits for each byte of `data`, 0D.
 QByteArray dataReply(int station, const QByteArray &data);
 

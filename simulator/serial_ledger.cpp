@@ -6,7 +6,7 @@ namespace kvt
 namespace
 {
 
-constexpr qint64 NEVER = std::numeric_limits<qint64>::min();
+constexpr qint64 LONG_AGO = std::numeric_limits<qint64>::min();
 
 } // namespace
 
@@ -25,7 +25,7 @@ int SerialLedger::issue(int cell, qint64 time_ns)
 {
     Cell &entry = cells_[cell];
     if (entry.lastIssued.isEmpty())
-        entry.lastIssued.fill(NEVER, valuesPerCell());
+        entry.lastIssued.fill(LONG_AGO, valuesPerCell());
     const int round = entry.issued;
     entry.issued = (entry.issued + 1) % valuesPerCell();
     entry.lastIssued[round] = time_ns;
@@ -38,7 +38,7 @@ bool SerialLedger::wasIssued(int cell, int value, qint64 since_ns) const
     const int round = value / cells_.size();
     if (round >= entry.lastIssued.size() || (cell + round * cells_.size()) % values_ != value)
         return false;
-    return entry.lastIssued[round] != NEVER && entry.lastIssued[round] >= since_ns;
+    return entry.lastIssued[round] != LONG_AGO && entry.lastIssued[round] >= since_ns;
 }
 
 int SerialLedger::ownerOf(int value) const
