@@ -21,7 +21,8 @@ HostSession::HostSession(const DriverApi &api, const SessionSettings &settings,
       supervisor_(settings.supervisor, index_.stations()),
       writes_([this](const WriteReport &report) { onWriteChanged(report); }),
       onceReads_([this](int id, int tag) { events_->onceReadEnded(id, tag, false); }),
-      engine_(api, settings.engine, this), values_(index_.cells().size())
+      engine_(api, settings.engine, this), values_(index_.cells().size()),
+      lastId_(settings.lastRequestId)
 {
     if (!settings.readCyclically)
         setup_.stopCyclicReads();

@@ -29,6 +29,8 @@ struct SessionSettings {
     qint64 staleAfter_ns = seconds(5);      ///< age at which a reading is no longer good
     bool readCyclically = true;             ///< false: only what `readOnce` and `write` request
     QHash<QString, qint64> staleAfterOf_ns; ///< the same for single tags, by name
+    int lastRequestId = 0; ///< ids of writes and one-time reads go on behind it, as where a former
+                           ///< host has ended; behind the largest int comes 1
 };
 
 /// A host's whole work but input and output. Whoever runs the line drives `engine()`; everything
@@ -144,7 +146,7 @@ private:
     ValueTable values_;
     Statistics statistics_;
     QVector<Command> commands_;
-    int lastId_ = 0;
+    int lastId_;
 };
 
 } // namespace kvt

@@ -7,6 +7,7 @@
 #include <QFile>
 
 #include <algorithm>
+#include <limits>
 
 namespace kvt
 {
@@ -199,6 +200,8 @@ RigSettings rigSettings(const LongRun &run)
     settings.latency_ns = settings.session.engine.latency_ns;
     settings.seed = run.seed;
     settings.start_ns = START_ns;
+    // Reached by a host of its own in years only.
+    settings.session.lastRequestId = std::numeric_limits<int>::max() - 1000;
     settings.plc.turnaround_ns = run.paced ? milliseconds(20) : milliseconds(40);
     settings.plc.signalPlan.all = SignalKind::Serial;
     return settings;

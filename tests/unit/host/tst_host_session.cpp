@@ -3,6 +3,8 @@
 
 #include <QtTest>
 
+#include <limits>
+
 using namespace kvt;
 
 namespace
@@ -37,6 +39,7 @@ private Q_SLOTS:
     void aOnceReadOfAStationThatIsOffEndsAtOnce();
     void aFailureEndsTheOnceReadsOfItsStation();
     void aOnceReadOfNoTagEndsAtOnce();
+    void idsGoOnBehindTheLastAndBeginAgain();
     void aOnceReadEndsWhenTheHostStops();
     void theDriverIsAskedForNothingWithoutTags();
     void lineChangesAreReportedWithTheirReason();
@@ -280,6 +283,16 @@ void TestHostSession::aFailureEndsTheOnceReadsOfItsStation()
     QCOMPARE(bench.exchange(), READ_TWO);
     QCOMPARE(bench.events.events().onceReads.last().id, other);
     QVERIFY(bench.events.events().onceReads.last().good);
+}
+
+void TestHostSession::idsGoOnBehindTheLastAndBeginAgain()
+{
+    SessionBench bench({"D1/5.2.1"});
+    bench.settings.lastRequestId = std::numeric_limits<int>::max() - 1;
+    bench.start();
+    QCOMPARE(bench.session->write(0, QByteArray::fromHex("AB12")), std::numeric_limits<int>::max());
+    QCOMPARE(bench.session->readOnce(0), 1);
+    QCOMPARE(bench.session->write(0, QByteArray::fromHex("AB12")), 2);
 }
 
 void TestHostSession::aOnceReadOfNoTagEndsAtOnce()
