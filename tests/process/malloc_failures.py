@@ -3,7 +3,7 @@
     malloc_failures.py --kvt PROGRAM --library libKVT.so.1 --host HOST --preload LIBRARY
                        [--most N] [--jobs N]
 
-The runs are those of kvt read, decode and plan, and of a small host of the driver. Each is run once
+The runs are those of kvt poll, read, decode and plan, and of a small host of the driver. Each is run once
 as it is, then with its first, second, third ... allocation failing, and with that one and all later
 ones. It may do without and end as ever; it may end with a message and another status; it may be
 aborted, which is what C++ does about memory that has run out; and the libraries beneath may crash
@@ -44,17 +44,22 @@ def text_of(ended):
     return re.sub(rb'"(reply_ms":[0-9.e-]+|time":"[^"]+")', b"", ended.stdout)
 
 
+def values_of(ended):
+    """The values that a poll printed; what else it tells depends on how often it had to ask."""
+    return re.findall(rb'"(?:name|quality|text)":"[^"]*"|"value":[0-9]+', ended.stdout)
+
+
 def messages_of(ended):
     """Without the line that names the driver, which is no message."""
     return b"".join(line for line in ended.stderr.splitlines() if not line.startswith(b"kvt: driver "))
 
 
-def kind_of(ended, usual):
+def kind_of(ended, usual, result_of):
     """One of KINDS."""
     if ended is None:
         return "hung"
     if ended.returncode == 0:
-        return "as ever" if text_of(ended) == text_of(usual) else "wrong"
+        return "as ever" if result_of(ended) == result_of(usual) else "wrong"
     if ended.returncode > 0:
         return "message" if messages_of(ended).strip() else "silent"
     if ended.returncode == -signal.SIGABRT:
@@ -90,7 +95,7 @@ def usual_run(words, preload):
     return usual, calls
 
 
-def try_all(name, words, lines, options):
+def try_all(name, words, lines, options, result_of=text_of):
     """Tries one run with all its failures; `lines` are the ends of as many PLCs as there are jobs."""
     usual, calls = usual_run(words + lines[0], options.preload)
     free = queue.SimpleQueue()
@@ -108,7 +113,7 @@ def try_all(name, words, lines, options):
     tries = [(at, on) for at in places(calls, options.most) for on in (False, True)]
     with concurrent.futures.ThreadPoolExecutor(len(lines)) as pool:
         for (at, on), ended in zip(tries, pool.map(attempt, tries)):
-            kind = kind_of(ended, usual)
+            kind = kind_of(ended, usual, result_of)
             tally[kind] += 1
             if kind in BAD:
                 bad.append((at, on, kind, ended))
@@ -149,13 +154,15 @@ def main():
     with tempfile.TemporaryDirectory() as folder, SimulatedLines(options.kvt, options.jobs) as lines:
         tags = os.path.join(folder, "tags.csv")
         with open(tags, "w", encoding="utf-8") as file:
-            file.write("name,area,address,station,type\nlevel,D,5.2.1,1,u16\nvalve,X,1.2.0,2,u8\n")
+            file.write("name,area,address,station,type\nlevel,D,5.2.1,1,u16\nvalve,X,1.1.0,1,u8\n")
         nothing = [[]] * options.jobs
         read = ["read", "D", "5.2.1", "--json", "--timeout", "10000"]
+        poll = ["poll", "--tags", tags, "--json", "--cycles", "1"]
         good = [try_all("driver in a small host", [options.host, options.library], nothing, options),
                 try_all("`kvt decode`", [options.kvt, "decode", "053031303532380D"], nothing, options),
                 try_all("`kvt plan`", [options.kvt, "plan", "--tags", tags], nothing, options),
-                try_all("`kvt read`", [options.kvt] + read, lines, options)]
+                try_all("`kvt read`", [options.kvt] + read, lines, options),
+                try_all("`kvt poll`", [options.kvt] + poll, lines, options, values_of)]
     sys.exit(0 if all(good) else 1)
 
 
