@@ -35,3 +35,9 @@ if(KVT_SANITIZE)
                                                -fno-sanitize-recover=all)
   target_link_options(kvt_options INTERFACE -fsanitize=${KVT_SANITIZE})
 endif()
+
+if(KVT_COVERAGE)
+  # Threads count too.
+  target_compile_options(kvt_options INTERFACE --coverage -O0 -fprofile-update=atomic)
+  target_link_options(kvt_options INTERFACE --coverage)
+endif()
