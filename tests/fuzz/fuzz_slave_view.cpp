@@ -33,8 +33,7 @@ constexpr int MOST_REQUESTS = 500; // of one input, and as many until all is wel
 constexpr qint64 LONGEST_REST_ns = kvt::seconds(10);
 constexpr qint64 RECOVERY_ns = kvt::seconds(6);
 constexpr qint64 LAST_READINGS_ns = kvt::seconds(3);
-constexpr int PIECES[] = {16, 1, 8,
-                          1}; // bytes that a UART's FIFO or an adapter hands over together
+constexpr int PIECES[] = {16, 1, 8, 1}; // bytes that a FIFO or an adapter hands over together
 constexpr qint64 TURNAROUNDS_ns[] = {100000, 1000000, 8000000, 40000000};
 
 struct Choices {
