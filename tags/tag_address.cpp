@@ -10,8 +10,6 @@ namespace kvt
 namespace
 {
 
-constexpr int ELEMENTS_PER_BLOCK = 70;
-
 // The command without a value goes out as a read of one of these cells would.
 constexpr int COMMAND_BYTE = 18;
 constexpr int COMMAND_18_1_0 = 0x11;

@@ -82,21 +82,6 @@ TagError wrongForm(const QByteArray &csv)
     return {};
 }
 
-bool typeFits(Area area, ValueType type)
-{
-    switch (type) {
-    case ValueType::U8:
-        return area != Area::D;
-    case ValueType::S16:
-    case ValueType::U16:
-        return area == Area::D;
-    case ValueType::Bool:
-    case ValueType::Hex:
-        break;
-    }
-    return true;
-}
-
 /// Reads the rows of one file; the tags and errors collect in its result.
 class ListReader
 {
@@ -259,9 +244,8 @@ void ListReader::readRow(const CsvRow &row)
     const bool areaKnown = readArea(&tag);
     const bool addressGood = areaKnown && readAddress(&tag, &address);
     const bool stationGood = readStation(&tag);
-    if (readType(&tag) && areaKnown && !typeFits(tag.area, tag.type))
-        fail(TYPE, QStringLiteral("type %1 does not fit area %2")
-                       .arg(typeName(tag.type), areaName(tag.area)));
+    if (readType(&tag) && areaKnown && !formMisfit({tag.type}, tag.area).isEmpty())
+        fail(TYPE, formMisfit({tag.type}, tag.area));
     tag.description = field(DESCRIPTION);
     checkLength();
     if (addressGood && stationGood) {

@@ -1,4 +1,4 @@
-// Values of tags: bytes to text and back.
+// Raw values of one element: bytes to text and back.
 #ifndef KVT_TAGS_TAG_VALUE_H
 #define KVT_TAGS_TAG_VALUE_H
 
@@ -10,7 +10,8 @@ namespace kvt
 {
 
 /// Returns the text of a value. `bytes` is little-endian; bytes beyond the area's size are not
-/// looked at. Empty when there are fewer. Hex is "0x" and two or four upper-case digits.
+/// looked at. Empty when there are fewer, or when BCD has a digit above 9. Hex is "0x" and two or
+/// four upper-case digits.
 QString formatValue(Area area, ValueType type, const QByteArray &bytes);
 
 /// The bytes of an entered value, or what is wrong with it.

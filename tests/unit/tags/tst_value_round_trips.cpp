@@ -1,0 +1,131 @@
+// Random values of the wide types, shown and entered again. KVT_DRAWS sets how many of each; a
+// release is tried with 10,000,000.
+#include "tags/value_converter.h"
+
+#include "tags/number_text.h"
+#include "tags/value_elements.h"
+
+#include <QtTest>
+
+#include <random>
+
+using namespace kvt;
+
+namespace
+{
+
+constexpr int DEFAULT_DRAWS = 100000;
+
+int draws()
+{
+    bool good = false;
+    const int asked = qEnvironmentVariableIntValue("KVT_DRAWS", &good);
+    return good ? asked : DEFAULT_DRAWS;
+}
+
+MeaningTexts scaledBy(const QString &scale, const QString &offset, const QString &decimals)
+{
+    MeaningTexts texts;
+    texts[MeaningColumn::Scale] = scale;
+    texts[MeaningColumn::Offset] = offset;
+    texts[MeaningColumn::Decimals] = decimals;
+    return texts;
+}
+
+/// Bits of a type, every length of number as likely as any other.
+quint64 drawnBits(ValueType type, std::mt19937_64 *random)
+{
+    const int size = 8 * byteCount({type}, Area::D);
+    quint64 bits = (*random)() >> (64 - size);
+    if (isFloat(type))
+        return bits;
+    if (type == ValueType::Bcd32)
+        return rawBits(type, static_cast<qint64>(bits % 100000000));
+    bits >>= (*random)() % static_cast<quint64>(size);
+    const bool negative = ((*random)() & 1) != 0;
+    return (negative ? quint64(0) - bits : bits) & ~quint64(0) >> (64 - size);
+}
+
+} // namespace
+
+class TestValueRoundTrips : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void drawnValuesComeBack_data()
+    {
+        QTest::addColumn<int>("type");
+        QTest::addColumn<QString>("scale");
+        QTest::addColumn<QString>("offset");
+        QTest::addColumn<QString>("decimals");
+        const auto row = [](ValueType type, const char *scale, const char *offset,
+                            const char *decimals) {
+            QTest::addRow("%s scale '%s' offset '%s' decimals '%s'", qPrintable(typeName(type)),
+                          scale, offset, decimals)
+                << int(type) << QString(scale) << QString(offset) << QString(decimals);
+        };
+        for (const ValueType type :
+             {ValueType::U32, ValueType::S32, ValueType::Bcd32, ValueType::U64, ValueType::S64}) {
+            row(type, "", "", "");
+            row(type, "0.1", "", "");
+            row(type, "-0.003", "17.25", "");
+            row(type, "0.1", "0.05", "1");
+            row(type, "1234.5", "-1e6", "0");
+        }
+        row(ValueType::F32, "", "", "");
+        row(ValueType::F32, "0.1", "", "");
+        row(ValueType::F32, "-3600", "", "");
+        row(ValueType::F64, "", "", "");
+        row(ValueType::F64, "0.25", "", "");
+    }
+
+    void drawnValuesComeBack()
+    {
+        QFETCH(int, type);
+        QFETCH(QString, scale);
+        QFETCH(QString, offset);
+        QFETCH(QString, decimals);
+        QVector<MeaningProblem> problems;
+        const ValueForm form{ValueType(type)};
+        const std::optional<ValueConverter> converter =
+            ValueConverter::make(form, Area::D, scaledBy(scale, offset, decimals), &problems);
+        QVERIFY(converter && problems.isEmpty());
+        std::mt19937_64 random(1);
+        for (int i = draws(); i > 0; --i) {
+            const quint64 bits = drawnBits(form.type, &random);
+            NumberText text;
+            converter->appendNumber(bits, &text);
+            const EnteredValue back = converter->enter(text.toString());
+            if (back.bits != bits || !back.error.isEmpty())
+                QFAIL(qPrintable(QStringLiteral("%1: %2 comes back as %3 %4")
+                                     .arg(QString::number(bits, 16), text.toString(),
+                                          QString::number(back.bits, 16), back.error)));
+        }
+    }
+
+    // A double has no digits to spare for a scale: what is shown may stand for a neighbour, which
+    // is then shown the same.
+    void doublesWithAScaleSettle()
+    {
+        QVector<MeaningProblem> problems;
+        const std::optional<ValueConverter> converter =
+            ValueConverter::make({ValueType::F64}, Area::D, scaledBy("0.1", "", ""), &problems);
+        QVERIFY(converter);
+        std::mt19937_64 random(1);
+        for (int i = draws(); i > 0; --i) {
+            const quint64 bits = random() & 0xBFFFFFFFFFFFFFFF; // no infinities and beyond
+            NumberText text;
+            converter->appendNumber(bits, &text);
+            const quint64 back = converter->enter(text.toString()).bits;
+            NumberText again;
+            converter->appendNumber(back, &again);
+            const bool near = back - bits + 1 <= 2;
+            if (!near || text.view() != again.view())
+                QFAIL(qPrintable(text.toString() + QLatin1Char(' ') + again.toString()));
+        }
+    }
+};
+
+QTEST_GUILESS_MAIN(TestValueRoundTrips)
+#include "tst_value_round_trips.moc"
