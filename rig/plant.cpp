@@ -33,7 +33,7 @@ Tag plantTag(Area area, int station, const QString &address)
     tag.area = area;
     tag.address = address;
     tag.station = station;
-    tag.type = area == Area::D ? ValueType::U16 : ValueType::U8;
+    tag.form = area == Area::D ? ValueType::U16 : ValueType::U8;
     return tag;
 }
 

@@ -39,9 +39,9 @@ SignalKind kindOf(const SignalPlan &plan, const QString &tag, int index)
 
 SignalRange rangeOf(const Tag &tag)
 {
-    if (tag.type == ValueType::Bool)
+    if (tag.form.type == ValueType::Bool)
         return {0, 1};
-    if (tag.type == ValueType::S16)
+    if (tag.form.type == ValueType::S16)
         return {-32768, 32767};
     return {0, tag.area == Area::D ? 65535 : 255};
 }

@@ -92,13 +92,14 @@ bool feedLines(Reader *reader, const QByteArray &text)
 
 } // namespace
 
-CsvRows splitCsv(const QByteArray &text)
+CsvRows splitCsv(const QByteArray &text, char separator)
 {
     Reader reader;
     if (csv_init(&reader.parser, CSV_STRICT | CSV_STRICT_FINI) != 0) {
         fail(&reader, QStringLiteral("the CSV parser cannot be set up"));
         return reader.result;
     }
+    csv_set_delim(&reader.parser, static_cast<unsigned char>(separator));
     if (feedLines(&reader, text) && csv_fini(&reader.parser, onField, onRow, &reader) != 0)
         fail(&reader, QStringLiteral("a quoted field is not closed"));
     csv_free(&reader.parser);

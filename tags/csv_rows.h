@@ -24,11 +24,11 @@ struct CsvRows {
     QString errorText;   ///< what is wrong with it
 };
 
-/// Splits a CSV text: fields parted by commas, quoted by `"`, rows ended by LF, CR or both. A row
-/// of more than 256 fields counts as malformed.
-CsvRows splitCsv(const QByteArray &text);
+/// Splits a CSV text: fields parted by `separator`, quoted by `"`, rows ended by LF, CR or both. A
+/// row of more than 256 fields counts as malformed.
+CsvRows splitCsv(const QByteArray &text, char separator = ',');
 
-/// Appends one field to a row under construction, quoted where it must be.
+/// Appends one field to a row under construction, parted by commas, quoted where it must be.
 void appendCsvField(QByteArray *row, const QByteArray &field);
 
 } // namespace kvt

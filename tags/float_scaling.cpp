@@ -90,14 +90,12 @@ void FloatScaling::append(quint64 bits, NumberText *text) const
 
 EnteredFloat FloatScaling::enter(const QString &text) const
 {
-    if (isPlain_)
+    if (isPlain_ || text.contains(QLatin1String("nan"), Qt::CaseInsensitive))
         return enterFloat(type_, text);
     EnteredFloat entered = enterFloat(ValueType::F64, text);
     if (!entered.error.isEmpty())
         return entered;
     const double value = floatNumber(ValueType::F64, entered.bits);
-    if (std::isnan(value)) // its bits are those of the type itself
-        return enterFloat(type_, text);
     entered.bits = floatBits(type_, backward(value));
     if (std::isinf(floatNumber(type_, entered.bits)) && std::isfinite(value)) {
         NumberText nearest;

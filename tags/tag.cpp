@@ -6,7 +6,8 @@ namespace kvt
 bool operator==(const Tag &a, const Tag &b)
 {
     return a.name == b.name && a.area == b.area && a.address == b.address &&
-           a.station == b.station && a.type == b.type && a.description == b.description;
+           a.station == b.station && a.form == b.form && a.description == b.description &&
+           a.meaning == b.meaning;
 }
 
 } // namespace kvt

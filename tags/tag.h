@@ -2,25 +2,25 @@
 #ifndef KVT_TAGS_TAG_H
 #define KVT_TAGS_TAG_H
 
-#include "tags/area.h"
-#include "tags/value_type.h"
+#include "tags/meaning_texts.h"
 
 #include <QString>
 
 namespace kvt
 {
 
-/// A named value. Areas X and D: bool, u8 (X), s16 and u16 (D), hex; area C: bool, u8, hex.
+/// A named value; its form fits its area.
 struct Tag {
-    QString name;                    ///< unique in its list, not empty
-    Area area = Area::D;             ///< area of the PLC
-    QString address;                 ///< "a.b.c" in X and D, "a.b.c.d" in C; decimal parts
-    int station = 0;                 ///< 0 to 255
-    ValueType type = ValueType::U16; ///< how the value is shown
-    QString description;             ///< free text, may be empty
+    QString name;              ///< unique in its list, not empty
+    Area area = Area::D;       ///< area of the PLC
+    QString address;           ///< "a.b.c" in X and D, "a.b.c.d" in C; decimal parts
+    int station = 0;           ///< 0 to 255
+    ValueForm form;            ///< its type, and what that takes
+    QString description;       ///< free text, may be empty
+    MeaningTexts meaning = {}; ///< what its values mean
 };
 
-/// True when all six fields are equal.
+/// True when all fields are equal.
 bool operator==(const Tag &a, const Tag &b);
 
 } // namespace kvt

@@ -1,15 +1,17 @@
 #include "tags/tag_list.h"
 
 #include "tags/block_digit.h"
+#include "tags/csv_dialect.h"
 #include "tags/csv_rows.h"
+#include "tags/tag_columns.h"
 #include "tags/tag_conflicts.h"
+#include "tags/tag_span.h"
+#include "tags/value_converter.h"
 
-#include <QFile>
-#include <QSaveFile>
 #include <QTextCodec>
 
 #include <algorithm>
-#include <iterator>
+#include <array>
 
 namespace kvt
 {
@@ -19,20 +21,8 @@ namespace
 
 constexpr char BYTE_ORDER_MARK[] = "\xEF\xBB\xBF";
 
-// Well above a list of 200,000 tags.
-constexpr qint64 LARGEST_FILE = 32 * 1024 * 1024;
-
 // A wrong column makes as many errors as the list has rows.
 constexpr int MOST_ERRORS = 100;
-
-enum Column { NAME, AREA, ADDRESS, STATION, TYPE, DESCRIPTION, COLUMN_COUNT };
-
-QString columnName(int column)
-{
-    static const char *const names[] = {"name",    "area", "address",
-                                        "station", "type", "description"};
-    return QLatin1String(names[column]);
-}
 
 /// Returns the text of UTF-8 bytes; false in `*good` when they are none.
 QString decoded(const QByteArray &bytes, bool *good)
@@ -44,42 +34,31 @@ QString decoded(const QByteArray &bytes, bool *good)
     return text;
 }
 
-/// Returns what parts the titles of a header line if it is not commas; else an empty text.
-QString wrongSeparator(const QByteArray &header)
+QString unknownOrder(const QString &text)
 {
-    const QString line = QString::fromUtf8(header).remove(QLatin1Char('"'));
-    const auto partsBy = [&](QChar separator) {
-        const QStringList titles = line.split(separator);
-        return titles.size() > 1 &&
-               std::any_of(titles.begin(), titles.end(), [](const QString &title) {
-                   return title.trimmed().compare(columnName(NAME), Qt::CaseInsensitive) == 0;
-               });
-    };
-    if (partsBy(QLatin1Char(';')))
-        return QStringLiteral("semicolons");
-    return partsBy(QLatin1Char('\t')) ? QStringLiteral("tabs") : QString();
+    return QStringLiteral("\"%1\" is no order (abcd, badc, cdab or dcba)").arg(text);
 }
 
-/// Finds out what is wrong with the form of the file as a whole; without a text if nothing is.
-TagError wrongForm(const QByteArray &csv)
+QString separatorName(char separator)
 {
-    if (csv.startsWith("\xFF\xFE") || csv.startsWith("\xFE\xFF"))
-        return {0, 0, QString(), QStringLiteral("is UTF-16 text; UTF-8 is needed")};
-    int number = 0;
-    for (int from = 0, to = 0; from < csv.size(); from = to + 1) {
-        ++number;
-        to = csv.indexOf('\n', from);
-        to = to < 0 ? csv.size() : to;
-        const QByteArray text = csv.mid(from, to - from).trimmed();
-        if (text.isEmpty() || text.startsWith('#'))
-            continue;
-        const QString separator = wrongSeparator(text);
-        if (separator.isEmpty())
-            break;
-        return {number, 0, QString(),
-                QStringLiteral("the columns are parted by %1; commas are needed").arg(separator)};
-    }
-    return {};
+    return separator == ','   ? QStringLiteral("comma")
+           : separator == ';' ? QStringLiteral("semicolon")
+                              : QStringLiteral("tab");
+}
+
+/// Takes a decimal comma for a point: "21,4" is "21.4". Anything else stays as it is.
+QString withPoint(const QString &text)
+{
+    QString pointed = text;
+    return text.count(QLatin1Char(',')) == 1 && !text.contains(QLatin1Char('.'))
+               ? pointed.replace(QLatin1Char(','), QLatin1Char('.'))
+               : text;
+}
+
+bool isNumberColumn(MeaningColumn column)
+{
+    return column != MeaningColumn::Unit && column != MeaningColumn::Labels &&
+           column != MeaningColumn::Bits;
 }
 
 /// Reads the rows of one file; the tags and errors collect in its result.
@@ -90,20 +69,28 @@ public:
 
 private:
     bool readHeader(const CsvRow &row);
+    void readTitle(int field, const QString &title);
+    void readDefaultOrder(int field, const QString &text);
     void readRows(const QVector<CsvRow> &rows);
     void readRow(const CsvRow &row);
     QString field(int column);
     bool readArea(Tag *tag);
-    bool readAddress(Tag *tag, TagAddress *address);
+    bool readAddress(Tag *tag, bool formGood, TagSpan *span);
     bool readStation(Tag *tag);
-    bool readType(Tag *tag);
+    bool readForm(Tag *tag);
+    bool readOrder(ValueForm *form);
+    void readMeaning(Tag *tag);
+    QString conflictOf(const Tag &tag, const TagSpan &span);
     void checkName(const QString &name);
     void checkLength();
+    void sortErrors(int from);
     void fail(int column, const QString &text);
     void failRow(const CsvRows &rows);
 
     TagListResult result_;
-    int fieldOf_[COLUMN_COUNT] = {-1, -1, -1, -1, -1, -1}; ///< index in a row; -1: no such column
+    std::array<int, COLUMN_COUNT> fieldOf_ = {}; ///< index in a row; -1: no such column
+    char separator_ = ',';
+    WordOrder order_ = WordOrder::Abcd; ///< of tags that name none
     int headerFields_ = 0;
     CsvRow row_; ///< the row being read
     QHash<QString, int> lineOfName_;
@@ -112,29 +99,56 @@ private:
 
 void ListReader::fail(int column, const QString &text)
 {
-    result_.errors.append({row_.line, fieldOf_[column] + 1, columnName(column), text});
+    result_.errors.append(
+        {row_.line, fieldOf_[static_cast<size_t>(column)] + 1, tagColumnName(column), text});
+}
+
+/// "order=cdab" names the order of all tags that have none of their own.
+void ListReader::readDefaultOrder(int field, const QString &text)
+{
+    const std::optional<WordOrder> order = parseWordOrder(text);
+    if (order)
+        order_ = *order;
+    else
+        result_.errors.append({row_.line, field + 1, tagColumnName(ORDER), unknownOrder(text)});
+}
+
+void ListReader::readTitle(int field, const QString &title)
+{
+    const QString order = QStringLiteral("order=");
+    const bool hasOrder = title.startsWith(order, Qt::CaseInsensitive);
+    const int column = hasOrder ? static_cast<int>(ORDER) : tagColumnOf(title);
+    if (column < 0) {
+        const QString likely = likelyColumnName(title);
+        result_.warnings.append(
+            {row_.line, field + 1, title,
+             likely.isEmpty() ? QStringLiteral("is not known")
+                              : QStringLiteral("is not known; is \"%1\" meant?").arg(likely)});
+        return;
+    }
+    if (fieldOf_[static_cast<size_t>(column)] >= 0)
+        result_.errors.append(
+            {row_.line, field + 1, title, QStringLiteral("this column is there twice")});
+    fieldOf_[static_cast<size_t>(column)] = field;
+    if (hasOrder)
+        readDefaultOrder(field, title.mid(order.size()).trimmed());
 }
 
 bool ListReader::readHeader(const CsvRow &row)
 {
     row_ = row;
     headerFields_ = row.fields.size();
+    fieldOf_.fill(-1);
     for (int i = 0; i < row.fields.size(); ++i) {
         const QString title = QString::fromUtf8(row.fields[i]).trimmed();
-        for (int column = 0; column < COLUMN_COUNT; ++column) {
-            if (title.compare(columnName(column), Qt::CaseInsensitive) != 0)
-                continue;
-            if (fieldOf_[column] >= 0)
-                result_.errors.append(
-                    {row.line, i + 1, title, QStringLiteral("this column is there twice")});
-            fieldOf_[column] = i;
-        }
+        if (!title.isEmpty())
+            readTitle(i, title);
     }
     for (int column = 0; column < DESCRIPTION; ++column) {
-        if (fieldOf_[column] < 0)
+        if (fieldOf_[static_cast<size_t>(column)] < 0)
             result_.errors.append({row.line, 0, QString(),
                                    QStringLiteral("column \"%1\" is missing from the header")
-                                       .arg(columnName(column))});
+                                       .arg(tagColumnName(column))});
     }
     result_.addressColumn = fieldOf_[ADDRESS] + 1;
     return result_.errors.isEmpty();
@@ -142,7 +156,7 @@ bool ListReader::readHeader(const CsvRow &row)
 
 QString ListReader::field(int column)
 {
-    const int index = fieldOf_[column];
+    const int index = fieldOf_[static_cast<size_t>(column)];
     if (index < 0 || index >= row_.fields.size())
         return QString();
     bool good = false;
@@ -179,18 +193,46 @@ bool ListReader::readStation(Tag *tag)
     return false;
 }
 
-bool ListReader::readType(Tag *tag)
+bool ListReader::readOrder(ValueForm *form)
 {
-    const QString text = field(TYPE);
-    for (const ValueType type :
-         {ValueType::Bool, ValueType::U8, ValueType::S16, ValueType::U16, ValueType::Hex}) {
-        if (text == typeName(type)) {
-            tag->type = type;
-            return true;
-        }
+    const QString text = field(ORDER);
+    const std::optional<WordOrder> order =
+        text.isEmpty() ? std::make_optional(order_) : parseWordOrder(text);
+    form->order = order.value_or(order_);
+    if (!order)
+        fail(ORDER, unknownOrder(text));
+    const bool isTurned = form->type == ValueType::String && reversesWords(form->order);
+    if (isTurned && !text.isEmpty())
+        fail(ORDER, QStringLiteral("the words of a string are in order: abcd or badc"));
+    else if (isTurned)
+        form->order = swapsBytes(order_) ? WordOrder::Badc : WordOrder::Abcd;
+    return order.has_value();
+}
+
+bool ListReader::readForm(Tag *tag)
+{
+    const QString fault = parseForm(field(TYPE), &tag->form);
+    if (!fault.isEmpty())
+        fail(TYPE, fault);
+    return readOrder(&tag->form) && fault.isEmpty();
+}
+
+void ListReader::readMeaning(Tag *tag)
+{
+    for (int i = 0; i < MEANING_COLUMNS; ++i) {
+        const auto column = static_cast<MeaningColumn>(i);
+        const QString text = field(columnOf(column));
+        const bool mayHaveComma = separator_ != ',' && isNumberColumn(column);
+        tag->meaning[column] = mayHaveComma ? withPoint(text) : text;
     }
-    fail(TYPE, QStringLiteral("\"%1\" is no type (bool, u8, s16, u16 or hex)").arg(text));
-    return false;
+    QVector<MeaningProblem> problems;
+    ValueConverter::make(tag->form, tag->area, tag->meaning, &problems);
+    for (const MeaningProblem &problem : problems) {
+        const int column = columnOf(problem.column);
+        QVector<TagError> &list = problem.isWarning ? result_.warnings : result_.errors;
+        list.append({row_.line, fieldOf_[static_cast<size_t>(column)] + 1, tagColumnName(column),
+                     problem.text});
+    }
 }
 
 void ListReader::checkName(const QString &name)
@@ -212,13 +254,29 @@ void ListReader::checkName(const QString &name)
         lineOfName_.insert(name, row_.line);
 }
 
-bool ListReader::readAddress(Tag *tag, TagAddress *address)
+bool ListReader::readAddress(Tag *tag, bool formGood, TagSpan *span)
 {
     tag->address = field(ADDRESS);
-    const QString error = parseTagAddress(tag->area, tag->address, address);
+    const ValueForm form = formGood ? tag->form : ValueForm(ValueType::Bool); // one element
+    const QString error = parseTagSpan(tag->area, tag->address, form, span);
     if (!error.isEmpty())
         fail(ADDRESS, error);
     return error.isEmpty();
+}
+
+/// Returns with which earlier tag one of the elements conflicts; empty when none does.
+QString ListReader::conflictOf(const Tag &tag, const TagSpan &span)
+{
+    Tag element = tag;
+    for (int i = 0; i < span.addresses.size(); ++i) {
+        element.address = span.texts.at(i);
+        const QString conflict = conflicts_.add(element, span.addresses.at(i));
+        if (!conflict.isEmpty())
+            return i == 0 ? conflict
+                          : QStringLiteral("%1, which it takes too, %2")
+                                .arg(element.address, conflict);
+    }
+    return QString();
 }
 
 void ListReader::checkLength()
@@ -228,7 +286,8 @@ void ListReader::checkLength()
             continue;
         result_.errors.append({row_.line, i + 1, QString(),
                                QStringLiteral("the header has no such column; a text with a "
-                                              "comma must be quoted")});
+                                              "%1 must be quoted")
+                                   .arg(separatorName(separator_))});
         return;
     }
 }
@@ -238,36 +297,47 @@ void ListReader::readRow(const CsvRow &row)
     row_ = row;
     const int errorsBefore = result_.errors.size();
     Tag tag;
-    TagAddress address;
+    TagSpan span;
     tag.name = field(NAME);
     checkName(tag.name);
     const bool areaKnown = readArea(&tag);
-    const bool addressGood = areaKnown && readAddress(&tag, &address);
+    const bool typeKnown = readForm(&tag);
+    const bool formGood = typeKnown && areaKnown && formMisfit(tag.form, tag.area).isEmpty();
+    const bool addressGood = areaKnown && readAddress(&tag, formGood, &span);
     const bool stationGood = readStation(&tag);
-    if (readType(&tag) && areaKnown && !formMisfit({tag.type}, tag.area).isEmpty())
-        fail(TYPE, formMisfit({tag.type}, tag.area));
+    if (typeKnown && areaKnown && !formGood)
+        fail(TYPE, formMisfit(tag.form, tag.area));
     tag.description = field(DESCRIPTION);
+    if (formGood)
+        readMeaning(&tag);
     checkLength();
-    if (addressGood && stationGood) {
-        const QString conflict = conflicts_.add(tag, address);
+    if (addressGood && stationGood && formGood) {
+        const QString conflict = conflictOf(tag, span);
         if (!conflict.isEmpty())
             fail(ADDRESS, conflict);
     }
+    sortErrors(errorsBefore);
     if (result_.errors.size() == errorsBefore) {
         result_.tags.append(tag);
         result_.lines.append(row.line);
     }
 }
 
+// What is wrong in a row is told from left to right, in whatever order it was found.
+void ListReader::sortErrors(int from)
+{
+    std::stable_sort(result_.errors.begin() + from, result_.errors.end(),
+                     [](const TagError &a, const TagError &b) { return a.column < b.column; });
+}
+
 // Names the column of a malformed row, if the header could be read.
 void ListReader::failRow(const CsvRows &rows)
 {
-    const int *const column =
-        std::find(std::begin(fieldOf_), std::end(fieldOf_), rows.errorColumn - 1);
-    const bool isNamed = column != std::end(fieldOf_);
+    const auto *const column = std::find(fieldOf_.cbegin(), fieldOf_.cend(), rows.errorColumn - 1);
+    const bool isNamed = column != fieldOf_.cend();
     result_.errors.append(
         {rows.errorLine, rows.errorColumn,
-         isNamed ? columnName(static_cast<int>(column - std::begin(fieldOf_))) : QString(),
+         isNamed ? tagColumnName(static_cast<int>(column - fieldOf_.cbegin())) : QString(),
          rows.errorText});
 }
 
@@ -287,14 +357,14 @@ void ListReader::readRows(const QVector<CsvRow> &rows)
 
 TagListResult ListReader::read(const QByteArray &csv)
 {
-    const bool marked = csv.startsWith(BYTE_ORDER_MARK);
-    const QByteArray text = marked ? csv.mid(3) : csv;
-    const TagError form = wrongForm(text);
-    if (!form.text.isEmpty()) {
-        result_.errors.append(form);
+    if (csv.startsWith("\xFF\xFE") || csv.startsWith("\xFE\xFF")) {
+        result_.errors.append({0, 0, QString(), QStringLiteral("is UTF-16 text; UTF-8 is needed")});
         return result_;
     }
-    const CsvRows rows = splitCsv(text);
+    QByteArray text = csv.startsWith(BYTE_ORDER_MARK) ? csv.mid(3) : csv;
+    separator_ = takeSeparator(&text, tagColumnName(NAME).toLatin1());
+    fieldOf_.fill(-1);
+    const CsvRows rows = splitCsv(text, separator_);
     if (rows.rows.isEmpty() && rows.errorLine == 0)
         result_.errors.append({0, 0, QString(), QStringLiteral("there is no header line")});
     if (!rows.rows.isEmpty() && readHeader(rows.rows.first())) {
@@ -305,13 +375,6 @@ TagListResult ListReader::read(const QByteArray &csv)
     return result_;
 }
 
-TagListResult unusable(const QString &text)
-{
-    TagListResult result;
-    result.errors.append({0, 0, QString(), text});
-    return result;
-}
-
 } // namespace
 
 TagListResult parseTagList(const QByteArray &csv)
@@ -320,67 +383,13 @@ TagListResult parseTagList(const QByteArray &csv)
     return reader.read(csv);
 }
 
-TagListResult loadTagList(const QString &path)
-{
-    QFile file(path);
-    if (file.open(QIODevice::ReadOnly)) {
-        const QByteArray csv = file.read(LARGEST_FILE + 1);
-        if (csv.size() > LARGEST_FILE)
-            return unusable(QStringLiteral("is larger than %1 MiB").arg(LARGEST_FILE >> 20));
-        if (file.error() == QFileDevice::NoError)
-            return parseTagList(csv);
-    }
-    return unusable(QStringLiteral("cannot be read: %1").arg(file.errorString()));
-}
-
 QVector<TagError> pollErrors(const TagListResult &list)
 {
     QVector<TagError> errors;
     for (const BlockDigitClash &clash : blockDigitClashes(list.tags))
         errors.append(
-            {list.lines.at(clash.index), list.addressColumn, columnName(ADDRESS), clash.text});
+            {list.lines.at(clash.index), list.addressColumn, tagColumnName(ADDRESS), clash.text});
     return errors;
-}
-
-QByteArray formatTagList(const QVector<Tag> &tags)
-{
-    QByteArray csv("name,area,address,station,type,description\n");
-    for (const Tag &tag : tags) {
-        const QString fields[COLUMN_COUNT] = {tag.name,           areaName(tag.area),
-                                              tag.address,        QString::number(tag.station),
-                                              typeName(tag.type), tag.description};
-        for (int column = 0; column < COLUMN_COUNT; ++column) {
-            if (column > 0)
-                csv.append(',');
-            appendCsvField(&csv, fields[column].toUtf8());
-        }
-        csv.append('\n');
-    }
-    return csv;
-}
-
-bool saveTagList(const QString &path, const QVector<Tag> &tags, QString *error)
-{
-    const QByteArray csv = formatTagList(tags);
-    QSaveFile file(path);
-    const bool saved = file.open(QIODevice::WriteOnly) && file.write(csv) == csv.size();
-    if (saved && file.commit())
-        return true;
-    if (error != nullptr)
-        *error = file.errorString();
-    return false;
-}
-
-QString formatTagError(const QString &file, const TagError &error)
-{
-    QString text = file;
-    if (error.line > 0)
-        text += QLatin1Char(':') + QString::number(error.line);
-    if (error.column > 0)
-        text += QLatin1String(": column ") + QString::number(error.column);
-    if (!error.columnName.isEmpty())
-        text += QLatin1String(" \"") + error.columnName + QLatin1Char('"');
-    return text + QLatin1String(": ") + error.text;
 }
 
 } // namespace kvt

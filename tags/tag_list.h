@@ -1,10 +1,13 @@
 // Tag lists: CSV files as engineers keep them in a spreadsheet.
 //
-// The header line names the columns name, area, address, station, type and description, in any
-// order and any case; description may be left out, other columns are passed over. Text is UTF-8
-// with or without a byte order mark, lines end in LF or CRLF, fields may be quoted, and lines
-// without any text or with a # in front are skipped. A file has at most 32 MiB and a row at most
-// 256 fields; names are without control characters.
+// The header line names the columns name, area, address, station and type, in any order and any
+// case, and any of description, order, scale, offset, raw_low, raw_high, low, high, unit, decimals,
+// min, max, labels and bits; others are passed over with a warning. "order=cdab" in the header is
+// the order of all tags that name none. Fields are parted by commas, semicolons or tabs, as the
+// header line or a line "sep=;" ahead of it shows; where it is not by commas, numbers may have a
+// decimal comma. Text is UTF-8 with or without a byte order mark, lines end in LF or CRLF, fields
+// may be quoted, and lines without any text or with a # in front are skipped. A file has at most
+// 32 MiB and a row at most 256 fields; names are without control characters.
 #ifndef KVT_TAGS_TAG_LIST_H
 #define KVT_TAGS_TAG_LIST_H
 
@@ -28,9 +31,10 @@ struct TagError {
 /// A list with errors must not be used.
 struct TagListResult {
     QVector<Tag> tags;
-    QVector<TagError> errors; ///< in the order of the file, the first 100; empty when all is well
-    QVector<int> lines;       ///< of each tag in the file, from 1
-    int addressColumn = 0;    ///< number of the field that has the address, from 1
+    QVector<TagError> errors;   ///< in the order of the file, the first 100; empty when all is well
+    QVector<TagError> warnings; ///< what is doubtful; the list can be used
+    QVector<int> lines;         ///< of each tag in the file, from 1
+    int addressColumn = 0;      ///< number of the field that has the address, from 1
 };
 
 /// Reads the tag list in the file `path`. A file that cannot be read is an error of its own.

@@ -58,22 +58,24 @@ bool ValueConverter::prepareExact(const MeaningTexts &texts, QVector<MeaningProb
     const ValueRatio ratio = meaning_.ratio.value_or(ValueRatio());
     const int wanted = decimalsOf(ratio);
     const bool given = meaning_.decimals.has_value();
+    const bool scaled = !texts[MeaningColumn::Scale].isEmpty();
+    const MeaningColumn column = given    ? MeaningColumn::Decimals
+                                 : scaled ? MeaningColumn::Scale
+                                          : MeaningColumn::High;
     exact_ =
         ExactScaling::make(ratio, meaning_.decimals.value_or(wanted), rawRange(form_.type, area_));
     if (!exact_) {
-        const bool scaled = !texts[MeaningColumn::Scale].isEmpty();
-        problems->append({given    ? MeaningColumn::Decimals
-                          : scaled ? MeaningColumn::Scale
-                                   : MeaningColumn::High,
-                          QStringLiteral("values of type %1 would have too many digits to be "
-                                         "reckoned with exactly")
-                              .arg(typeName(form_.type))});
+        problems->append({column, QStringLiteral("values of type %1 would have too many digits to "
+                                                 "be reckoned with exactly")
+                                      .arg(typeName(form_.type))});
         return false;
     }
-    if (given && !exact_->tellsApart())
-        problems->append({MeaningColumn::Decimals,
-                          QStringLiteral("%1 shows different raw values as one; %2 would not")
-                              .arg(texts[MeaningColumn::Decimals], QString::number(wanted)),
+    if (!exact_->tellsApart())
+        problems->append({column,
+                          QStringLiteral("%1 decimals show different raw values as one; %2")
+                              .arg(QString::number(exact_->decimals()),
+                                   given ? QStringLiteral("%1 would not").arg(wanted)
+                                         : QStringLiteral("more are not to be had")),
                           true});
     return true;
 }

@@ -179,14 +179,6 @@ ValueMeaning MeaningReader::read()
 
 } // namespace
 
-QString meaningColumnName(MeaningColumn column)
-{
-    static const char *const names[] = {"scale", "offset", "raw_low", "raw_high",
-                                        "low",   "high",   "unit",    "decimals",
-                                        "min",   "max",    "labels",  "bits"};
-    return QLatin1String(names[static_cast<int>(column)]);
-}
-
 ValueMeaning readMeaning(const MeaningTexts &texts, const ValueForm &form, Area area,
                          QVector<MeaningProblem> *problems)
 {

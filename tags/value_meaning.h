@@ -2,51 +2,12 @@
 #ifndef KVT_TAGS_VALUE_MEANING_H
 #define KVT_TAGS_VALUE_MEANING_H
 
+#include "tags/meaning_texts.h"
 #include "tags/value_labels.h"
 #include "tags/value_ratio.h"
 
-#include <array>
-
 namespace kvt
 {
-
-/// The columns about a value's meaning.
-enum class MeaningColumn {
-    Scale,
-    Offset,
-    RawLow,
-    RawHigh,
-    Low,
-    High,
-    Unit,
-    Decimals,
-    Min,
-    Max,
-    Labels,
-    Bits
-};
-
-constexpr int MEANING_COLUMNS = 12;
-
-/// Returns "scale", "offset", "raw_low" and so on.
-QString meaningColumnName(MeaningColumn column);
-
-/// The texts of these columns; an empty one says nothing.
-struct MeaningTexts {
-    std::array<QString, MEANING_COLUMNS> texts;
-
-    QString &operator[](MeaningColumn column) { return texts[static_cast<size_t>(column)]; }
-    const QString &operator[](MeaningColumn column) const
-    {
-        return texts[static_cast<size_t>(column)];
-    }
-};
-
-/// True when all texts are equal.
-inline bool operator==(const MeaningTexts &a, const MeaningTexts &b)
-{
-    return a.texts == b.texts;
-}
 
 /// What is wrong with one of the texts, or only doubtful.
 struct MeaningProblem {

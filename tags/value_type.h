@@ -36,7 +36,9 @@ enum class TextEncoding {
 
 /// A type with all that it takes to read and write a value of it.
 struct ValueForm {
-    ValueType type = ValueType::U16;
+    ValueForm(ValueType ofType = ValueType::U16) : type(ofType) {}
+
+    ValueType type;
     int number = 0;                               ///< string: bytes, 1 to 70; bit: 0 to 15
     TextEncoding encoding = TextEncoding::Latin1; ///< of a string
     bool bitIsWritten = false;                    ///< bit: by reading and writing its element

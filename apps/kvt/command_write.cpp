@@ -78,7 +78,7 @@ int writeOne(const LineOptions &options, const Tag &tag, const QByteArray &bytes
         exitCode = enquiry.reportStop();
     else if (!outcome.good)
         exitCode = EXIT_NO_ANSWER;
-    report(tag, formatValue(tag.area, tag.type, bytes), outcome, options.json);
+    report(tag, formatValue(tag.area, tag.form.type, bytes), outcome, options.json);
     reportDoubt(tag, outcome);
     return exitCode;
 }
@@ -89,7 +89,7 @@ bool readValue(const Tag &tag, const QString &text, QByteArray *bytes)
         printError(QStringLiteral("area C cannot be written"));
         return false;
     }
-    const ParsedValue value = parseValue(tag.area, tag.type, text);
+    const ParsedValue value = parseValue(tag.area, tag.form.type, text);
     if (!value.error.isEmpty())
         printError(QStringLiteral("value \"%1\": %2").arg(text, value.error));
     *bytes = value.bytes;
@@ -140,7 +140,7 @@ bool readTarget(const QCommandLineParser &parser, Tag *tag, QString *value)
     *value = command ? QStringLiteral("0") : words.last();
     const bool isTyped = byName || parser.isSet(QStringLiteral("type"));
     if (!isTyped && tag->area == Area::D && value->startsWith(QLatin1Char('-')))
-        tag->type = ValueType::S16;
+        tag->form = ValueType::S16;
     return true;
 }
 

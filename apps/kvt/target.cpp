@@ -78,7 +78,7 @@ bool readAddresses(const QCommandLineParser &parser, const QStringList &words, Q
     }
     Tag form;
     if (!readArea(words.first(), &form.area) ||
-        !readType(parser.value(TYPE), form.area, &form.type) ||
+        !readType(parser.value(TYPE), form.area, &form.form.type) ||
         !readNumber(parser, STATION, 0, 255, &form.station))
         return false;
     const QStringList addresses = words.mid(1);

@@ -10,7 +10,7 @@ QString rawText(const Tag &tag, quint16 raw)
 {
     QByteArray bytes(1, static_cast<char>(raw & 0xFF));
     bytes.append(static_cast<char>(raw >> 8));
-    return formatValue(tag.area, tag.type, bytes);
+    return formatValue(tag.area, tag.form.type, bytes);
 }
 
 QString valueText(const Tag &tag, const CellValue &value)
@@ -29,7 +29,7 @@ QString resultText(const TagResult &result, bool stationIsOff)
 
 int valueNumber(const Tag &tag, quint16 raw)
 {
-    return tag.type == ValueType::S16 ? static_cast<qint16>(raw) : raw;
+    return tag.form.type == ValueType::S16 ? static_cast<qint16>(raw) : raw;
 }
 
 QString placeText(const Tag &tag)

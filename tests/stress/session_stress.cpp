@@ -98,7 +98,7 @@ QVector<kvt::Tag> plantTags()
         tag.name = QStringLiteral("word%1").arg(i);
         tag.address = QStringLiteral("%1.2.0").arg(i + 1);
         tag.station = 1 + i % 2;
-        tag.type = kvt::ValueType::U16;
+        tag.form = kvt::ValueType::U16;
         tags.append(tag);
     }
     return tags;

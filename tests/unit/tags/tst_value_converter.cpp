@@ -261,8 +261,8 @@ private Q_SLOTS:
         row("u16", "scale=x offset=1,5",
             "scale: \"x\" is not a number\noffset: \"1,5\" has a comma where a point is needed");
         row("u16", "scale=0", "scale: 0 makes all values one");
-        row("u16", "scale=1e-30",
-            "scale: values of type u16 would have too many digits to be "
+        row("u64", "scale=1e20",
+            "scale: values of type u64 would have too many digits to be "
             "reckoned with exactly");
         row("u16", "scale=1e35 offset=1e-30",
             "scale: scale and offset have too many digits to be reckoned with exactly");
@@ -304,8 +304,11 @@ private Q_SLOTS:
         QString problems;
         QVERIFY(
             converterOf(QStringLiteral("u16"), QStringLiteral("scale=0.01 decimals=1"), &problems));
-        QCOMPARE(problems, QString("decimals: 1 shows different raw values as one; 2 would not "
-                                   "(warning)"));
+        QCOMPARE(problems, QString("decimals: 1 decimals show different raw values as one; 2 would "
+                                   "not (warning)"));
+        QVERIFY(converterOf(QStringLiteral("u16"), QStringLiteral("scale=1e-30"), &problems));
+        QCOMPARE(problems, QString("scale: 15 decimals show different raw values as one; more are "
+                                   "not to be had (warning)"));
         QVERIFY(converterOf(QStringLiteral("u8"), QStringLiteral("scale=-0.1 min=-26 max=1"),
                             &problems));
         QCOMPARE(problems, QString("min: -26 is beyond all values (-25.5 to 0.0) (warning)\n"

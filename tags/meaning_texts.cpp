@@ -1,0 +1,14 @@
+#include "tags/meaning_texts.h"
+
+namespace kvt
+{
+
+QString meaningColumnName(MeaningColumn column)
+{
+    static const char *const names[] = {"scale", "offset", "raw_low", "raw_high",
+                                        "low",   "high",   "unit",    "decimals",
+                                        "min",   "max",    "labels",  "bits"};
+    return QLatin1String(names[static_cast<int>(column)]);
+}
+
+} // namespace kvt
