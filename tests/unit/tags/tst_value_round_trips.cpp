@@ -1,5 +1,5 @@
 // Random values of the wide types, shown and entered again. KVT_DRAWS sets how many of each; a
-// release is tried with 10,000,000.
+// release is tried with 10,000,000, and QTEST_FUNCTION_TIMEOUT=3600000 since that takes minutes.
 #include "tags/value_converter.h"
 
 #include "tags/number_text.h"
