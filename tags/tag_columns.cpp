@@ -1,32 +1,9 @@
 #include "tags/tag_columns.h"
 
-#include <QVector>
+#include "tags/nearest_word.h"
 
 namespace kvt
 {
-
-namespace
-{
-
-/// Returns how many characters must be put in, taken out or changed to make one text the other.
-int editDistance(const QString &from, const QString &to)
-{
-    QVector<int> row(to.size() + 1);
-    for (int i = 0; i <= to.size(); ++i)
-        row[i] = i;
-    for (int i = 0; i < from.size(); ++i) {
-        int diagonal = row[0];
-        row[0] = i + 1;
-        for (int k = 0; k < to.size(); ++k) {
-            const int change = diagonal + (from.at(i) == to.at(k) ? 0 : 1);
-            diagonal = row[k + 1];
-            row[k + 1] = qMin(change, qMin(row[k], diagonal) + 1);
-        }
-    }
-    return row.last();
-}
-
-} // namespace
 
 QString tagColumnName(int column)
 {
@@ -47,18 +24,10 @@ int tagColumnOf(const QString &title)
 
 QString likelyColumnName(const QString &title)
 {
-    constexpr int LONGEST_TITLE = 40; // nothing longer is like a name
-    const QString lower = title.left(LONGEST_TITLE).toLower();
-    QString likely;
-    int best = 1 + lower.size() / 3; // of four letters one may be wrong
-    for (int column = 0; column < COLUMN_COUNT; ++column) {
-        const int distance = editDistance(lower, tagColumnName(column));
-        if (distance < best) {
-            best = distance;
-            likely = tagColumnName(column);
-        }
-    }
-    return likely;
+    QStringList names;
+    for (int column = 0; column < COLUMN_COUNT; ++column)
+        names.append(tagColumnName(column));
+    return nearestWord(title.toLower(), names);
 }
 
 } // namespace kvt

@@ -1,8 +1,8 @@
 #include "apps/kvt/options.h"
 
-#include "apps/kvt/common/nearest_word.h"
 #include "apps/kvt/console.h"
 #include "apps/kvt/exit_codes.h"
+#include "tags/nearest_word.h"
 #include "tags/tag_list.h"
 
 #include <QCoreApplication>

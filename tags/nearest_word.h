@@ -1,6 +1,6 @@
 // The word that was probably meant.
-#ifndef KVT_APPS_KVT_COMMON_NEAREST_WORD_H
-#define KVT_APPS_KVT_COMMON_NEAREST_WORD_H
+#ifndef KVT_TAGS_NEAREST_WORD_H
+#define KVT_TAGS_NEAREST_WORD_H
 
 #include <QStringList>
 

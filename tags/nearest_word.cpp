@@ -1,4 +1,4 @@
-#include "apps/kvt/common/nearest_word.h"
+#include "tags/nearest_word.h"
 
 #include <QVector>
 

@@ -1,5 +1,5 @@
 // The word that was probably meant.
-#include "apps/kvt/common/nearest_word.h"
+#include "tags/nearest_word.h"
 
 #include <QtTest>
 
