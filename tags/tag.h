@@ -3,6 +3,7 @@
 #define KVT_TAGS_TAG_H
 
 #include "tags/meaning_texts.h"
+#include "tags/watch_texts.h"
 
 #include <QString>
 
@@ -18,6 +19,7 @@ struct Tag {
     ValueForm form;            ///< its type, and what that takes
     QString description;       ///< free text, may be empty
     MeaningTexts meaning = {}; ///< what its values mean
+    WatchTexts watch = {};     ///< how often it is read, what is reported, when it is an alarm
 };
 
 /// True when all fields are equal.

@@ -9,9 +9,11 @@ QString tagColumnName(int column)
 {
     static const char *const names[] = {"name", "area",        "address", "station",
                                         "type", "description", "order"};
-    return column < FIRST_MEANING
-               ? QString(QLatin1String(names[column]))
-               : meaningColumnName(static_cast<MeaningColumn>(column - FIRST_MEANING));
+    if (column < FIRST_MEANING)
+        return QLatin1String(names[column]);
+    return column < FIRST_WATCH
+               ? meaningColumnName(static_cast<MeaningColumn>(column - FIRST_MEANING))
+               : watchColumnName(static_cast<WatchColumn>(column - FIRST_WATCH));
 }
 
 int tagColumnOf(const QString &title)

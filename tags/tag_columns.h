@@ -3,6 +3,7 @@
 #define KVT_TAGS_TAG_COLUMNS_H
 
 #include "tags/meaning_texts.h"
+#include "tags/watch_texts.h"
 
 namespace kvt
 {
@@ -16,8 +17,9 @@ enum TagColumn {
     TYPE,
     DESCRIPTION,
     ORDER,
-    FIRST_MEANING, ///< followed by the others of a value's meaning
-    COLUMN_COUNT = FIRST_MEANING + MEANING_COLUMNS
+    FIRST_MEANING,                                 ///< followed by the others of a value's meaning
+    FIRST_WATCH = FIRST_MEANING + MEANING_COLUMNS, ///< followed by the others about watching
+    COLUMN_COUNT = FIRST_WATCH + WATCH_COLUMNS
 };
 
 /// Returns "name", "area" and so on.
@@ -30,6 +32,12 @@ int tagColumnOf(const QString &title);
 constexpr int columnOf(MeaningColumn column)
 {
     return FIRST_MEANING + static_cast<int>(column);
+}
+
+/// Returns the column about watching a value.
+constexpr int columnOf(WatchColumn column)
+{
+    return FIRST_WATCH + static_cast<int>(column);
 }
 
 /// Returns the name of the column that a title is most like; empty when it is like none.

@@ -3,12 +3,11 @@
 #include "tags/block_digit.h"
 #include "tags/csv_dialect.h"
 #include "tags/csv_rows.h"
+#include "tags/field_text.h"
 #include "tags/tag_columns.h"
 #include "tags/tag_conflicts.h"
 #include "tags/tag_span.h"
-#include "tags/value_converter.h"
-
-#include <QTextCodec>
+#include "tags/tag_watch.h"
 
 #include <algorithm>
 #include <array>
@@ -24,35 +23,9 @@ constexpr char BYTE_ORDER_MARK[] = "\xEF\xBB\xBF";
 // A wrong column makes as many errors as the list has rows.
 constexpr int MOST_ERRORS = 100;
 
-/// Returns the text of UTF-8 bytes; false in `*good` when they are none.
-QString decoded(const QByteArray &bytes, bool *good)
-{
-    QTextCodec::ConverterState state;
-    QString text =
-        QTextCodec::codecForName("UTF-8")->toUnicode(bytes.constData(), bytes.size(), &state);
-    *good = state.invalidChars == 0 && state.remainingChars == 0;
-    return text;
-}
-
 QString unknownOrder(const QString &text)
 {
     return QStringLiteral("\"%1\" is no order (abcd, badc, cdab or dcba)").arg(text);
-}
-
-QString separatorName(char separator)
-{
-    return separator == ','   ? QStringLiteral("comma")
-           : separator == ';' ? QStringLiteral("semicolon")
-                              : QStringLiteral("tab");
-}
-
-/// Takes a decimal comma for a point: "21,4" is "21.4". Anything else stays as it is.
-QString withPoint(const QString &text)
-{
-    QString pointed = text;
-    return text.count(QLatin1Char(',')) == 1 && !text.contains(QLatin1Char('.'))
-               ? pointed.replace(QLatin1Char(','), QLatin1Char('.'))
-               : text;
 }
 
 bool isNumberColumn(MeaningColumn column)
@@ -80,6 +53,10 @@ private:
     bool readForm(Tag *tag);
     bool readOrder(ValueForm *form);
     void readMeaning(Tag *tag);
+    void readWatch(Tag *tag, const std::optional<ValueConverter> &converter);
+    QString numberField(int column, bool isNumber);
+    template <typename Problem>
+    void note(const Problem &problem);
     QString conflictOf(const Tag &tag, const TagSpan &span);
     void checkName(const QString &name);
     void checkLength();
@@ -160,7 +137,7 @@ QString ListReader::field(int column)
     if (index < 0 || index >= row_.fields.size())
         return QString();
     bool good = false;
-    QString text = decoded(row_.fields[index], &good);
+    QString text = decodedField(row_.fields[index], &good);
     if (!good)
         fail(column, QStringLiteral("is not UTF-8 text"));
     return text;
@@ -217,22 +194,47 @@ bool ListReader::readForm(Tag *tag)
     return readOrder(&tag->form) && fault.isEmpty();
 }
 
+/// A number may have a decimal comma where commas part no fields.
+QString ListReader::numberField(int column, bool isNumber)
+{
+    const QString text = field(column);
+    return separator_ != ',' && isNumber ? withPoint(text) : text;
+}
+
+template <typename Problem>
+void ListReader::note(const Problem &problem)
+{
+    const int column = columnOf(problem.column);
+    QVector<TagError> &list = problem.isWarning ? result_.warnings : result_.errors;
+    list.append({row_.line, fieldOf_[static_cast<size_t>(column)] + 1, tagColumnName(column),
+                 problem.text});
+}
+
 void ListReader::readMeaning(Tag *tag)
 {
     for (int i = 0; i < MEANING_COLUMNS; ++i) {
         const auto column = static_cast<MeaningColumn>(i);
-        const QString text = field(columnOf(column));
-        const bool mayHaveComma = separator_ != ',' && isNumberColumn(column);
-        tag->meaning[column] = mayHaveComma ? withPoint(text) : text;
+        tag->meaning[column] = numberField(columnOf(column), isNumberColumn(column));
     }
     QVector<MeaningProblem> problems;
-    ValueConverter::make(tag->form, tag->area, tag->meaning, &problems);
-    for (const MeaningProblem &problem : problems) {
-        const int column = columnOf(problem.column);
-        QVector<TagError> &list = problem.isWarning ? result_.warnings : result_.errors;
-        list.append({row_.line, fieldOf_[static_cast<size_t>(column)] + 1, tagColumnName(column),
-                     problem.text});
+    const std::optional<ValueConverter> converter =
+        ValueConverter::make(tag->form, tag->area, tag->meaning, &problems);
+    for (const MeaningProblem &problem : problems)
+        note(problem);
+    readWatch(tag, converter);
+}
+
+/// What is wrong about the meaning hides nothing else but whether the alarm's name is known.
+void ListReader::readWatch(Tag *tag, const std::optional<ValueConverter> &converter)
+{
+    for (int i = 0; i < WATCH_COLUMNS; ++i) {
+        const auto column = static_cast<WatchColumn>(i);
+        tag->watch[column] = numberField(columnOf(column), isNumberColumn(column));
     }
+    QVector<WatchProblem> problems;
+    readTagWatch(*tag, converter, &problems);
+    for (const WatchProblem &problem : problems)
+        note(problem);
 }
 
 void ListReader::checkName(const QString &name)

@@ -42,8 +42,10 @@ QString fieldText(const Tag &tag, int column)
     case ORDER:
         return tag.form.order == WordOrder::Abcd ? QString() : wordOrderName(tag.form.order);
     default:
-        return tag.meaning[static_cast<MeaningColumn>(column - FIRST_MEANING)];
+        break;
     }
+    return column < FIRST_WATCH ? tag.meaning[static_cast<MeaningColumn>(column - FIRST_MEANING)]
+                                : tag.watch[static_cast<WatchColumn>(column - FIRST_WATCH)];
 }
 
 /// Which columns a list needs: the first six always, any other if a tag says something in it.
