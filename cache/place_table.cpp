@@ -1,7 +1,5 @@
 #include "cache/place_table.h"
 
-constexpr int PlaceTable::FREE;
-
 void PlaceTable::add(const QList<EXTENDVAR> &records)
 {
     if (known + 1 != records.size() || records.size() > table.size() / 2) {

@@ -44,7 +44,7 @@ public:
     void add(const QList<EXTENDVAR> &records);
 
 private:
-    static constexpr int FREE = -1;
+    enum { FREE = -1 }; // has no address, which a container would otherwise ask for
     static constexpr int FIRST_BITS = 6;
 
     // Multiplication by a prime close to 2^32 divided by the golden ratio spreads runs of

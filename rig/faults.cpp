@@ -137,6 +137,36 @@ QString summary(const QVector<CellResult> &results)
         .arg(unsettled);
 }
 
+struct Options {
+    QCommandLineOption only{QStringLiteral("fault"),
+                            QStringLiteral("Only the faults whose names begin so."),
+                            QStringLiteral("name")};
+    QCommandLineOption seed{QStringLiteral("seed"), QStringLiteral("Seed of the runs (default 1)."),
+                            QStringLiteral("number"), QStringLiteral("1")};
+    QCommandLineOption check{QStringLiteral("check"),
+                             QStringLiteral("Fail where a cell is worse than in the file."),
+                             QStringLiteral("file")};
+    QCommandLineOption csv{QStringLiteral("csv"), QStringLiteral("Write all cells."),
+                           QStringLiteral("file")};
+    QCommandLineOption page{QStringLiteral("page"),
+                            QStringLiteral("Put the tables into a page that has them."),
+                            QStringLiteral("file")};
+};
+
+// Does with the results what the options say.
+bool report(const QVector<CellResult> &results, const QCommandLineParser &parser,
+            const Options &options, QTextStream &out)
+{
+    bool good = keepsPromises(out, results) && !results.isEmpty();
+    if (parser.isSet(options.check))
+        good = isNoWorse(out, parser.value(options.check), results) && good;
+    if (parser.isSet(options.csv))
+        good = writeFile(parser.value(options.csv), csvOf(results)) && good;
+    if (parser.isSet(options.page))
+        good = updatePage(parser.value(options.page), results) && good;
+    return good;
+}
+
 } // namespace
 
 int main(int argc, char *argv[])
@@ -146,37 +176,18 @@ int main(int argc, char *argv[])
     parser.setApplicationDescription(
         QStringLiteral("Tries the host against every fault of the line, on a virtual clock."));
     parser.addHelpOption();
-    const QCommandLineOption only(QStringLiteral("fault"),
-                                  QStringLiteral("Only the faults whose names begin so."),
-                                  QStringLiteral("name"));
-    const QCommandLineOption seed(QStringLiteral("seed"),
-                                  QStringLiteral("Seed of the runs (default 1)."),
-                                  QStringLiteral("number"), QStringLiteral("1"));
-    const QCommandLineOption check(QStringLiteral("check"),
-                                   QStringLiteral("Fail where a cell is worse than in the file."),
-                                   QStringLiteral("file"));
-    const QCommandLineOption csv(QStringLiteral("csv"), QStringLiteral("Write all cells."),
-                                 QStringLiteral("file"));
-    const QCommandLineOption page(QStringLiteral("page"),
-                                  QStringLiteral("Put the tables into a page that has them."),
-                                  QStringLiteral("file"));
-    parser.addOptions({only, seed, check, csv, page});
+    const Options options;
+    parser.addOptions({options.only, options.seed, options.check, options.csv, options.page});
     parser.process(app);
     bool isNumber = false;
-    const quint64 number = parser.value(seed).toULongLong(&isNumber);
+    const quint64 seed = parser.value(options.seed).toULongLong(&isNumber);
     if (!isNumber || !parser.positionalArguments().isEmpty()) {
         complain(QStringLiteral("--seed takes a whole number, and there are no arguments"));
         return 2;
     }
     QTextStream out(stdout);
-    const QVector<CellResult> results = runCells(parser.value(only), number);
-    bool good = keepsPromises(out, results) && !results.isEmpty();
-    if (parser.isSet(check))
-        good = isNoWorse(out, parser.value(check), results) && good;
-    if (parser.isSet(csv))
-        good = writeFile(parser.value(csv), csvOf(results)) && good;
-    if (parser.isSet(page))
-        good = updatePage(parser.value(page), results) && good;
+    const QVector<CellResult> results = runCells(parser.value(options.only), seed);
+    const bool good = report(results, parser, options, out);
     out << summary(results) << '\n';
     return good ? 0 : 1;
 }

@@ -73,25 +73,36 @@ bool runDays(const kvt::ProofRun &proof, int days, bool paced, QTextStream &out)
                   }));
 }
 
+void addOptions(QCommandLineParser *parser)
+{
+    parser->setApplicationDescription(QStringLiteral(
+        "Long runs of host and driver against the simulated PLC on a virtual clock."));
+    parser->addHelpOption();
+    parser->addOption({QStringLiteral("quick"), QStringLiteral("Shorter runs, under a minute.")});
+    parser->addOption({QStringLiteral("seed"), QStringLiteral("Seed of the runs (default 1)."),
+                       QStringLiteral("number"), QStringLiteral("1")});
+    parser->addOption({QStringLiteral("quiet-times"),
+                       QStringLiteral("Compare silences after a failed attempt instead.")});
+    parser->addOption({QStringLiteral("days"),
+                       QStringLiteral("Days of a line's life instead, 1 to 3650."),
+                       QStringLiteral("number"), QStringLiteral("0")});
+    parser->addOption({QStringLiteral("unpaced"),
+                       QStringLiteral("With --days: the line hands bytes over at once.")});
+}
+
+int complain(const char *text)
+{
+    QTextStream(stderr) << "kvt_soak: " << text << '\n';
+    return 2;
+}
+
 } // namespace
 
 int main(int argc, char *argv[])
 {
     QCoreApplication app(argc, argv);
     QCommandLineParser parser;
-    parser.setApplicationDescription(QStringLiteral(
-        "Long runs of host and driver against the simulated PLC on a virtual clock."));
-    parser.addHelpOption();
-    parser.addOption({QStringLiteral("quick"), QStringLiteral("Shorter runs, under a minute.")});
-    parser.addOption({QStringLiteral("seed"), QStringLiteral("Seed of the runs (default 1)."),
-                      QStringLiteral("number"), QStringLiteral("1")});
-    parser.addOption({QStringLiteral("quiet-times"),
-                      QStringLiteral("Compare silences after a failed attempt instead.")});
-    parser.addOption({QStringLiteral("days"),
-                      QStringLiteral("Days of a line's life instead, 1 to 3650."),
-                      QStringLiteral("number"), QStringLiteral("0")});
-    parser.addOption({QStringLiteral("unpaced"),
-                      QStringLiteral("With --days: the line hands bytes over at once.")});
+    addOptions(&parser);
     parser.process(app);
 
     QTextStream out(stdout);
@@ -99,16 +110,11 @@ int main(int argc, char *argv[])
     kvt::ProofRun run;
     run.driverPath = QStringLiteral(KVT_LIBRARY);
     run.seed = parser.value(QStringLiteral("seed")).toULongLong(&isNumber);
-    if (!isNumber || !parser.positionalArguments().isEmpty()) {
-        QTextStream(stderr)
-            << "kvt_soak: --seed takes a whole number, and there are no arguments\n";
-        return 2;
-    }
+    if (!isNumber || !parser.positionalArguments().isEmpty())
+        return complain("--seed takes a whole number, and there are no arguments");
     const int days = parser.value(QStringLiteral("days")).toInt(&isNumber);
-    if (!isNumber || days < 0 || days > 3650) {
-        QTextStream(stderr) << "kvt_soak: --days takes a number from 1 to 3650\n";
-        return 2;
-    }
+    if (!isNumber || days < 0 || days > 3650)
+        return complain("--days takes a number from 1 to 3650");
     if (days > 0)
         return runDays(run, days, !parser.isSet(QStringLiteral("unpaced")), out) ? 0 : 1;
     if (parser.isSet(QStringLiteral("quiet-times"))) {
