@@ -1,6 +1,7 @@
 #include "host/driver_setup.h"
 
 #include "tags/block_digit.h"
+#include "tags/tag_elements.h"
 
 namespace kvt
 {
@@ -15,12 +16,12 @@ int ignoreOnceReadDone(int, int, int, int)
 
 void ignoreOwnerNotify(QList<RW_VAR> *, int, int) {}
 
-HOST_VAR hostVariable(const Tag &tag)
+HOST_VAR hostVariable(const Tag &tag, const QString &addressText)
 {
     HOST_VAR variable;
     variable.areaType = static_cast<quint8>(tag.area);
     variable.station = static_cast<quint8>(tag.station);
-    variable.addressText = tag.address;
+    variable.addressText = addressText;
     return variable;
 }
 
@@ -42,7 +43,8 @@ DriverSetup::DriverSetup(const DriverApi &api, const QVector<Tag> &tags, int ret
     comInfo_.hostWriteMode = HOST_WRITE_TO_PLC;
     QList<HOST_VAR> variables;
     for (const Tag &tag : tags) {
-        variables.append(hostVariable(tag));
+        for (const QString &text : elementTexts(tag))
+            variables.append(hostVariable(tag, text));
         if (const std::optional<int> digit = blockDigit(tag))
             localWords_[BLOCK_SELECT_WORD] = static_cast<quint16>(*digit);
     }

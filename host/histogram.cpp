@@ -36,9 +36,8 @@ qint64 Histogram::quantile_ns(double fraction) const
 // Below 64 a bucket is one microsecond wide; above, each doubling has 32 of them.
 int Histogram::bucketOf(qint64 duration_us)
 {
-    int doublings = 0;
-    while ((duration_us >> doublings) >= 64)
-        ++doublings;
+    const int leadingZeros = __builtin_clzll(static_cast<quint64>(duration_us) | 1);
+    const int doublings = std::max(58 - leadingZeros, 0); // until it is below 64
     const auto step = static_cast<int>(duration_us >> doublings);
     return std::min(doublings * 32 + step, BUCKETS - 1);
 }

@@ -38,6 +38,10 @@ public:
     /// been read again it is Suspect.
     virtual void tagSuspect(int) {}
 
+    /// The words of a tag did not hold still: there is no new value, and the one before is Torn.
+    /// Reported each time.
+    virtual void tagTorn(int) {}
+
     /// A reply of the station was taken that does not look like one of it. Reported once for each
     /// station.
     virtual void stationDoubtful(int) {}

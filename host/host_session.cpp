@@ -20,8 +20,8 @@ HostSession::HostSession(const DriverApi &api, const SessionSettings &settings,
       setup_(api, tags, settings.retryLimit, settings.engine.remoteMode),
       supervisor_(settings.supervisor, index_.stations()),
       writes_([this](const WriteReport &report) { onWriteChanged(report); }),
-      onceReads_([this](int id, int tag) { events_->onceReadEnded(id, tag, false); }),
-      engine_(api, settings.engine, this), values_(index_.cells().size()),
+      onceReads_([this](int id, int tag) { onceReadFailed(id, tag); }),
+      engine_(api, settings.engine, this), values_(index_.cells().size()), assembly_(tags_, index_),
       lastId_(settings.lastRequestId)
 {
     if (!settings.readCyclically)
@@ -37,14 +37,17 @@ void HostSession::stop()
         const std::lock_guard<std::mutex> lock(mutex_);
         left = std::exchange(commands_, QVector<Command>());
     }
-    for (const Command &command : std::as_const(left)) {
+    for (const Command &command : waitingWrites_ + left) {
         if (command.isWrite)
             onWriteChanged(
                 {command.id, command.tag, WriteState::Dropped, WriteReason::HostStopped});
         else
             events_->onceReadEnded(command.id, command.tag, false);
     }
+    waitingWrites_.clear();
     onceReads_.stopped();
+    for (const AskedRead &read : std::exchange(askedReads_, {}))
+        events_->onceReadEnded(read.id, read.tag, false);
 }
 
 int HostSession::write(int tag, const QByteArray &bytes)
@@ -72,19 +75,24 @@ int HostSession::post(Command command)
     haveCommands_ = true;
     // From here on a reading on its way may be older than the write.
     if (command.isWrite && isTag(command.tag))
-        values_.writeRequested(index_.cellOf(command.tag));
+        for (const int cell : index_.cellsOf(command.tag))
+            values_.writeRequested(cell);
     return command.id;
 }
 
-QVector<CellValue> HostSession::values(qint64 now_ns) const
+QVector<TagValue> HostSession::values(qint64 now_ns) const
 {
-    QVector<CellValue> values;
+    QVector<TagValue> values;
     values.reserve(tags_.size());
     const std::lock_guard<std::mutex> lock(mutex_);
     for (int tag = 0; tag < tags_.size(); ++tag) {
         const qint64 limit_ns =
             settings_.staleAfterOf_ns.value(tags_.at(tag).name, settings_.staleAfter_ns);
-        values.append(values_.value(index_.cellOf(tag), now_ns, limit_ns));
+        values.append(index_.isAssembled(tag)
+                          ? assembly_.value(tag, now_ns, limit_ns)
+                          : values_.value(index_.cellOf(tag), now_ns, limit_ns));
+        for (const int cell : index_.cellsOf(tag))
+            values.last().writePending = values.last().writePending || values_.isWritePending(cell);
         values.last().provedUntil_ns = statistics_.provedUntil_ns;
     }
     return values;
@@ -100,6 +108,8 @@ void HostSession::beforeRequest(qint64 now_ns)
 {
     for (const int station : supervisor_.takeDueProbes(now_ns))
         api_.EnCommStation(station, 1);
+    if (!waitingWrites_.isEmpty())
+        runWaiting();
     if (!haveCommands_)
         return;
     QVector<Command> commands;
@@ -114,41 +124,12 @@ void HostSession::beforeRequest(qint64 now_ns)
 
 void HostSession::run(const Command &command)
 {
-    if (command.isWrite)
-        queueWrite(command);
-    else
+    if (!command.isWrite)
         queueOnceRead(command);
-}
-
-bool HostSession::isWritable(int tag, const QByteArray &bytes) const
-{
-    return isTag(tag) && tags_.at(tag).area != Area::C && !bytes.isEmpty();
-}
-
-void HostSession::queueWrite(const Command &command)
-{
-    if (!isWritable(command.tag, command.bytes)) {
-        refuse(command, WriteReason::NotWritable);
-        return;
-    }
-    const TagCell &cell = index_.cells().at(index_.cellOf(command.tag));
-    const QueuedWrite write{command.id, command.tag, cell.station, cell.area, cell.address};
-    if (supervisor_.state(cell.station) == StationState::Off) {
-        refuse(command, WriteReason::StationOff);
-        return;
-    }
-    if (writes_.wouldOverflow(write)) {
-        refuse(command, WriteReason::QueueFull);
-        return;
-    }
-    QByteArray bytes = command.bytes;
-    const int queued = api_.SetRegisterData(QString(), cell.area, cell.addressText, cell.station,
-                                            bytes, 1, 0, command.id);
-    writes_.queued(write);
-    if (queued != writes_.count()) {
-        const std::lock_guard<std::mutex> lock(mutex_);
-        ++statistics_.queueMismatches;
-    }
+    else if (mustWait(command))
+        waitingWrites_.append(command);
+    else
+        startWrite(command);
 }
 
 void HostSession::queueOnceRead(const Command &command)
@@ -157,38 +138,39 @@ void HostSession::queueOnceRead(const Command &command)
         events_->onceReadEnded(command.id, command.tag, false);
         return;
     }
-    const TagCell &cell = index_.cells().at(index_.cellOf(command.tag));
-    if (supervisor_.state(cell.station) == StationState::Off) {
+    if (index_.takesSeveralRequests(command.tag))
+        beginAskedRead({command.id, command.tag});
+    else if (!queueRead(command.id, command.tag, index_.cellOf(command.tag)))
         events_->onceReadEnded(command.id, command.tag, false);
-        return;
-    }
+}
+
+/// Queues a one-time read. Returns false when the station is off or the driver's queue is full.
+bool HostSession::queueRead(int id, int tag, int number)
+{
+    const TagCell &cell = index_.cells().at(number);
+    if (supervisor_.state(cell.station) == StationState::Off)
+        return false;
     RW_VAR request;
-    request.ownerSubId = command.id;
+    request.ownerSubId = id;
     request.plcNo = setup_.comInfo().localPlcNo;
     request.areaType = cell.area;
     request.addressText = cell.addressText;
     request.station = cell.station;
     // A full queue does not grow.
-    if (api_.AddListOnceReadVar(&request, 0) > onceReads_.count())
-        onceReads_.queued(command.id, command.tag, cell.station);
+    if (api_.AddListOnceReadVar(&request, 0) <= onceReads_.count())
+        return false;
+    onceReads_.queued(id, tag, cell.station);
+    return true;
+}
+
+void HostSession::onceReadFailed(int id, int tag)
+{
+    if (id <= OWN_READ_ID)
+        readingLost(OWN_READ_ID - id);
+    else if (partedWrites_.find(id) != nullptr)
+        onWriteChanged({id, tag, WriteState::Dropped, WriteReason::NotRead});
     else
-        events_->onceReadEnded(command.id, command.tag, false);
-}
-
-void HostSession::refuse(const Command &command, WriteReason reason)
-{
-    onWriteChanged({command.id, command.tag, WriteState::Refused, reason});
-}
-
-void HostSession::onWriteChanged(const WriteReport &report)
-{
-    {
-        const std::lock_guard<std::mutex> lock(mutex_);
-        statistics_.writeChanged(report);
-        if (report.isFinal() && isTag(report.tag))
-            values_.writeEnded(index_.cellOf(report.tag));
-    }
-    events_->writeChanged(report);
+        events_->onceReadEnded(id, tag, false);
 }
 
 void HostSession::requestChosen(const Request &request)
@@ -216,7 +198,7 @@ void HostSession::attemptEnded(const Attempt &attempt)
     if (attempt.isFinal())
         requestEnded(attempt);
     // A few requests share a proof; the last of them does not wait for more.
-    const bool isLast = writes_.count() == 0 && onceReads_.count() == 0;
+    const bool isLast = writes_.count() == 0 && onceReads_.asked() == 0;
     if (unproven_.size() >= MOST_UNPROVEN || (!unproven_.empty() && isLast))
         engine_.askForProof();
 }
@@ -227,6 +209,7 @@ void HostSession::checkpointPassed(qint64 began_ns)
         const std::lock_guard<std::mutex> lock(mutex_);
         statistics_.checkpointPassed(began_ns);
     }
+    partedWrites_.decided();
     const std::vector<Unproven> proved = std::exchange(unproven_, {});
     for (const Unproven &entry : proved)
         prove(entry);
@@ -251,13 +234,18 @@ void HostSession::outOfStep(qint64 provedUntil_ns)
 void HostSession::withdraw(qint64 provedUntil_ns)
 {
     QVector<int> cells;
+    QVector<int> assembled;
     {
         const std::lock_guard<std::mutex> lock(mutex_);
         cells = values_.withdraw(provedUntil_ns);
+        assembled = assembly_.withdraw(provedUntil_ns);
     }
     for (const int cell : std::as_const(cells))
         for (const int tag : index_.cells().at(cell).tags)
             events_->tagSuspect(tag);
+    for (const int tag : std::as_const(assembled))
+        events_->tagSuspect(tag);
+    followAssembly();
     giveUpUnproven(WriteReason::NotProved);
 }
 

@@ -6,9 +6,11 @@
 #include "host/exchange_engine.h"
 #include "host/host_events.h"
 #include "host/once_reads.h"
+#include "host/parted_writes.h"
 #include "host/statistics.h"
 #include "host/tag_index.h"
 #include "host/unproven.h"
+#include "host/value_assembly.h"
 
 #include <QSet>
 
@@ -59,17 +61,20 @@ public:
     /// Gives every write that has not ended its final state. Polling thread, at the end.
     void stop();
 
-    /// Requests a write of `bytes`, least significant first, to a tag. Returns its id, above 0; its
-    /// life is reported as events. It reaches the driver before the next request is chosen, which
-    /// the engine does as soon as it is woken up. Any thread.
+    /// Requests a write to a tag. `bytes` are those of its elements at rising addresses, two each,
+    /// the least significant first; of one element of area X one will do; of a bit they are 0 or
+    /// else. Elements are written one by one, in the tag's order, each once the one before has been
+    /// acknowledged; a bit with the rest of its element as it is read first. Returns the write's
+    /// id, above 0; its life is reported as events. It reaches the driver before the next request
+    /// is chosen, which the engine does as soon as it is woken up. Any thread.
     int write(int tag, const QByteArray &bytes);
 
-    /// Requests a reading of a tag ahead of its turn. Returns its id, above 0; its end is reported
-    /// as an event. Any thread.
+    /// Requests a reading of a tag ahead of its turn, with as many requests as its value takes.
+    /// Returns its id, above 0; its end is reported as an event. Any thread.
     int readOnce(int tag);
 
     /// Every tag's value at `now_ns`, in the order of the tags. Any thread.
-    QVector<CellValue> values(qint64 now_ns) const;
+    QVector<TagValue> values(qint64 now_ns) const;
 
     /// A copy of the statistics. Any thread.
     Statistics statistics() const;
@@ -84,9 +89,14 @@ private:
         QByteArray bytes;
     };
 
+    struct AskedRead {
+        int id = 0;
+        int tag = 0;
+    };
+
     int post(Command command);
-    bool isWritable(int tag, const QByteArray &bytes) const;
     bool isTag(int tag) const { return tag >= 0 && tag < tags_.size(); }
+    bool isBit(int tag) const { return isTag(tag) && tags_.at(tag).form.type == ValueType::Bit; }
 
     void beforeRequest(qint64 now_ns) override;
     void requestChosen(const Request &request) override;
@@ -99,10 +109,21 @@ private:
     void lineChanged(bool up, qint64 now_ns) override;
 
     void run(const Command &command);
-    void queueWrite(const Command &command);
     void queueOnceRead(const Command &command);
-    void refuse(const Command &command, WriteReason reason);
+    bool queueRead(int id, int tag, int cell);
+    void onceReadFailed(int id, int tag);
+
+    bool isWritable(int tag, const QByteArray &bytes) const;
+    PartedWrite partsOf(const Command &command) const;
+    bool mustWait(const Command &command) const;
+    void runWaiting();
+    void startWrite(const Command &command);
+    WriteReason queueElement(int id, int tag, int cell, QByteArray bytes);
+    void writePart(int id);
+    void endReadToWrite(int id, int tag, const Attempt &attempt);
+    void writeBit(int id, const Reading &reading);
     void onWriteChanged(const WriteReport &report);
+    void tellWrite(const WriteReport &report);
 
     void requestEnded(const Attempt &attempt);
     void requestFailed(const Attempt &attempt);
@@ -110,16 +131,24 @@ private:
     void storeReading(int cell, const Attempt &attempt);
     void publish(int cell, const Reading &reading);
     void holdBack(int cell, const Reading &reading);
+    void readingLost(int cell);
+    void followAssembly();
+    void readCell(int cell);
+    void beginAskedRead(const AskedRead &read);
+    void endAskedReads(int tag, bool good);
     void readingsFailed(const QVector<int> &cells);
     void endWrite(const Attempt &attempt);
     WriteReport verdictOn(const Attempt &attempt) const;
-    void endOnceRead(const Attempt &attempt);
+    void endOnceRead(int tag, const Attempt &attempt);
+    void waitForProof(int id, int tag);
     bool needsProof() const
     {
         return settings_.engine.confirm || settings_.engine.checkpointShare > 0;
     }
     void prove(const Unproven &entry);
     quint32 writesTo(int cell) const;
+    bool fetch(int cell, quint64 *raw);
+    bool isProved(int tag) const;
     void giveUp(const Unproven &entry, WriteReason reason);
     void giveUpUnproven(WriteReason reason);
     void tellDoubt(int station);
@@ -136,7 +165,12 @@ private:
     OnceReads onceReads_;
     ExchangeEngine engine_;
     QString lineReason_;
-    std::vector<Unproven> unproven_; // in the order of their replies
+    std::vector<Unproven> unproven_;    // in the order of their replies
+    std::vector<AskedRead> askedReads_; // of tags that take several requests
+    PartedWrites partedWrites_;
+    QHash<int, int> begunWrites_;    // those that have not ended, with their tags
+    QVector<Command> waitingWrites_; // for others that have begun to end
+    qint64 replies_ = 0;             // good ones
     QSet<int> doubtfulStations_;     // that have been reported
     QByteArray reading_{2, '\0'};    // what the driver fills in, kept so that none is made for each
 
@@ -144,6 +178,7 @@ private:
 
     mutable std::mutex mutex_; // the members below; never held while calling out
     ValueTable values_;
+    ValueAssembly assembly_; // but for its events and wanted cells, which are the polling thread's
     Statistics statistics_;
     QVector<Command> commands_;
     int lastId_;

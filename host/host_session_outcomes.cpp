@@ -11,14 +11,16 @@ void HostSession::requestEnded(const Attempt &attempt)
 {
     const Request &request = *attempt.request;
     const ReadKey key{request.station, request.area, request.address};
+    // It has left the driver's queue, which what follows may fill anew.
+    const int askedTag = request.kind == RequestKind::OnceRead ? onceReads_.ended(request.id) : -1;
     if (request.kind == RequestKind::Write)
         endWrite(attempt);
     else if (attempt.isSuccess())
         storeReadings(key, attempt);
     else
         readingsFailed(index_.cellsRead(key));
-    if (request.kind == RequestKind::OnceRead)
-        endOnceRead(attempt);
+    if (askedTag >= 0)
+        endOnceRead(askedTag, attempt);
     if (attempt.isSuccess() && attempt.doubtful)
         tellDoubt(request.station);
 
@@ -44,22 +46,32 @@ void HostSession::requestFailed(const Attempt &attempt)
 
 void HostSession::storeReadings(const ReadKey &key, const Attempt &attempt)
 {
+    ++replies_;
     const QVector<int> &cells = index_.cellsRead(key);
     for (const int cell : cells)
         storeReading(cell, attempt);
 }
 
-void HostSession::storeReading(int cell, const Attempt &attempt)
+/// Reads what the driver has of a cell.
+bool HostSession::fetch(int cell, quint64 *raw)
 {
     const TagCell &source = index_.cells().at(cell);
     const int found = api_.GetRegisterData(QString(), source.area, source.addressText,
                                            source.station, reading_, 1);
     if (found == 0 || reading_.size() < 2)
-        return;
+        return false;
+    *raw = static_cast<quint64>(static_cast<quint8>(reading_.at(0)) |
+                                (static_cast<quint8>(reading_.at(1)) << 8));
+    return true;
+}
+
+void HostSession::storeReading(int cell, const Attempt &attempt)
+{
     Reading reading;
-    reading.raw = static_cast<quint16>(static_cast<quint8>(reading_.at(0)) |
-                                       (static_cast<quint8>(reading_.at(1)) << 8));
+    if (!fetch(cell, &reading.raw))
+        return;
     reading.readAt_ns = attempt.endedAt_ns;
+    reading.reply = replies_;
     reading.doubtful = attempt.doubtful;
     if (attempt.unproven)
         holdBack(cell, reading);
@@ -67,88 +79,31 @@ void HostSession::storeReading(int cell, const Attempt &attempt)
         publish(cell, reading);
 }
 
-void HostSession::publish(int cell, const Reading &reading)
+void HostSession::readingsFailed(const QVector<int> &cells)
 {
     {
         const std::lock_guard<std::mutex> lock(mutex_);
-        if (!values_.read(cell, reading)) {
-            ++statistics_.heldBackReadings;
-            return;
+        for (const int cell : cells) {
+            values_.readFailed(cell);
+            assembly_.readFailed(cell);
         }
     }
-    for (const int tag : index_.cells().at(cell).tags)
-        events_->tagRead(tag, reading);
+    followAssembly();
 }
 
-void HostSession::holdBack(int cell, const Reading &reading)
-{
-    Unproven entry;
-    entry.kind = Unproven::Kind::Reading;
-    entry.reading = reading;
-    entry.cell = cell;
-    const std::lock_guard<std::mutex> lock(mutex_);
-    entry.writesBefore = values_.writesTo(cell);
-    unproven_.push_back(entry);
-}
-
-void HostSession::readingsFailed(const QVector<int> &cells)
-{
-    const std::lock_guard<std::mutex> lock(mutex_);
-    for (const int cell : cells)
-        values_.readFailed(cell);
-}
-
-void HostSession::endWrite(const Attempt &attempt)
-{
-    const int tag = writes_.retired(attempt.request->id);
-    if (tag < 0)
-        return;
-    WriteReport report = verdictOn(attempt);
-    report.id = attempt.request->id;
-    report.tag = tag;
-    report.timesSent = attempt.timesSent;
-    if (!attempt.isSuccess() || !needsProof()) {
-        onWriteChanged(report);
-        return;
-    }
-    Unproven entry;
-    entry.kind = Unproven::Kind::Write;
-    entry.write = report;
-    unproven_.push_back(entry);
-}
-
-WriteReport HostSession::verdictOn(const Attempt &attempt) const
-{
-    WriteReport report;
-    report.state = WriteState::TimedOut;
-    if (attempt.isSuccess()) {
-        report.state = WriteState::Uncertain;
-        if (attempt.doubtful)
-            report.reason = WriteReason::DoubtfulReply;
-        else if (attempt.request->isCommand && attempt.timesSent > 1)
-            report.reason = WriteReason::SentTwice;
-        else
-            report.state = WriteState::Acknowledged;
-    } else if (attempt.end == AttemptEnd::Refused) {
-        report.state = WriteState::Refused;
-        report.reason = WriteReason::RefusedByStation;
-    } else {
-        report.reason =
-            attempt.end == AttemptEnd::NoReply ? WriteReason::NoReply : WriteReason::BadReply;
-    }
-    return report;
-}
-
-void HostSession::endOnceRead(const Attempt &attempt)
+void HostSession::endOnceRead(int tag, const Attempt &attempt)
 {
     const int id = attempt.request->id;
-    const int tag = onceReads_.ended(id);
-    if (tag < 0)
-        return;
-    if (!attempt.isSuccess() || !needsProof()) {
+    if (partedWrites_.find(id) != nullptr)
+        endReadToWrite(id, tag, attempt);
+    else if (!attempt.isSuccess() || !needsProof())
         events_->onceReadEnded(id, tag, attempt.isSuccess());
-        return;
-    }
+    else
+        waitForProof(id, tag);
+}
+
+void HostSession::waitForProof(int id, int tag)
+{
     Unproven entry;
     entry.kind = Unproven::Kind::OnceRead;
     entry.id = id;
@@ -169,14 +124,13 @@ void HostSession::prove(const Unproven &entry)
         // A write that has been requested since may have changed the value.
         if (writesTo(entry.cell) == entry.writesBefore)
             publish(entry.cell, entry.reading);
+        else
+            readingLost(entry.cell);
+        break;
+    case Unproven::Kind::ReadToWrite:
+        writeBit(entry.id, entry.reading);
         break;
     }
-}
-
-quint32 HostSession::writesTo(int cell) const
-{
-    const std::lock_guard<std::mutex> lock(mutex_);
-    return values_.writesTo(cell);
 }
 
 void HostSession::giveUp(const Unproven &entry, WriteReason reason)
@@ -193,12 +147,17 @@ void HostSession::giveUp(const Unproven &entry, WriteReason reason)
         events_->onceReadEnded(entry.id, entry.tag, false);
         break;
     case Unproven::Kind::Reading:
+        readingLost(entry.cell);
+        break;
+    case Unproven::Kind::ReadToWrite:
+        onceReadFailed(entry.id, entry.tag);
         break;
     }
 }
 
 void HostSession::giveUpUnproven(WriteReason reason)
 {
+    partedWrites_.decided(reason);
     const std::vector<Unproven> lost = std::exchange(unproven_, {});
     for (const Unproven &entry : lost)
         giveUp(entry, reason);

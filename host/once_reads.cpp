@@ -1,5 +1,6 @@
 #include "host/once_reads.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace kvt
@@ -10,14 +11,24 @@ OnceReads::OnceReads(Report report) : report_(std::move(report)) {}
 void OnceReads::queued(int id, int tag, int station)
 {
     queue_.append({id, tag, station});
+    asked_ += id > 0 ? 1 : 0;
 }
 
 int OnceReads::ended(int id)
 {
-    for (int i = 0; i < queue_.size(); ++i)
-        if (queue_.at(i).id == id)
-            return queue_.takeAt(i).tag;
+    for (int i = 0; i < queue_.size(); ++i) {
+        if (queue_.at(i).id != id)
+            continue;
+        asked_ -= id > 0 ? 1 : 0;
+        return queue_.takeAt(i).tag;
+    }
     return -1;
+}
+
+bool OnceReads::contains(int id) const
+{
+    return std::any_of(queue_.begin(), queue_.end(),
+                       [id](const Entry &entry) { return entry.id == id; });
 }
 
 void OnceReads::stationFailed(int station)
@@ -34,12 +45,16 @@ template <typename Condition>
 void OnceReads::failWhere(Condition condition)
 {
     const QList<Entry> before = std::exchange(queue_, QList<Entry>());
+    QList<Entry> failed;
+    asked_ = 0;
     for (const Entry &entry : before) {
         if (condition(entry))
-            report_(entry.id, entry.tag);
+            failed.append(entry);
         else
-            queue_.append(entry);
+            queued(entry.id, entry.tag, entry.station);
     }
+    for (const Entry &entry : std::as_const(failed))
+        report_(entry.id, entry.tag);
 }
 
 } // namespace kvt

@@ -35,6 +35,11 @@ public:
     /// Number in the driver's queue.
     int count() const { return queue_.size(); }
 
+    /// Number of those with ids above 0, for which somebody waits.
+    int asked() const { return asked_; }
+
+    bool contains(int id) const;
+
 private:
     struct Entry {
         int id;
@@ -47,6 +52,7 @@ private:
 
     Report report_;
     QList<Entry> queue_;
+    int asked_ = 0;
 };
 
 } // namespace kvt

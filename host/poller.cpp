@@ -85,7 +85,7 @@ int Poller::readOnce(int tag)
     return id;
 }
 
-QVector<CellValue> Poller::values() const
+QVector<TagValue> Poller::values() const
 {
     return session_.values(monotonicNow_ns());
 }

@@ -56,7 +56,7 @@ public:
     int readOnce(int tag);
 
     /// Every tag's value as it is now, in the order of the tags.
-    QVector<CellValue> values() const;
+    QVector<TagValue> values() const;
 
     /// A copy of the statistics.
     Statistics statistics() const { return session_.statistics(); }

@@ -28,7 +28,7 @@ enum class Outcome {
 };
 constexpr int OUTCOMES = 9;
 constexpr int ATTEMPT_ENDS = 6;
-constexpr int WRITE_STATES = 7;
+constexpr int WRITE_STATES = 8;
 
 /// The class of a result code other than 0.
 Outcome outcomeOf(int resultCode);

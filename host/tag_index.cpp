@@ -1,6 +1,7 @@
 #include "host/tag_index.h"
 
 #include "tags/tag_address.h"
+#include "tags/tag_elements.h"
 
 #include <algorithm>
 
@@ -34,27 +35,44 @@ QVector<int> TagIndex::stations() const
     return stations;
 }
 
+bool TagIndex::takesSeveralRequests(int tag) const
+{
+    const QVector<int> &cells = cellsOf(tag);
+    return !(readKeyOf(cells.first()) == readKeyOf(cells.last()));
+}
+
 void TagIndex::add(int tag, const Tag &description)
 {
-    const int area = static_cast<int>(description.area);
-    TagAddress parts;
-    parseTagAddress(description.area, description.address, &parts);
-    const int address = numericAddress(description.area, parts);
-    const ReadKey cellKey{description.station, area, address};
-    const auto known = cellByAddress_.constFind(cellKey);
-    if (known != cellByAddress_.constEnd()) {
-        cells_[*known].tags.append(tag);
-        cellOfTag_.append(*known);
-        return;
+    const bool assembled = !isOneElement(description.form, description.area);
+    QVector<int> cells;
+    for (const QString &text : elementTexts(description)) {
+        cells.append(cellAt(description, text));
+        TagCell &cell = cells_[cells.last()];
+        (assembled ? cell.assembled : cell.tags).append(tag);
     }
+    cellsOf_.append(cells);
+    isAssembled_.append(assembled);
+}
+
+/// Returns the cell at an address of the tag's area and station; a new one if there is none.
+int TagIndex::cellAt(const Tag &tag, const QString &addressText)
+{
+    const int area = static_cast<int>(tag.area);
+    TagAddress parts;
+    parseTagAddress(tag.area, addressText, &parts);
+    const int address = numericAddress(tag.area, parts);
+    const ReadKey cellKey{tag.station, area, address};
+    const auto known = cellByAddress_.constFind(cellKey);
+    if (known != cellByAddress_.constEnd())
+        return *known;
     const int cell = cells_.size();
-    const ReadKey readKey{description.station, area, readListAddress(description.area, parts)};
-    cells_.append({description.station, area, address, description.address, {tag}});
-    cellOfTag_.append(cell);
+    const ReadKey readKey{tag.station, area, readListAddress(tag.area, parts)};
+    cells_.append({tag.station, area, address, addressText, {}, {}});
     keyOfCell_.append(readKey);
     cellByAddress_.insert(cellKey, cell);
     byKey_[readKey].append(cell);
-    byStation_[description.station].append(cell);
+    byStation_[tag.station].append(cell);
+    return cell;
 }
 
 } // namespace kvt

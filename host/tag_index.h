@@ -1,4 +1,4 @@
-// Which tags a reply concerns: tags share cells, and cells share requests.
+// Which tags a reply concerns: tags take cells and share them, and cells share requests.
 #ifndef KVT_HOST_TAG_INDEX_H
 #define KVT_HOST_TAG_INDEX_H
 
@@ -20,16 +20,17 @@ struct ReadKey {
 bool operator==(const ReadKey &a, const ReadKey &b);
 uint qHash(const ReadKey &key, uint seed = 0);
 
-/// A cell of the PLC that tags name.
+/// A cell of the PLC that tags take: a word of area D, else a byte.
 struct TagCell {
     int station = 0;
     int area = 0;
-    int address = 0;     ///< numeric
-    QString addressText; ///< as one of its tags has it
-    QVector<int> tags;   ///< indices of the tags that name it
+    int address = 0;        ///< numeric
+    QString addressText;    ///< as one of its tags has it
+    QVector<int> tags;      ///< indices of the tags whose value are its bits as they stand
+    QVector<int> assembled; ///< indices of the others that take it
 };
 
-/// The tags of a host, by the cells they name and by the requests that read those.
+/// The tags of a host, by the cells they take and by the requests that read those.
 class TagIndex
 {
 public:
@@ -37,7 +38,18 @@ public:
     explicit TagIndex(const QVector<Tag> &tags);
 
     const QVector<TagCell> &cells() const { return cells_; }
-    int cellOf(int tag) const { return cellOfTag_.at(tag); }
+
+    /// The only cell of a tag, or the first.
+    int cellOf(int tag) const { return cellsOf_.at(tag).first(); }
+
+    /// The cells of a tag, at rising addresses.
+    const QVector<int> &cellsOf(int tag) const { return cellsOf_.at(tag); }
+
+    /// True when a tag's value is something else than the bits of one cell as they stand.
+    bool isAssembled(int tag) const { return isAssembled_.at(tag); }
+
+    /// True when a tag's cells are read by more than one request.
+    bool takesSeveralRequests(int tag) const;
 
     /// The request that reads the cell.
     ReadKey readKeyOf(int cell) const { return keyOfCell_.at(cell); }
@@ -57,9 +69,11 @@ public:
 
 private:
     void add(int tag, const Tag &description);
+    int cellAt(const Tag &tag, const QString &addressText);
 
     QVector<TagCell> cells_;
-    QVector<int> cellOfTag_;
+    QVector<QVector<int>> cellsOf_;
+    QVector<bool> isAssembled_;
     QVector<ReadKey> keyOfCell_;
     QHash<ReadKey, int> cellByAddress_;
     QHash<ReadKey, QVector<int>> byKey_;

@@ -8,15 +8,15 @@
 namespace kvt
 {
 
-/// One of three, told apart by `kind`.
+/// One of four, told apart by `kind`.
 struct Unproven {
-    enum class Kind { Reading, OnceRead, Write };
+    enum class Kind { Reading, OnceRead, Write, ReadToWrite };
 
     Kind kind = Kind::Reading;
-    Reading reading;          ///< Reading
+    Reading reading;          ///< Reading, ReadToWrite
     int cell = 0;             ///< Reading: of the value table
     quint32 writesBefore = 0; ///< Reading: writes to the cell when it was taken
-    int id = 0;               ///< OnceRead
+    int id = 0;               ///< OnceRead; ReadToWrite: of the write
     int tag = 0;              ///< OnceRead
     WriteReport write;        ///< Write: what to report once it is proved
 };

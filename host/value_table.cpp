@@ -26,6 +26,8 @@ QString qualityName(Quality quality)
         return QStringLiteral("suspect");
     case Quality::Stale:
         return QStringLiteral("stale");
+    case Quality::Torn:
+        return QStringLiteral("torn");
     case Quality::Failed:
         return QStringLiteral("failed");
     }
@@ -39,7 +41,7 @@ bool ValueTable::read(int cell, const Reading &reading)
     Cell &entry = cells_[cell];
     if (entry.pendingWrites > 0)
         return false;
-    entry.raw = reading.raw;
+    entry.raw = static_cast<quint16>(reading.raw);
     entry.quality = reading.doubtful ? Quality::Doubtful : Quality::Good;
     entry.readAt_ns = reading.readAt_ns;
     entry.provable = true;
@@ -80,13 +82,15 @@ void ValueTable::writeEnded(int cell)
     --cells_[cell].pendingWrites;
 }
 
-CellValue ValueTable::value(int cell, qint64 now_ns, qint64 staleAfter_ns) const
+TagValue ValueTable::value(int cell, qint64 now_ns, qint64 staleAfter_ns) const
 {
     const Cell &entry = cells_.at(cell);
-    CellValue value;
+    TagValue value;
     value.raw = entry.raw;
     value.quality = entry.quality;
+    value.isKnown = entry.quality != Quality::NeverRead;
     value.readAt_ns = entry.readAt_ns;
+    value.newestAt_ns = entry.readAt_ns;
     value.provable = entry.provable;
     value.writePending = entry.pendingWrites > 0;
     if (isFresh(value.quality) && now_ns - entry.readAt_ns > staleAfter_ns)

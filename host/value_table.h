@@ -16,30 +16,35 @@ enum class Quality {
     Doubtful,  ///< the latest reading, from a reply that does not look like one of its station
     Suspect,   ///< the latest reading, from a reply that may have answered another request
     Stale,     ///< a good or doubtful reading that has grown old
+    Torn,      ///< of several words that did not hold still; the value is the one before
     Failed     ///< the latest attempt to read it has failed; the value is the one before
 };
 
 /// Returns "never read", "good" and so on.
 QString qualityName(Quality quality);
 
-/// What one good reply says of a cell.
+/// What good replies say of a cell, or of a tag.
 struct Reading {
-    quint16 raw = 0;       ///< the value's bits
-    qint64 readAt_ns = 0;  ///< when the reply was complete
+    quint64 raw = 0;       ///< the value's bits; 0 for a string, which HostSession::values has
+    qint64 readAt_ns = 0;  ///< when the reply was complete, of several the oldest
     bool doubtful = false; ///< the reply does not look like one of its station
+    qint64 reply = 0;      ///< of a cell: the number of the reply since the start, from 1
 };
 
-/// A reading of one cell.
-struct CellValue {
-    quint16 raw = 0; ///< the value's bits
+/// The latest value of a tag.
+struct TagValue {
+    quint64 raw = 0;           ///< the value's bits; 0 for a string
+    QVector<quint16> elements; ///< of a string, at rising addresses; empty for all else
     Quality quality = Quality::NeverRead;
-    qint64 readAt_ns = 0;      ///< when the reply with it was complete
-    bool writePending = false; ///< a write to the cell has not ended
+    bool isKnown = false;      ///< there is a value, good or not
+    qint64 readAt_ns = 0;      ///< when the oldest reading that it is made of was complete
+    qint64 newestAt_ns = 0;    ///< the same of the newest
+    bool writePending = false; ///< a write to one of its cells has not ended
     bool provable = true;      ///< false: it was in doubt, which no later proof ends
     qint64 provedUntil_ns = 0; ///< replies up to then are proved, but for those in doubt
 
-    /// True when it is proved to be the cell's own.
-    bool isProved() const { return provable && readAt_ns <= provedUntil_ns; }
+    /// True when it is proved to be the tag's own.
+    bool isProved() const { return provable && newestAt_ns <= provedUntil_ns; }
 };
 
 /// The cells by number. Does no locking of its own.
@@ -68,9 +73,12 @@ public:
     void writeRequested(int cell);
     void writeEnded(int cell);
 
-    /// The cell's value at `now_ns`; good and doubtful readings older than `staleAfter_ns` are
-    /// Stale.
-    CellValue value(int cell, qint64 now_ns, qint64 staleAfter_ns) const;
+    /// The value at `now_ns` of a tag that is the cell's bits; good and doubtful readings older
+    /// than `staleAfter_ns` are Stale.
+    TagValue value(int cell, qint64 now_ns, qint64 staleAfter_ns) const;
+
+    /// True while a write to the cell has not ended.
+    bool isWritePending(int cell) const { return cells_.at(cell).pendingWrites > 0; }
 
 private:
     struct Cell {

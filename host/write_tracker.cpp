@@ -34,6 +34,8 @@ QString writeStateName(WriteState state)
         return QStringLiteral("dropped");
     case WriteState::Uncertain:
         return QStringLiteral("uncertain");
+    case WriteState::PartlyWritten:
+        return QStringLiteral("partly written");
     }
     return QString();
 }
@@ -67,6 +69,8 @@ QString writeReasonText(WriteReason reason)
         return QStringLiteral("its acknowledgement may be that of another request");
     case WriteReason::SentTwice:
         return QStringLiteral("it was sent more than once and may have been carried out each time");
+    case WriteReason::NotRead:
+        return QStringLiteral("what else its element holds could not be read");
     }
     return QString();
 }

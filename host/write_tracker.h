@@ -18,7 +18,9 @@ enum class WriteState {
     Refused,      ///< final: it was not accepted, by the host or by the station
     TimedOut,     ///< final: no valid acknowledgement came; whether it took effect is not known
     Dropped,      ///< final: it was given up before it was sent
-    Uncertain     ///< final: an acknowledgement came, and what it is worth is not known
+    Uncertain,    ///< final: an acknowledgement came, and what it is worth is not known
+    PartlyWritten ///< final: of a value of several words, which were sent one by one, the first
+                  ///< were acknowledged and a later one has failed
 };
 
 enum class WriteReason {
@@ -34,7 +36,8 @@ enum class WriteReason {
     HostStopped,      ///< Dropped, or TimedOut when it was sent: the host ended first
     DoubtfulReply,    ///< Uncertain: the acknowledgement does not look like one of its station
     NotProved,        ///< Uncertain: the acknowledgement may be that of another request
-    SentTwice         ///< Uncertain: a command that may have been carried out more than once
+    SentTwice,        ///< Uncertain: a command that may have been carried out more than once
+    NotRead           ///< Dropped: the element that holds the bit could not be read first
 };
 
 /// A change in the life of a write.

@@ -69,7 +69,7 @@ bool AnswerBook::isTrue(int tag, const Reading &reading) const
     const int bytes = valueSize(tags_.at(tag).area);
     return std::any_of(answers->crbegin(), answers->crend(), [&](const Answer &answer) {
         return answer.at_ns >= asked->since_ns &&
-               valueAt(answer.reply, places_.at(tag), bytes) == reading.raw;
+               valueAt(answer.reply, places_.at(tag), bytes) == static_cast<int>(reading.raw);
     });
 }
 

@@ -137,7 +137,7 @@ void CellWitness::tell(const QString &text)
 
 void CellWitness::noteQualities()
 {
-    const QVector<CellValue> values = session_->values(line_->now_ns());
+    const QVector<TagValue> values = session_->values(line_->now_ns());
     for (int tag = 0; tag < values.size(); ++tag)
         if (isStruck_.at(tag))
             findings_.qualities.insert(qualityName(values.at(tag).quality));

@@ -26,10 +26,11 @@ public:
             return;
         const Tag &description = tags_.at(tag);
         ++values;
-        if (memory_->serialOwner(description.area, reading.raw) != description.name)
+        if (memory_->serialOwner(description.area, static_cast<int>(reading.raw)) !=
+            description.name)
             ++misattributed;
         else if (!memory_->wasSentTo(description.station, description.area, description.address,
-                                     reading.raw, reading.readAt_ns - seconds(1)))
+                                     static_cast<int>(reading.raw), reading.readAt_ns - seconds(1)))
             ++outdated;
     }
 

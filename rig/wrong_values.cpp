@@ -41,7 +41,7 @@ void WrongValues::hidden(int tag, qint64 now_ns)
     wrong_.erase(found);
 }
 
-void WrongValues::look(const QVector<CellValue> &values, qint64 now_ns)
+void WrongValues::look(const QVector<TagValue> &values, qint64 now_ns)
 {
     const QList<int> tags = wrong_.keys();
     for (const int tag : tags)

@@ -32,7 +32,7 @@ public:
     void hidden(int tag, qint64 now_ns);
 
     /// Every tag's value, as it is shown now.
-    void look(const QVector<CellValue> &values, qint64 now_ns);
+    void look(const QVector<TagValue> &values, qint64 now_ns);
 
     /// The run has ended.
     void finish(qint64 now_ns);

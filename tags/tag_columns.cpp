@@ -7,8 +7,8 @@ namespace kvt
 
 QString tagColumnName(int column)
 {
-    static const char *const names[] = {"name", "area",        "address", "station",
-                                        "type", "description", "order"};
+    static const char *const names[] = {"name",        "area",  "address", "station",    "type",
+                                        "description", "order", "torn",    "write_order"};
     if (column < FIRST_MEANING)
         return QLatin1String(names[column]);
     return column < FIRST_WATCH

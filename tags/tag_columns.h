@@ -17,6 +17,8 @@ enum TagColumn {
     TYPE,
     DESCRIPTION,
     ORDER,
+    TORN,
+    WRITE_ORDER,
     FIRST_MEANING,                                 ///< followed by the others of a value's meaning
     FIRST_WATCH = FIRST_MEANING + MEANING_COLUMNS, ///< followed by the others about watching
     COLUMN_COUNT = FIRST_WATCH + WATCH_COLUMNS

@@ -6,6 +6,7 @@
 #include "tags/field_text.h"
 #include "tags/tag_columns.h"
 #include "tags/tag_conflicts.h"
+#include "tags/tag_elements.h"
 #include "tags/tag_span.h"
 #include "tags/tag_watch.h"
 
@@ -191,6 +192,12 @@ bool ListReader::readForm(Tag *tag)
     const QString fault = parseForm(field(TYPE), &tag->form);
     if (!fault.isEmpty())
         fail(TYPE, fault);
+    const QString torn = readTorn(field(TORN), &tag->acceptsTorn);
+    const QString writeOrder = readWriteOrder(field(WRITE_ORDER), &tag->isWrittenDown);
+    if (!torn.isEmpty())
+        fail(TORN, torn);
+    if (!writeOrder.isEmpty())
+        fail(WRITE_ORDER, writeOrder);
     return readOrder(&tag->form) && fault.isEmpty();
 }
 

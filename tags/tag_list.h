@@ -1,14 +1,15 @@
 // Tag lists: CSV files as engineers keep them in a spreadsheet.
 //
 // The header line names the columns name, area, address, station and type, in any order and any
-// case, and any of description, order, scale, offset, raw_low, raw_high, low, high, unit, decimals,
-// min, max, labels, bits, interval, deadband, alarm, lolo, lo, hi, hihi, hysteresis, on_delay,
-// off_delay, priority and alarm_text; others are passed over with a warning. "order=cdab" in the
-// header is the order of all tags that name none. Fields are parted by commas, semicolons or tabs,
-// as the header line or a line "sep=;" ahead of it shows; where it is not by commas, numbers may
-// have a decimal comma. Text is UTF-8 with or without a byte order mark, lines end in LF or CRLF,
-// fields may be quoted, and lines without any text or with a # in front are skipped. A file has at
-// most 32 MiB and a row at most 256 fields; names are without control characters.
+// case, and any of description, order, torn, write_order, scale, offset, raw_low, raw_high, low,
+// high, unit, decimals, min, max, labels, bits, interval, deadband, alarm, lolo, lo, hi, hihi,
+// hysteresis, on_delay, off_delay, priority and alarm_text; others are passed over with a warning.
+// "order=cdab" in the header is the order of all tags that name none. Fields are parted by commas,
+// semicolons or tabs, as the header line or a line "sep=;" ahead of it shows; where it is not by
+// commas, numbers may have a decimal comma. Text is UTF-8 with or without a byte order mark, lines
+// end in LF or CRLF, fields may be quoted, and lines without any text or with a # in front are
+// skipped. A file has at most 32 MiB and a row at most 256 fields; names are without control
+// characters.
 #ifndef KVT_TAGS_TAG_LIST_H
 #define KVT_TAGS_TAG_LIST_H
 

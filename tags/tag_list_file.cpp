@@ -41,6 +41,10 @@ QString fieldText(const Tag &tag, int column)
         return tag.description;
     case ORDER:
         return tag.form.order == WordOrder::Abcd ? QString() : wordOrderName(tag.form.order);
+    case TORN:
+        return tag.acceptsTorn ? QStringLiteral("accept") : QString();
+    case WRITE_ORDER:
+        return tag.isWrittenDown ? QStringLiteral("down") : QString();
     default:
         break;
     }

@@ -75,8 +75,8 @@ std::unique_ptr<Line> lineTo(const QString &device)
 
 bool isEveryTagGood(const Poller &poller)
 {
-    const QVector<CellValue> values = poller.values();
-    return std::all_of(values.begin(), values.end(), [](const CellValue &value) {
+    const QVector<TagValue> values = poller.values();
+    return std::all_of(values.begin(), values.end(), [](const TagValue &value) {
         return value.quality == Quality::Good || value.writePending;
     });
 }
@@ -158,7 +158,7 @@ void Demo::writeNext()
 void Demo::show()
 {
     const Statistics statistics = poller_->statistics();
-    const QVector<CellValue> values = poller_->values();
+    const QVector<TagValue> values = poller_->values();
     const qint64 now_ns = monotonicNow_ns(); // no earlier than any of the values
     PollState state;
     state.line = QStringLiteral("%1 at %2 baud").arg(port_.name()).arg(BAUD);

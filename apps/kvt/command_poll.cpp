@@ -54,10 +54,10 @@ public:
     int run();
 
 private:
-    QVector<CellValue> show(const QJsonObject &summary = QJsonObject());
+    QVector<TagValue> show(const QJsonObject &summary = QJsonObject());
     void showUnlessStuck();
     int conclude();
-    int judge(const QVector<CellValue> &values) const;
+    int judge(const QVector<TagValue> &values) const;
     qint64 limitingCharacterTime_ns() const;
     QJsonObject summary() const;
     void printSummary() const;
@@ -106,10 +106,10 @@ void Poll::showUnlessStuck()
 }
 
 // Returns the values that it has shown.
-QVector<CellValue> Poll::show(const QJsonObject &summary)
+QVector<TagValue> Poll::show(const QJsonObject &summary)
 {
     const Poller &poller = *link_.poller();
-    const QVector<CellValue> values = poller.values();
+    const QVector<TagValue> values = poller.values();
     const qint64 now_ns = monotonicNow_ns(); // no earlier than any of the values
     const StationStatistics total = poller.statistics().total;
     echo_.look(total);
@@ -132,7 +132,7 @@ int Poll::conclude()
     }
     // The last reading of the last scan may be on its way to the values.
     link_.poller()->stop();
-    const QVector<CellValue> values = show(summary());
+    const QVector<TagValue> values = show(summary());
     output_.finish();
     if (!options_.line.json)
         printSummary();
@@ -144,13 +144,13 @@ int Poll::conclude()
 }
 
 // What counts is the end: values that were good once are no proof that the PLC still answers.
-int Poll::judge(const QVector<CellValue> &values) const
+int Poll::judge(const QVector<TagValue> &values) const
 {
-    const auto bad = std::count_if(values.begin(), values.end(), [this](const CellValue &value) {
+    const auto bad = std::count_if(values.begin(), values.end(), [this](const TagValue &value) {
         const bool tolerated = !options_.line.strict && value.quality == Quality::Doubtful;
         return value.quality != Quality::Good && !tolerated;
     });
-    const bool anyGood = std::any_of(values.begin(), values.end(), [](const CellValue &value) {
+    const bool anyGood = std::any_of(values.begin(), values.end(), [](const TagValue &value) {
         return value.quality == Quality::Good;
     });
     const QString lineError = watcher_.lineError();

@@ -53,7 +53,8 @@ void DemoWitness::lineChanged(bool up, const QString &reason)
 void DemoWitness::tagRead(int tag, const Reading &reading)
 {
     ++valuesRead_;
-    if (write_ == Write::Confirmed && tag == writtenTag_ && reading.raw == writtenValue_) {
+    if (write_ == Write::Confirmed && tag == writtenTag_ &&
+        static_cast<int>(reading.raw) == writtenValue_) {
         ++writesReadBack_;
         write_ = Write::None;
     }

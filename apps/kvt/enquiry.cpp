@@ -141,7 +141,7 @@ void Enquiry::tagRead(int tag, const Reading &reading)
 {
     const std::lock_guard<std::mutex> lock(mutex_);
     if (tag == tag_)
-        outcome_.raw = reading.raw;
+        outcome_.raw = static_cast<quint16>(reading.raw);
 }
 
 void Enquiry::attemptEnded(const Attempt &attempt)

@@ -22,6 +22,7 @@ Concern concernOf(Quality quality)
     case Quality::Doubtful:
     case Quality::Suspect:
     case Quality::Stale:
+    case Quality::Torn:
         return Concern::Stale;
     case Quality::NeverRead:
         return Concern::Unknown;
@@ -31,7 +32,7 @@ Concern concernOf(Quality quality)
     return Concern::None;
 }
 
-QString ageText(const CellValue &value, qint64 now_ns)
+QString ageText(const TagValue &value, qint64 now_ns)
 {
     if (value.quality == Quality::NeverRead)
         return QStringLiteral("-");
@@ -95,7 +96,7 @@ void LiveView::finish()
 TableRow LiveView::row(int tag, const Snapshot &snapshot) const
 {
     const Tag &description = tags_.at(tag);
-    const CellValue &value = snapshot.values.at(tag);
+    const TagValue &value = snapshot.values.at(tag);
     TableRow row;
     row.concern = concernOf(value.quality);
     row.cell(Column::Tag) = printable(description.name);

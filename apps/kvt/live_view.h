@@ -15,7 +15,7 @@ namespace kvt
 
 /// What is known of all tags at one time, in the order of the tags.
 struct Snapshot {
-    QVector<CellValue> values;
+    QVector<TagValue> values;
     QVector<TagResult> results;
     qint64 at_ns = 0;
     QSet<int> stationsOff; ///< those that are polled less often because they fail

@@ -82,7 +82,7 @@ void PollOutput::showLines(const Snapshot &snapshot)
     const QString time = isoNow();
     QString text;
     for (int i = 0; i < tags_.size(); ++i) {
-        const CellValue &value = snapshot.values.at(i);
+        const TagValue &value = snapshot.values.at(i);
         const bool isOff = snapshot.stationsOff.contains(tags_.at(i).station);
         const QStringList words = {tags_.at(i).name, valueText(tags_.at(i), value),
                                    qualityName(value.quality),

@@ -33,7 +33,7 @@ void insertValue(const Tag &tag, quint16 raw, QJsonObject *object)
 
 } // namespace
 
-QJsonObject polledTagToJson(const Tag &tag, const CellValue &value, const TagResult &result,
+QJsonObject polledTagToJson(const Tag &tag, const TagValue &value, const TagResult &result,
                             qint64 now_ns)
 {
     QJsonObject object = tagToJson(tag);
@@ -44,7 +44,7 @@ QJsonObject polledTagToJson(const Tag &tag, const CellValue &value, const TagRes
                                                  : jsonWord(outcomeWord(result.end, result.code)));
     if (value.quality == Quality::NeverRead)
         return object;
-    insertValue(tag, value.raw, &object);
+    insertValue(tag, static_cast<quint16>(value.raw), &object);
     object.insert(QStringLiteral("age_ms"), millisecondsOf(now_ns - value.readAt_ns));
     object.insert(QStringLiteral("read_time"), isoTimeBefore(now_ns - value.readAt_ns));
     object.insert(QStringLiteral("proved"), value.isProved());

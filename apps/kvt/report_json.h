@@ -12,7 +12,7 @@ namespace kvt
 {
 
 /// Returns a polled tag: what names it, its value at `now_ns`, and how its latest reading ended.
-QJsonObject polledTagToJson(const Tag &tag, const CellValue &value, const TagResult &result,
+QJsonObject polledTagToJson(const Tag &tag, const TagValue &value, const TagResult &result,
                             qint64 now_ns);
 
 /// Returns a request for a tag, of any kind: what was asked for and how it ended.

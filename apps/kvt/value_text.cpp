@@ -13,9 +13,10 @@ QString rawText(const Tag &tag, quint16 raw)
     return formatValue(tag.area, tag.form.type, bytes);
 }
 
-QString valueText(const Tag &tag, const CellValue &value)
+QString valueText(const Tag &tag, const TagValue &value)
 {
-    return value.quality == Quality::NeverRead ? QStringLiteral("-") : rawText(tag, value.raw);
+    return value.quality == Quality::NeverRead ? QStringLiteral("-")
+                                               : rawText(tag, static_cast<quint16>(value.raw));
 }
 
 QString resultText(const TagResult &result, bool stationIsOff)

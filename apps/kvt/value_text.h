@@ -15,7 +15,7 @@ namespace kvt
 QString rawText(const Tag &tag, quint16 raw);
 
 /// Returns the text of a tag's value; "-" while there is none.
-QString valueText(const Tag &tag, const CellValue &value);
+QString valueText(const Tag &tag, const TagValue &value);
 
 /// Returns how the latest reading of a tag ended, with its code: "no reply (41)"; empty while there
 /// is none. A station that is off is said to be: "off: no reply (41)", or "off" if the tag itself

@@ -22,7 +22,7 @@ public:
 
     void tagRead(int, const Reading &reading) override
     {
-        if (!over_ && !meter_->transactionEnded(reading.raw))
+        if (!over_ && !meter_->transactionEnded(static_cast<int>(reading.raw)))
             end(true);
     }
 
@@ -56,7 +56,7 @@ QVector<Tag> oneWord()
     tag.area = Area::D;
     tag.address = QStringLiteral("32.0.0");
     tag.station = 1;
-    tag.type = ValueType::U16;
+    tag.form = ValueType::U16;
     return {tag};
 }
 

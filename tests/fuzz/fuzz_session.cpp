@@ -216,9 +216,9 @@ private:
 
     void checkValues()
     {
-        const QVector<kvt::CellValue> values = session_.values(now_ns_);
+        const QVector<kvt::TagValue> values = session_.values(now_ns_);
         require(values.size() == plant().size(), "every tag has a value");
-        for (const kvt::CellValue &value : values)
+        for (const kvt::TagValue &value : values)
             require(value.quality != kvt::Quality::Good ||
                         now_ns_ - value.readAt_ns <= settings_.staleAfter_ns,
                     "an old reading is not good");
@@ -247,8 +247,8 @@ private:
             return false;
         if (!settings_.readCyclically)
             return true;
-        const QVector<kvt::CellValue> values = session_.values(now_ns_);
-        for (const kvt::CellValue &value : values)
+        const QVector<kvt::TagValue> values = session_.values(now_ns_);
+        for (const kvt::TagValue &value : values)
             if (value.quality != kvt::Quality::Good)
                 return false;
         return true;

@@ -232,10 +232,10 @@ private:
 
     void checkProof()
     {
-        const QVector<kvt::CellValue> values = session_.values(now_ns_);
+        const QVector<kvt::TagValue> values = session_.values(now_ns_);
         tell(values.first().provedUntil_ns, "is the end of what is proved");
         for (int tag = 0; tag < values.size(); ++tag) {
-            const kvt::CellValue &value = values.at(tag);
+            const kvt::TagValue &value = values.at(tag);
             const bool isGood = value.quality == kvt::Quality::Good;
             require(!isGood || now_ns_ - value.readAt_ns <= kvt::SessionSettings().staleAfter_ns,
                     "an old reading is not good");
@@ -274,7 +274,7 @@ private:
     {
         if (!isUp() || !witness_.isQuiet() || line_.next_ns() != kvt::NEVER)
             return false;
-        const QVector<kvt::CellValue> values = session_.values(now_ns_);
+        const QVector<kvt::TagValue> values = session_.values(now_ns_);
         for (int tag = 0; tag < values.size(); ++tag)
             if (values.at(tag).quality != kvt::Quality::Good || isWrong(tag))
                 return false;
@@ -284,7 +284,7 @@ private:
     // A station that was still off some seconds ago is not waited for.
     void checkRecovered(const QSet<int> &off)
     {
-        const QVector<kvt::CellValue> values = session_.values(now_ns_);
+        const QVector<kvt::TagValue> values = session_.values(now_ns_);
         for (int tag = 0; tag < values.size(); ++tag)
             require(off.contains(tags_.at(tag).station) ||
                         (values.at(tag).quality == kvt::Quality::Good && !isWrong(tag)),

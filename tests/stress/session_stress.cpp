@@ -129,7 +129,7 @@ void look(const kvt::Poller &poller, const std::atomic<bool> &stop, std::atomic<
 {
     quint64 exchanges = 0;
     while (!stop) {
-        for (const kvt::CellValue &value : poller.values())
+        for (const kvt::TagValue &value : poller.values())
             *torn += value.raw >> 8 == (value.raw & 0xFF) ? 0 : 1;
         const kvt::Statistics statistics = poller.statistics();
         *torn += statistics.total.exchanges >= exchanges ? 0 : 1;

@@ -19,7 +19,7 @@ struct RecordedEvents {
     };
     struct Reading {
         int tag;
-        quint16 raw;
+        quint64 raw;
         qint64 at_ns;
     };
     struct OnceRead {

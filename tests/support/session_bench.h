@@ -19,6 +19,7 @@ inline kvt::Tag benchTag(const char *name)
                                                    : kvt::Area::C;
     tag.station = text.midRef(1, slash - 1).toInt();
     tag.address = text.mid(slash + 1);
+    tag.form = tag.area == kvt::Area::D ? kvt::ValueType::U16 : kvt::ValueType::U8;
     return tag;
 }
 
@@ -89,7 +90,7 @@ public:
         return request;
     }
 
-    kvt::CellValue value(int tag) const { return session->values(now_ns).at(tag); }
+    kvt::TagValue value(int tag) const { return session->values(now_ns).at(tag); }
 
     QVector<kvt::Tag> tags;
     kvt::SessionSettings settings;

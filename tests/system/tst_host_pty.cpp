@@ -136,7 +136,7 @@ private Q_SLOTS:
             return events.readingsOf(0) > 1 && events.readingsOf(1) > 1 &&
                    events.readingsOf(2) > 1 && events.readingsOf(3) > 1;
         }));
-        const QVector<CellValue> read = plant.poller->values();
+        const QVector<TagValue> read = plant.poller->values();
         for (int tag = 0; tag < values.size(); ++tag) {
             QCOMPARE(int(read.at(tag).raw), values.at(tag));
             QCOMPARE(read.at(tag).quality, Quality::Good);

@@ -33,6 +33,7 @@ QVector<kvt::Tag> tagsAt(const Place (&places)[COUNT])
         kvt::Tag tag;
         tag.area = place.area;
         tag.station = place.station;
+        tag.form = place.area == kvt::Area::D ? kvt::ValueType::U16 : kvt::ValueType::U8;
         tag.address = QLatin1String(place.address);
         tag.name = QStringLiteral("%1 %2").arg(place.station).arg(tag.address);
         tags.append(tag);

@@ -106,7 +106,7 @@ private:
     {
         for (const Success &success : successes_)
             if (success.endedAt_ns == reading.readAt_ns)
-                return slave_->requestOf(area, reading.raw) == success.request ||
+                return slave_->requestOf(area, static_cast<int>(reading.raw)) == success.request ||
                        slave_->hasDamagedDigits(success.request);
         return false;
     }

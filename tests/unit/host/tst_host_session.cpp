@@ -51,16 +51,16 @@ void TestHostSession::aReadingReachesItsTag()
     bench.start();
     QCOMPARE(bench.value(0).quality, Quality::NeverRead);
     QCOMPARE(bench.exchange("12AB"), READ_ONE);
-    QCOMPARE(bench.value(0).raw, quint16(0x12AB));
+    QCOMPARE(bench.value(0).raw, quint64(0x12AB));
     QCOMPARE(bench.value(0).quality, Quality::Good);
     QCOMPARE(bench.value(0).readAt_ns, bench.now_ns);
     QCOMPARE(bench.value(1).quality, Quality::NeverRead);
     QCOMPARE(bench.exchange("C3"), READ_TWO);
-    QCOMPARE(bench.value(1).raw, quint16(0xC3));
+    QCOMPARE(bench.value(1).raw, quint64(0xC3));
     const RecordedEvents events = bench.events.events();
     QCOMPARE(events.readings.size(), 2);
     QCOMPARE(events.readings[1].tag, 1);
-    QCOMPARE(events.readings[1].raw, quint16(0xC3));
+    QCOMPARE(events.readings[1].raw, quint64(0xC3));
     QCOMPARE(events.readings[1].at_ns, bench.now_ns);
 }
 
@@ -69,8 +69,8 @@ void TestHostSession::everyTagOfACellIsRead()
     SessionBench bench({"D1/5.2.1", "D1/5.2.1", "D1/5.3.1"});
     bench.start();
     bench.exchange("0007");
-    QCOMPARE(bench.value(0).raw, quint16(7));
-    QCOMPARE(bench.value(1).raw, quint16(7));
+    QCOMPARE(bench.value(0).raw, quint64(7));
+    QCOMPARE(bench.value(1).raw, quint64(7));
     QCOMPARE(bench.value(2).quality, Quality::NeverRead);
     QCOMPARE(bench.events.events().readings.size(), 2);
 }
@@ -84,9 +84,9 @@ void TestHostSession::aBlockReachesAllItsTags()
     digits.replace(4, 2, "2E");
     digits.replace(138, 2, "3D");
     bench.exchange(digits);
-    QCOMPARE(bench.value(0).raw, quint16(0x1F));
-    QCOMPARE(bench.value(1).raw, quint16(0x3D));
-    QCOMPARE(bench.value(2).raw, quint16(0x2E));
+    QCOMPARE(bench.value(0).raw, quint64(0x1F));
+    QCOMPARE(bench.value(1).raw, quint64(0x3D));
+    QCOMPARE(bench.value(2).raw, quint64(0x2E));
 }
 
 void TestHostSession::theSecondAddressPartOfBlocksIsSent()
@@ -125,7 +125,7 @@ void TestHostSession::aTagCanGrowStaleSooner()
     bench.start();
     bench.exchange();
     bench.exchange();
-    const QVector<CellValue> values = bench.session->values(bench.now_ns + seconds(1));
+    const QVector<TagValue> values = bench.session->values(bench.now_ns + seconds(1));
     QCOMPARE(values[0].quality, Quality::Good);
     QCOMPARE(values[1].quality, Quality::Stale);
 }
@@ -138,7 +138,7 @@ void TestHostSession::aFailureMarksItsTags()
     bench.exchange("0002");
     bench.failure();
     QCOMPARE(bench.value(0).quality, Quality::Failed);
-    QCOMPARE(bench.value(0).raw, quint16(1));
+    QCOMPARE(bench.value(0).raw, quint64(1));
     QCOMPARE(bench.value(1).quality, Quality::Good);
 }
 
@@ -226,7 +226,7 @@ void TestHostSession::aSuccessfulProbeBringsTheStationBack()
     bench.now_ns += seconds(1);
     QCOMPARE(bench.exchange(), READ_TWO);
     QCOMPARE(bench.exchange("0042"), READ_ONE);
-    QCOMPARE(bench.value(0).raw, quint16(0x42));
+    QCOMPARE(bench.value(0).raw, quint64(0x42));
     QCOMPARE(bench.value(0).quality, Quality::Good);
     QCOMPARE(bench.events.events().switches.size(), 2);
     QVERIFY(bench.events.events().switches[1].on);
@@ -243,7 +243,7 @@ void TestHostSession::aOnceReadGoesAheadOfItsTurn()
     QCOMPARE(bench.exchange(), READ_ONE);
     QCOMPARE(bench.exchange(QByteArray(140, '5')), QByteArray("\x05"
                                                               "020708\r"));
-    QCOMPARE(bench.value(2).raw, quint16(0x55));
+    QCOMPARE(bench.value(2).raw, quint64(0x55));
     const RecordedEvents events = bench.events.events();
     QCOMPARE(events.onceReads.size(), 1);
     QCOMPARE(events.onceReads[0].id, id);

@@ -288,15 +288,15 @@ void TestHostSessionWrites::aReadingIsHeldBackWhileAWriteIsPending()
     const qint64 before_ns = bench.value(0).readAt_ns;
     bench.receive("\x06"
                   "010009\r");
-    QCOMPARE(bench.value(0).raw, quint16(1));
+    QCOMPARE(bench.value(0).raw, quint64(1));
     QCOMPARE(bench.value(0).readAt_ns, before_ns);
     QCOMPARE(bench.session->statistics().heldBackReadings, quint64(1));
     QCOMPARE(bench.exchange(), WRITE_ONE);
     QVERIFY(!bench.value(0).writePending);
     bench.exchange("0003");
-    QCOMPARE(bench.value(1).raw, quint16(3));
+    QCOMPARE(bench.value(1).raw, quint64(3));
     bench.exchange("1234");
-    QCOMPARE(bench.value(0).raw, quint16(0x1234));
+    QCOMPARE(bench.value(0).raw, quint64(0x1234));
 }
 
 // The driver's cache holds a written value as soon as its frame is built.
@@ -313,10 +313,10 @@ void TestHostSessionWrites::aRefusedValueIsNeverShown()
     QByteArray cached;
     bench.library.api().GetRegisterData(QString(), AREA_D, QStringLiteral("5.2.1"), 1, cached, 1);
     QCOMPARE(cached, VALUE);
-    QCOMPARE(bench.value(0).raw, quint16(1));
+    QCOMPARE(bench.value(0).raw, quint64(1));
     bench.receive("\x15"
                   "01\r");
-    QCOMPARE(bench.value(0).raw, quint16(1));
+    QCOMPARE(bench.value(0).raw, quint64(1));
     QCOMPARE(bench.value(0).quality, Quality::Good);
 }
 

@@ -15,6 +15,7 @@ Tag makeTag(const char *name, Area area, const char *address, int station)
     tag.area = area;
     tag.address = QLatin1String(address);
     tag.station = station;
+    tag.form = area == Area::D ? ValueType::U16 : ValueType::U8;
     return tag;
 }
 

@@ -15,6 +15,7 @@ Tag tag(const char *name, Area area, const char *address, int station)
     made.area = area;
     made.address = QLatin1String(address);
     made.station = station;
+    made.form = area == Area::D ? ValueType::U16 : ValueType::U8;
     return made;
 }
 
@@ -74,6 +75,29 @@ private Q_SLOTS:
         QCOMPARE(index.cellsOfStation(1).size(), 2);
         QCOMPARE(index.cellsOfStation(2).size(), 3);
         QVERIFY(index.cellsOfStation(3).isEmpty());
+    }
+
+    void aValueOfSeveralWordsTakesTheirCells()
+    {
+        Tag pair = tag("pair", Area::D, "1.15.1", 1);
+        pair.form = ValueType::U32;
+        const TagIndex index({tag("word", Area::D, "2.0.0", 1), pair});
+        QCOMPARE(index.cells().size(), 2);
+        QCOMPARE(index.cellsOf(1), QVector<int>({1, 0}));
+        QCOMPARE(index.cells().at(1).addressText, QStringLiteral("1.15.1"));
+        QCOMPARE(index.cells().at(0).tags, QVector<int>({0}));
+        QCOMPARE(index.cells().at(0).assembled, QVector<int>({1}));
+        QVERIFY(index.isAssembled(1) && index.takesSeveralRequests(1));
+        QVERIFY(!index.isAssembled(0) && !index.takesSeveralRequests(0));
+    }
+
+    void theBytesOfABlockTakeOneRequest()
+    {
+        Tag pair = tag("pair", Area::C, "7.0.1.4", 2);
+        pair.form = ValueType::U16;
+        const TagIndex index({pair});
+        QCOMPARE(index.cellsOf(0).size(), 2);
+        QVERIFY(index.isAssembled(0) && !index.takesSeveralRequests(0));
     }
 
     void nothingIsFoundForARequestOfNoTag()

@@ -41,12 +41,12 @@ void TestValueTable::aReadingIsGoodUntilItGrowsOld()
 {
     ValueTable table(1);
     QVERIFY(table.read(0, {0x1234, seconds(10), false}));
-    const CellValue young = table.value(0, seconds(15), LIMIT_NS);
-    QCOMPARE(young.raw, quint16(0x1234));
+    const TagValue young = table.value(0, seconds(15), LIMIT_NS);
+    QCOMPARE(young.raw, quint64(0x1234));
     QCOMPARE(young.quality, Quality::Good);
     QCOMPARE(young.readAt_ns, seconds(10));
-    const CellValue old = table.value(0, seconds(15) + 1, LIMIT_NS);
-    QCOMPARE(old.raw, quint16(0x1234));
+    const TagValue old = table.value(0, seconds(15) + 1, LIMIT_NS);
+    QCOMPARE(old.raw, quint64(0x1234));
     QCOMPARE(old.quality, Quality::Stale);
 }
 
@@ -58,7 +58,7 @@ void TestValueTable::aFailureKeepsTheValue()
     table.readFailed(0);
     QCOMPARE(table.value(0, seconds(11), LIMIT_NS).quality, Quality::Failed);
     QCOMPARE(table.value(0, seconds(99), LIMIT_NS).quality, Quality::Failed);
-    QCOMPARE(table.value(0, seconds(11), LIMIT_NS).raw, quint16(7));
+    QCOMPARE(table.value(0, seconds(11), LIMIT_NS).raw, quint64(7));
     QCOMPARE(table.value(0, seconds(11), LIMIT_NS).readAt_ns, seconds(10));
     QCOMPARE(table.value(1, seconds(11), LIMIT_NS).quality, Quality::Good);
 }
@@ -77,7 +77,7 @@ void TestValueTable::aReadingAfterAFailureIsGood()
     table.readFailed(0);
     table.read(0, {9, seconds(2), false});
     QCOMPARE(table.value(0, seconds(2), LIMIT_NS).quality, Quality::Good);
-    QCOMPARE(table.value(0, seconds(2), LIMIT_NS).raw, quint16(9));
+    QCOMPARE(table.value(0, seconds(2), LIMIT_NS).raw, quint64(9));
 }
 
 void TestValueTable::aReadingIsHeldBackWhileAWriteIsPending()
@@ -87,7 +87,7 @@ void TestValueTable::aReadingIsHeldBackWhileAWriteIsPending()
     table.writeRequested(0);
     QVERIFY(table.value(0, seconds(1), LIMIT_NS).writePending);
     QVERIFY(!table.read(0, {8, seconds(2), false}));
-    QCOMPARE(table.value(0, seconds(2), LIMIT_NS).raw, quint16(7));
+    QCOMPARE(table.value(0, seconds(2), LIMIT_NS).raw, quint64(7));
     QCOMPARE(table.value(0, seconds(2), LIMIT_NS).readAt_ns, seconds(1));
     table.writeEnded(0);
     QVERIFY(!table.value(0, seconds(2), LIMIT_NS).writePending);
@@ -137,7 +137,7 @@ void TestValueTable::aWithdrawnReadingStaysSuspectUntilTheNext()
     table.read(0, {7, seconds(1), false});
     table.withdraw(0);
     QCOMPARE(table.value(0, seconds(99), LIMIT_NS).quality, Quality::Suspect);
-    QCOMPARE(table.value(0, seconds(99), LIMIT_NS).raw, quint16(7));
+    QCOMPARE(table.value(0, seconds(99), LIMIT_NS).raw, quint64(7));
     table.read(0, {8, seconds(100), false});
     QCOMPARE(table.value(0, seconds(100), LIMIT_NS).quality, Quality::Good);
 }
