@@ -148,6 +148,8 @@ void HostSession::writeBit(int id, const Reading &reading)
     splitElements(tag.form, tag.area, isSet ? 1 : 0, &element);
     write.bytes = QByteArray(1, static_cast<char>(element & 0xFF)) +
                   QByteArray(1, static_cast<char>(element >> 8));
+    if (tag.area == Area::X)
+        write.bytes.truncate(1);
     partedWrites_.setBytes(id, write.bytes);
     writePart(id);
 }

@@ -52,6 +52,11 @@ ProofResult proveWritesAreAccountedFor(const ProofRun &run);
 /// each run in seconds of the virtual clock.
 ProofResult proveLineIsUsed(const ProofRun &run);
 
+/// Of `count` readings of values of two and of four words, which the PLC changes at any time, some
+/// words or all at once, none is shown that was never there. With `acceptsTorn` the list takes
+/// words as they come, and the proof must fail.
+ProofResult proveNothingIsTorn(const ProofRun &run, bool acceptsTorn = false);
+
 } // namespace kvt
 
 #endif

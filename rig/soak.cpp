@@ -22,7 +22,13 @@ kvt::ProofResult misattribution(const kvt::ProofRun &run)
     return kvt::proveNoMisattribution(run);
 }
 
+kvt::ProofResult noTornValues(const kvt::ProofRun &run)
+{
+    return kvt::proveNothingIsTorn(run);
+}
+
 const Step STEPS[] = {
+    {noTornValues, 1000000, 20000},
     {misattribution, 1000000, 50000},
     {kvt::proveDeadStationCostsLittle, 3600, 600},
     {kvt::proveWritesAreAccountedFor, 100000, 5000},
@@ -60,6 +66,15 @@ void compareQuietTimes(kvt::ProofRun run, QTextStream &out)
     }
 }
 
+// The proof must be able to fail.
+bool proveTearing(const kvt::ProofRun &run, QTextStream &out)
+{
+    const bool held = report(out, kvt::proveNothingIsTorn(run));
+    const kvt::ProofResult accepted = kvt::proveNothingIsTorn(run, true);
+    out << (accepted.held ? "FAILED  " : "ok      ") << accepted.text << '\n';
+    return held && !accepted.held;
+}
+
 bool runDays(const kvt::ProofRun &proof, int days, bool paced, QTextStream &out)
 {
     kvt::LongRun run;
@@ -85,6 +100,11 @@ void addOptions(QCommandLineParser *parser)
                        QStringLiteral("Compare silences after a failed attempt instead.")});
     parser->addOption({QStringLiteral("days"),
                        QStringLiteral("Days of a line's life instead, 1 to 3650."),
+                       QStringLiteral("number"), QStringLiteral("0")});
+    parser->addOption({QStringLiteral("torn"),
+                       QStringLiteral("So many readings of values of several words instead, 1000 "
+                                      "or more: first as delivered, then with torn=accept, which "
+                                      "must show some that never were."),
                        QStringLiteral("number"), QStringLiteral("0")});
     parser->addOption({QStringLiteral("unpaced"),
                        QStringLiteral("With --days: the line hands bytes over at once.")});
@@ -115,6 +135,11 @@ int main(int argc, char *argv[])
     const int days = parser.value(QStringLiteral("days")).toInt(&isNumber);
     if (!isNumber || days < 0 || days > 3650)
         return complain("--days takes a number from 1 to 3650");
+    run.count = parser.value(QStringLiteral("torn")).toLongLong(&isNumber);
+    if (!isNumber || (parser.isSet(QStringLiteral("torn")) && run.count < 1000))
+        return complain("--torn takes a number from 1000 on");
+    if (run.count > 0)
+        return proveTearing(run, out) ? 0 : 1;
     if (days > 0)
         return runDays(run, days, !parser.isSet(QStringLiteral("unpaced")), out) ? 0 : 1;
     if (parser.isSet(QStringLiteral("quiet-times"))) {

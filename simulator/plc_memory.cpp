@@ -1,5 +1,10 @@
 #include "simulator/plc_memory.h"
 
+#include "tags/tag_elements.h"
+#include "tags/tag_span.h"
+
+#include <algorithm>
+
 namespace kvt
 {
 
@@ -33,7 +38,8 @@ quint64 numberKey(Area area, int station, int number)
 
 SignalKind kindOf(const SignalPlan &plan, const QString &tag, int index)
 {
-    const SignalKind kind = plan.byTag.value(tag, plan.all);
+    const auto rule = plan.byTag.constFind(tag);
+    const SignalKind kind = rule == plan.byTag.constEnd() ? plan.all : rule->kind;
     return kind == SignalKind::Mixed ? static_cast<SignalKind>(index % 5) : kind;
 }
 
@@ -44,6 +50,30 @@ SignalRange rangeOf(const Tag &tag)
     if (tag.form.type == ValueType::S16)
         return {-32768, 32767};
     return {0, tag.area == Area::D ? 65535 : 255};
+}
+
+bool takesSeveral(const Tag &tag)
+{
+    return formMisfit(tag.form, tag.area).isEmpty() && elementCount(tag.form, tag.area) > 1;
+}
+
+/// True when not every content of the cells is a value, or would be one only by chance.
+bool isMadeAsAValue(const Tag &tag)
+{
+    return takesSeveral(tag) || tag.form.type == ValueType::Bcd16;
+}
+
+/// Returns the good addresses of a tag's elements; none when it is bad.
+QVector<TagAddress> addressesOf(const Tag &tag)
+{
+    QVector<TagAddress> addresses;
+    const QStringList texts = takesSeveral(tag) ? elementTexts(tag) : QStringList(tag.address);
+    for (const QString &text : texts) {
+        TagAddress address;
+        if (parseTagAddress(tag.area, text, &address).isEmpty())
+            addresses.append(address);
+    }
+    return addresses;
 }
 
 std::optional<PlcTarget> found(const QHash<quint64, PlcTarget> &map, quint64 key)
@@ -59,28 +89,66 @@ std::optional<PlcTarget> found(const QHash<quint64, PlcTarget> &map, quint64 key
 PlcMemory::PlcMemory(const QVector<Tag> &tags, const SignalPlan &plan, quint64 seed)
 {
     Random random(seed);
-    for (int i = 0; i < tags.size(); ++i) {
-        TagAddress address;
-        if (parseTagAddress(tags[i].area, tags[i].address, &address).isEmpty())
-            addTag(tags[i], address, kindOf(plan, tags[i].name, i), random.next());
+    QVector<quint64> seeds;
+    for (const Tag &tag : tags)
+        seeds.append(addressesOf(tag).isEmpty() ? 0 : random.next());
+    // Those that move together first: a tag that takes one of their cells moves with them.
+    for (const bool together : {true, false}) {
+        for (int i = 0; i < tags.size(); ++i) {
+            const auto rule = plan.byTag.constFind(tags[i].name);
+            const bool hasRule = rule != plan.byTag.constEnd();
+            if ((hasRule || isMadeAsAValue(tags[i])) == together)
+                addTag(tags[i], kindOf(plan, tags[i].name, i), hasRule ? &*rule : nullptr,
+                       seeds.at(i));
+        }
     }
 }
 
-void PlcMemory::addTag(const Tag &tag, const TagAddress &address, SignalKind kind, quint64 seed)
+void PlcMemory::addTag(const Tag &tag, SignalKind kind, const SignalRule *rule, quint64 seed)
 {
+    const QVector<TagAddress> addresses = addressesOf(tag);
+    if (addresses.isEmpty())
+        return;
     stations_.insert(tag.station);
+    Origin origin{kind, seed, -1};
+    const bool moves = kind != SignalKind::Serial && (rule != nullptr || isMadeAsAValue(tag));
+    if (moves && !haveCells(tag, addresses)) {
+        SignalRule used = rule != nullptr ? *rule : SignalRule();
+        used.kind = kind;
+        origin.group = groups_.size();
+        groups_.append(TagSignal(tag, used, static_cast<quint32>(cells_.size() + 1), seed));
+    }
+    for (int i = 0; i < addresses.size(); ++i) {
+        const int cell = addElement(tag, addresses.at(i), origin);
+        if (origin.group >= 0)
+            cells_[cell].element = i;
+    }
+}
+
+/// True when one of the cells is there already.
+bool PlcMemory::haveCells(const Tag &tag, const QVector<TagAddress> &addresses) const
+{
+    return std::any_of(addresses.begin(), addresses.end(), [&](const TagAddress &address) {
+        return cellAt(tag.station, tag.area, addressText(tag.area, address)) >= 0;
+    });
+}
+
+/// Returns the cell of an element, a new one if there is none.
+int PlcMemory::addElement(const Tag &tag, const TagAddress &address, const Origin &origin)
+{
     if (tag.area == Area::C) {
         int &cell = blocks_[blockOf(tag, address)].cells[static_cast<size_t>(address.d)];
         if (cell < 0)
-            cell = addCell(tag, kind, seed);
-        return;
+            cell = addCell(tag, origin);
+        return cell;
     }
     const quint64 key = readKey(tag.station, address.a, readAddressByte(address));
     if (!byRead_.contains(key))
-        addTarget(key, {tag.area, addCell(tag, kind, seed), 0});
+        addTarget(key, {tag.area, addCell(tag, origin), 0});
     const PlcTarget target = byRead_.value(key);
     byWrite_.insert(writeKey(tag.area, tag.station, address.a, writeAddressByte(address)), target);
     byNumber_.insert(numberKey(tag.area, tag.station, numericAddress(tag.area, address)), target);
+    return target.index;
 }
 
 void PlcMemory::addTarget(quint64 key, PlcTarget target)
@@ -89,15 +157,17 @@ void PlcMemory::addTarget(quint64 key, PlcTarget target)
     targets_.append(target);
 }
 
-int PlcMemory::addCell(const Tag &tag, SignalKind kind, quint64 seed)
+int PlcMemory::addCell(const Tag &tag, const Origin &origin)
 {
+    const SignalKind kind = origin.kind;
     const int index = cells_.size();
     const bool serial = kind == SignalKind::Serial;
     const int serialCell = serial ? ledger(tag.area).addCell() : -1;
     if (serial)
         (tag.area == Area::D ? serialWords_ : serialBytes_).append(index);
     cells_.append({tag.name, tag.station, tag.area, serial, serialCell, false, 0,
-                   Signal(kind, rangeOf(tag), static_cast<quint32>(index + 1), seed)});
+                   Signal(kind, rangeOf(tag), static_cast<quint32>(index + 1), origin.seed),
+                   origin.group, 0});
     return index;
 }
 
@@ -145,6 +215,10 @@ int PlcMemory::readCell(int cell, qint64 time_ns)
     Cell &entry = cells_[cell];
     if (entry.written)
         return entry.value;
+    if (entry.group >= 0) {
+        entry.value = groups_[entry.group].elements(time_ns).at(entry.element);
+        return entry.value;
+    }
     const int next =
         entry.serial ? ledger(entry.area).issue(entry.serialCell, time_ns) : entry.signal.next();
     entry.value = next & 0xFFFF;
@@ -167,8 +241,21 @@ QByteArray PlcMemory::read(PlcTarget target, qint64 time_ns)
     return bytes;
 }
 
+// The other cells of a value keep what they hold.
+void PlcMemory::freeze(int group)
+{
+    for (Cell &cell : cells_) {
+        if (cell.group != group || cell.written)
+            continue;
+        cell.written = true;
+        cell.value = groups_.at(group).elements().at(cell.element);
+    }
+}
+
 void PlcMemory::write(PlcTarget target, int value)
 {
+    if (cells_[target.index].group >= 0)
+        freeze(cells_[target.index].group);
     Cell &cell = cells_[target.index];
     cell.written = true;
     cell.value = value & (target.area == Area::D ? 0xFFFF : 0xFF);

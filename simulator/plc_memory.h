@@ -3,7 +3,7 @@
 #define KVT_SIMULATOR_PLC_MEMORY_H
 
 #include "simulator/serial_ledger.h"
-#include "simulator/signal.h"
+#include "simulator/tag_signal.h"
 #include "tags/tag_address.h"
 
 #include <QHash>
@@ -22,7 +22,7 @@ constexpr int BLOCK_SIZE = 70;
 /// Which kind of movement the cells get.
 struct SignalPlan {
     SignalKind all = SignalKind::Mixed; ///< for every cell not named below
-    QHash<QString, SignalKind> byTag;   ///< by name of the first tag of the cell
+    QHash<QString, SignalRule> byTag;   ///< by name of the tag; without fault
 };
 
 /// What a request reads or writes: one cell of area X or D, or a block of area C.
@@ -33,8 +33,9 @@ struct PlcTarget {
 };
 
 /// Memory of all stations, laid out by a tag list: tags of the same read frame share a cell. Every
-/// read moves a cell on, until a write sets it; from then on it keeps what was written. Tags with a
-/// bad address are passed over. Not thread-safe.
+/// read moves a cell on, until a write sets it; from then on it keeps what was written. The cells
+/// of a tag that takes several, or has a rule of its own, move together as time goes by, until one
+/// of them is written. Tags with a bad address are passed over. Not thread-safe.
 class PlcMemory
 {
 public:
@@ -90,15 +91,27 @@ private:
         bool written;
         int value;
         Signal signal;
+        int group;   ///< of cells that move together; -1: none
+        int element; ///< of the group's value
     };
     struct Block {
         int station = 0;
         std::array<int, BLOCK_SIZE> cells = {}; ///< indices of cells; -1 where no tag is
     };
 
-    void addTag(const Tag &tag, const TagAddress &address, SignalKind kind, quint64 seed);
+    /// What all cells of a tag have in common.
+    struct Origin {
+        SignalKind kind;
+        quint64 seed;
+        int group;
+    };
+
+    void addTag(const Tag &tag, SignalKind kind, const SignalRule *rule, quint64 seed);
+    bool haveCells(const Tag &tag, const QVector<TagAddress> &addresses) const;
+    int addElement(const Tag &tag, const TagAddress &address, const Origin &origin);
+    void freeze(int group);
     void addTarget(quint64 key, PlcTarget target);
-    int addCell(const Tag &tag, SignalKind kind, quint64 seed);
+    int addCell(const Tag &tag, const Origin &origin);
     int blockOf(const Tag &tag, const TagAddress &address);
     int cellAt(int station, Area area, const QString &address) const;
     int readCell(int cell, qint64 time_ns);
@@ -107,6 +120,7 @@ private:
 
     QVector<Cell> cells_;
     QVector<Block> blocks_;
+    QVector<TagSignal> groups_;
     QSet<int> stations_;
     QHash<quint64, PlcTarget> byRead_;
     QHash<quint64, PlcTarget> byWrite_;

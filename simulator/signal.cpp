@@ -11,6 +11,13 @@ constexpr int HALF_WAVE = 32; ///< steps of half a sine wave
 
 } // namespace
 
+int stepsOf(SignalKind kind)
+{
+    if (kind == SignalKind::Step)
+        return 2;
+    return kind == SignalKind::Sine ? 2 * HALF_WAVE : static_cast<int>(RAMP_STEPS);
+}
+
 Signal::Signal(SignalKind kind, SignalRange range, quint32 start, quint64 seed)
     : kind_(kind), range_(range), step_(start),
       position_(static_cast<int>(start % static_cast<quint32>(range.highest - range.lowest + 1))),
@@ -39,6 +46,9 @@ int Signal::next()
         break;
     case SignalKind::RandomWalk:
         offset = walk();
+        break;
+    case SignalKind::Step:
+        offset = step_ % 2 == 0 ? 0 : span() - 1;
         break;
     }
     ++step_;

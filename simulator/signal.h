@@ -15,8 +15,12 @@ enum class SignalKind {
     Sine,       ///< once around its range in 64 steps
     RandomWalk, ///< up or down by at most a sixteenth of its range
     Serial,     ///< a number that no other serial cell of the same width is given; see SerialLedger
+    Step,       ///< the lowest and the highest value by turns
     Mixed       ///< the first five by turns, one kind per cell
 };
+
+/// Returns the steps of one course of a kind.
+int stepsOf(SignalKind kind);
 
 /// Range of a value, both ends included; `lowest` is less than `highest`.
 struct SignalRange {

@@ -24,11 +24,6 @@ constexpr char BYTE_ORDER_MARK[] = "\xEF\xBB\xBF";
 // A wrong column makes as many errors as the list has rows.
 constexpr int MOST_ERRORS = 100;
 
-QString unknownOrder(const QString &text)
-{
-    return QStringLiteral("\"%1\" is no order (abcd, badc, cdab or dcba)").arg(text);
-}
-
 bool isNumberColumn(MeaningColumn column)
 {
     return column != MeaningColumn::Unit && column != MeaningColumn::Labels &&
@@ -63,6 +58,7 @@ private:
     void checkLength();
     void sortErrors(int from);
     void fail(int column, const QString &text);
+    void failIf(int column, const QString &fault);
     void failRow(const CsvRows &rows);
 
     TagListResult result_;
@@ -81,6 +77,12 @@ void ListReader::fail(int column, const QString &text)
         {row_.line, fieldOf_[static_cast<size_t>(column)] + 1, tagColumnName(column), text});
 }
 
+void ListReader::failIf(int column, const QString &fault)
+{
+    if (!fault.isEmpty())
+        fail(column, fault);
+}
+
 /// "order=cdab" names the order of all tags that have none of their own.
 void ListReader::readDefaultOrder(int field, const QString &text)
 {
@@ -88,7 +90,7 @@ void ListReader::readDefaultOrder(int field, const QString &text)
     if (order)
         order_ = *order;
     else
-        result_.errors.append({row_.line, field + 1, tagColumnName(ORDER), unknownOrder(text)});
+        result_.errors.append({row_.line, field + 1, tagColumnName(ORDER), wordOrderFault(text)});
 }
 
 void ListReader::readTitle(int field, const QString &title)
@@ -178,7 +180,7 @@ bool ListReader::readOrder(ValueForm *form)
         text.isEmpty() ? std::make_optional(order_) : parseWordOrder(text);
     form->order = order.value_or(order_);
     if (!order)
-        fail(ORDER, unknownOrder(text));
+        fail(ORDER, wordOrderFault(text));
     const bool isTurned = form->type == ValueType::String && reversesWords(form->order);
     if (isTurned && !text.isEmpty())
         fail(ORDER, QStringLiteral("the words of a string are in order: abcd or badc"));
@@ -190,14 +192,9 @@ bool ListReader::readOrder(ValueForm *form)
 bool ListReader::readForm(Tag *tag)
 {
     const QString fault = parseForm(field(TYPE), &tag->form);
-    if (!fault.isEmpty())
-        fail(TYPE, fault);
-    const QString torn = readTorn(field(TORN), &tag->acceptsTorn);
-    const QString writeOrder = readWriteOrder(field(WRITE_ORDER), &tag->isWrittenDown);
-    if (!torn.isEmpty())
-        fail(TORN, torn);
-    if (!writeOrder.isEmpty())
-        fail(WRITE_ORDER, writeOrder);
+    failIf(TYPE, fault);
+    failIf(TORN, readTorn(field(TORN), &tag->acceptsTorn));
+    failIf(WRITE_ORDER, readWriteOrder(field(WRITE_ORDER), &tag->isWrittenDown));
     return readOrder(&tag->form) && fault.isEmpty();
 }
 
@@ -268,8 +265,7 @@ bool ListReader::readAddress(Tag *tag, bool formGood, TagSpan *span)
     tag->address = field(ADDRESS);
     const ValueForm form = formGood ? tag->form : ValueForm(ValueType::Bool); // one element
     const QString error = parseTagSpan(tag->area, tag->address, form, span);
-    if (!error.isEmpty())
-        fail(ADDRESS, error);
+    failIf(ADDRESS, error);
     return error.isEmpty();
 }
 
@@ -322,8 +318,7 @@ void ListReader::readRow(const CsvRow &row)
     checkLength();
     if (addressGood && stationGood && formGood) {
         const QString conflict = conflictOf(tag, span);
-        if (!conflict.isEmpty())
-            fail(ADDRESS, conflict);
+        failIf(ADDRESS, conflict);
     }
     sortErrors(errorsBefore);
     if (result_.errors.size() == errorsBefore) {

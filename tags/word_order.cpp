@@ -27,4 +27,9 @@ std::optional<WordOrder> parseWordOrder(const QString &text)
     return std::nullopt;
 }
 
+QString wordOrderFault(const QString &text)
+{
+    return QStringLiteral("\"%1\" is no order (abcd, badc, cdab or dcba)").arg(text);
+}
+
 } // namespace kvt

@@ -37,6 +37,9 @@ QString wordOrderName(WordOrder order);
 /// Reads the name of an order, in any case; none when it is anything else.
 std::optional<WordOrder> parseWordOrder(const QString &text);
 
+/// Says that a text is none.
+QString wordOrderFault(const QString &text);
+
 } // namespace kvt
 
 #endif

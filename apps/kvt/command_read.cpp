@@ -20,8 +20,9 @@ namespace
 void printRead(const Tag &tag, const RequestOutcome &outcome)
 {
     if (outcome.good)
-        printOut(QStringLiteral("%1: %2, %3\n")
-                     .arg(placeText(tag), rawText(tag, outcome.raw), replyText(outcome)));
+        printOut(
+            QStringLiteral("%1: %2, %3\n")
+                .arg(placeText(tag), ValueTexts({tag}).text(0, outcome.value), replyText(outcome)));
     else
         printError(failureText(tag, outcome));
 }
@@ -73,8 +74,7 @@ int runRead(const QStringList &arguments)
         QStringLiteral("ADDRESS..."),
         QStringLiteral("Decimal parts a.b.c, in area C a.b.c.d, e.g. 5.2.1. With --tags, names "
                        "of tags in place of area and addresses."));
-    addTargetOptions(&parser,
-                     QStringLiteral("How values are shown: bool, hex, u8 (areas X and C)"));
+    addTargetOptions(&parser, QStringLiteral("How values are shown"));
     addLineOptions(&parser);
     int exitCode = EXIT_GOOD;
     if (parseOptions(&parser, QStringLiteral("read"), arguments, &exitCode))

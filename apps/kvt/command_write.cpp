@@ -9,7 +9,8 @@
 #include "apps/kvt/target.h"
 #include "apps/kvt/value_text.h"
 #include "tags/tag_address.h"
-#include "tags/tag_value.h"
+#include "tags/tag_elements.h"
+#include "tags/value_elements.h"
 
 #include <QJsonArray>
 #include <QRegularExpression>
@@ -40,12 +41,14 @@ QString badText(const Tag &tag, const RequestOutcome &outcome)
     QString text = failureText(tag, outcome);
     if (!outcome.asked || outcome.write.state == WriteState::Uncertain)
         text += QStringLiteral(", ") + writeReasonText(outcome.write.reason);
+    if (outcome.write.state == WriteState::PartlyWritten)
+        return text + QStringLiteral("; the value is partly written");
     if (outcome.isUncertain())
         text += QStringLiteral("; whether %1 was %2 is not known").arg(object, done);
     return text;
 }
 
-void printJson(const Tag &tag, const QString &value, const RequestOutcome &outcome)
+void printJson(const Tag &tag, const TagValue &value, const RequestOutcome &outcome)
 {
     const QJsonArray writes = {writeToJson(tag, value, outcome)};
     printOut(
@@ -53,9 +56,10 @@ void printJson(const Tag &tag, const QString &value, const RequestOutcome &outco
                   {QStringLiteral("summary"), requestSummary({outcome}, !outcome.interrupted)}}));
 }
 
-void report(const Tag &tag, const QString &value, const RequestOutcome &outcome, bool json)
+void report(const Tag &tag, const TagValue &value, const RequestOutcome &outcome, bool json)
 {
-    const QString verdict = outcome.good ? goodText(tag, value, outcome) : badText(tag, outcome);
+    const QString verdict = outcome.good ? goodText(tag, ValueTexts({tag}).text(0, value), outcome)
+                                         : badText(tag, outcome);
     if (json)
         printJson(tag, value, outcome);
     else if (outcome.good)
@@ -65,7 +69,8 @@ void report(const Tag &tag, const QString &value, const RequestOutcome &outcome,
         printError(verdict);
 }
 
-int writeOne(const LineOptions &options, const Tag &tag, const QByteArray &bytes)
+int writeOne(const LineOptions &options, const Tag &tag, const QByteArray &bytes,
+             const TagValue &value)
 {
     Enquiry enquiry(options, {tag});
     int exitCode = enquiry.open();
@@ -78,29 +83,54 @@ int writeOne(const LineOptions &options, const Tag &tag, const QByteArray &bytes
         exitCode = enquiry.reportStop();
     else if (!outcome.good)
         exitCode = EXIT_NO_ANSWER;
-    report(tag, formatValue(tag.area, tag.form.type, bytes), outcome, options.json);
+    report(tag, value, outcome, options.json);
     reportDoubt(tag, outcome);
     return exitCode;
 }
 
-bool readValue(const Tag &tag, const QString &text, QByteArray *bytes)
+// Says why a tag cannot be written; empty when it can.
+QString writeObstacle(const Tag &tag)
 {
-    if (tag.area == Area::C) {
-        printError(QStringLiteral("area C cannot be written"));
+    if (tag.area == Area::C)
+        return QStringLiteral("area C cannot be written");
+    if (tag.form.type == ValueType::Bit && !tag.form.bitIsWritten)
+        return QStringLiteral("a bit is written by reading its element first: %1:rmw allows it")
+            .arg(formText(tag.form));
+    return elementTexts(tag).size() > 1 ? writeFault(tag) : QString();
+}
+
+// What an entered value is to the host.
+bool readValue(const Tag &tag, const QString &entered, QByteArray *bytes, TagValue *value)
+{
+    const QString obstacle = writeObstacle(tag);
+    if (!obstacle.isEmpty()) {
+        printError(obstacle);
         return false;
     }
-    const ParsedValue value = parseValue(tag.area, tag.form.type, text);
-    if (!value.error.isEmpty())
-        printError(QStringLiteral("value \"%1\": %2").arg(text, value.error));
-    *bytes = value.bytes;
-    return value.error.isEmpty();
+    const ValueTexts texts({tag});
+    QVector<quint16> elements(elementCount(tag.form, tag.area));
+    const QString error = texts.converter(0).enterInto(entered, elements.data());
+    if (!error.isEmpty()) {
+        printError(QStringLiteral("value \"%1\": %2").arg(entered, error));
+        return false;
+    }
+    for (const quint16 element : elements) {
+        bytes->append(static_cast<char>(element & 0xFF));
+        if (tag.area == Area::D)
+            bytes->append(static_cast<char>(element >> 8));
+    }
+    value->isKnown = true;
+    value->elements = elements;
+    if (tag.form.type != ValueType::String)
+        value->raw = joinElements(tag.form, tag.area, elements.constData());
+    return true;
 }
 
 // Puts a negative number behind all else, where it is not taken for an option. `arguments` are the
 // words behind the command's name.
 QStringList withNegativeValueLast(const QStringList &arguments)
 {
-    static const QRegularExpression negative(QStringLiteral("\\A-[0-9]+\\z"));
+    static const QRegularExpression negative(QStringLiteral("\\A-[0-9.]+([eE]-?[0-9]+)?\\z"));
     QStringList words;
     QStringList values;
     for (const QString &word : arguments) {
@@ -164,7 +194,7 @@ int runWrite(const QStringList &arguments)
                        "A negative number is of type s16 unless another is given. D 18.1.0 and D "
                        "18.1.1 are commands and take no value."),
         QStringLiteral("[VALUE]"));
-    addTargetOptions(&parser, QStringLiteral("How the value is entered: bool, hex, u8 (area X)"));
+    addTargetOptions(&parser, QStringLiteral("How the value is entered"));
     addLineOptions(&parser);
     int exitCode = EXIT_GOOD;
     if (parseOptions(&parser, QStringLiteral("write"), withNegativeValueLast(arguments), &exitCode))
@@ -173,10 +203,11 @@ int runWrite(const QStringList &arguments)
     Tag tag;
     QString value;
     QByteArray bytes;
-    if (!readTarget(parser, &tag, &value) || !readValue(tag, value, &bytes) ||
+    TagValue written;
+    if (!readTarget(parser, &tag, &value) || !readValue(tag, value, &bytes, &written) ||
         !readLineOptions(parser, &options))
         return EXIT_USAGE;
-    return writeOne(options, tag, bytes);
+    return writeOne(options, tag, bytes, written);
 }
 
 } // namespace kvt

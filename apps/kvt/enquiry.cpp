@@ -37,14 +37,16 @@ int Enquiry::open()
 
 bool Enquiry::read(int tag, RequestOutcome *outcome)
 {
-    begin(tag);
+    begin();
     link_.poller()->readOnce(tag);
-    return finish(outcome);
+    const bool ended = finish(outcome);
+    outcome->value = link_.poller()->values().at(tag);
+    return ended;
 }
 
 bool Enquiry::write(int tag, const QByteArray &bytes, RequestOutcome *outcome)
 {
-    begin(tag);
+    begin();
     link_.poller()->write(tag, bytes);
     return finish(outcome);
 }
@@ -60,10 +62,9 @@ int Enquiry::reportStop() const
     return EXIT_NO_ANSWER;
 }
 
-void Enquiry::begin(int tag)
+void Enquiry::begin()
 {
     const std::lock_guard<std::mutex> lock(mutex_);
-    tag_ = tag;
     ended_ = false;
     outcome_ = RequestOutcome();
 }
@@ -135,13 +136,6 @@ void Enquiry::lineChanged(bool up, const QString &reason)
             lineError_ = reason;
     }
     wakeUp();
-}
-
-void Enquiry::tagRead(int tag, const Reading &reading)
-{
-    const std::lock_guard<std::mutex> lock(mutex_);
-    if (tag == tag_)
-        outcome_.raw = static_cast<quint16>(reading.raw);
 }
 
 void Enquiry::attemptEnded(const Attempt &attempt)

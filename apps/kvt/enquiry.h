@@ -26,19 +26,23 @@ struct RequestOutcome {
     bool doubtful = false;   ///< the last reply does not look like one to the request
     qint64 replyTime_ns = 0; ///< last attempt: from the request's last byte to the end
     QDateTime endedAt;       ///< last attempt: when it ended
-    quint16 raw = 0;         ///< the value of a good read
+    TagValue value;          ///< what is known of a tag that was to be read
     WriteReport write;       ///< final state of a write
 
     /// True when the station was heard, even if it refused.
     bool stationAnswered() const { return asked && (good || end == AttemptEnd::Refused); }
 
+    /// True when the words of the tag did not hold still.
+    bool isTorn() const { return !good && value.quality == Quality::Torn; }
+
     /// True when the station's good reply is not enough to go by.
-    bool isUnproved() const { return asked && !good && isSuccessCode(resultCode); }
+    bool isUnproved() const { return asked && !good && !isTorn() && isSuccessCode(resultCode); }
 
     /// True when a write that failed may have taken effect all the same.
     bool isUncertain() const
     {
-        return write.state == WriteState::TimedOut || write.state == WriteState::Uncertain;
+        return write.state == WriteState::TimedOut || write.state == WriteState::Uncertain ||
+               write.state == WriteState::PartlyWritten;
     }
 };
 
@@ -55,8 +59,8 @@ public:
     /// message.
     int open();
 
-    /// Reads a tag, or writes it, `bytes` least significant first. False when Ctrl-C or the line
-    /// came between; `reportStop` tells which. Nothing can be asked for any more then.
+    /// Reads a tag, or writes it; HostSession::write says what `bytes` are. False when Ctrl-C or
+    /// the line came between; `reportStop` tells which. Nothing can be asked for any more then.
     bool read(int tag, RequestOutcome *outcome);
     bool write(int tag, const QByteArray &bytes, RequestOutcome *outcome);
 
@@ -68,10 +72,10 @@ private:
     void writeChanged(const WriteReport &report) override;
     void onceReadEnded(int id, int tag, bool good) override;
     void lineChanged(bool up, const QString &reason) override;
-    void tagRead(int tag, const Reading &reading) override;
+    void tagRead(int, const Reading &) override {}
     void attemptEnded(const Attempt &attempt) override;
 
-    void begin(int tag);
+    void begin();
     bool finish(RequestOutcome *outcome);
     template <typename Condition>
     bool waitUntil(Condition condition);
@@ -85,7 +89,6 @@ private:
     mutable std::mutex mutex_; // the members below, which the polling thread fills
     bool lineIsUp_ = false;
     QString lineError_;
-    int tag_ = -1;
     bool ended_ = false;
     RequestOutcome outcome_;
 

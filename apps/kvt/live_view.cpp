@@ -2,7 +2,6 @@
 
 #include "apps/kvt/outcome_text.h"
 #include "apps/kvt/table/printable.h"
-#include "apps/kvt/value_text.h"
 
 #include <QCoreApplication>
 
@@ -34,7 +33,7 @@ Concern concernOf(Quality quality)
 
 QString ageText(const TagValue &value, qint64 now_ns)
 {
-    if (value.quality == Quality::NeverRead)
+    if (!value.isKnown)
         return QStringLiteral("-");
     return roughTimeText(std::max<qint64>(now_ns - value.readAt_ns, 0));
 }
@@ -42,13 +41,13 @@ QString ageText(const TagValue &value, qint64 now_ns)
 } // namespace
 
 LiveView::LiveView(const QVector<Tag> &tags)
-    : tags_(tags), screen_(std::make_unique<Screen>(
-                       [this](Key key, QChar character) {
-                           if (!table_.press(key, character))
-                               QCoreApplication::quit();
-                           draw();
-                       },
-                       [this] { draw(); }))
+    : tags_(tags), texts_(tags), screen_(std::make_unique<Screen>(
+                                     [this](Key key, QChar character) {
+                                         if (!table_.press(key, character))
+                                             QCoreApplication::quit();
+                                         draw();
+                                     },
+                                     [this] { draw(); }))
 {
 }
 
@@ -103,7 +102,7 @@ TableRow LiveView::row(int tag, const Snapshot &snapshot) const
     row.cell(Column::Area) = areaName(description.area);
     row.cell(Column::Address) =
         QStringLiteral("%1:%2").arg(description.station).arg(description.address);
-    row.cell(Column::Value) = valueText(description, value);
+    row.cell(Column::Value) = texts_.text(tag, value);
     row.cell(Column::Quality) = qualityName(value.quality);
     row.cell(Column::Age) = ageText(value, snapshot.at_ns);
     row.cell(Column::Result) =

@@ -5,6 +5,7 @@
 #include "apps/kvt/console.h"
 #include "apps/kvt/table/screen.h"
 #include "apps/kvt/tag_results.h"
+#include "apps/kvt/value_text.h"
 #include "host/value_table.h"
 #include "tags/tag.h"
 
@@ -40,6 +41,7 @@ private:
     void draw();
 
     QVector<Tag> tags_;
+    ValueTexts texts_;
     LiveTable table_;
     std::unique_ptr<HeldMessages> messages_; // goes after the screen
     std::unique_ptr<Screen> screen_;

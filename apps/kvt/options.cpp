@@ -45,6 +45,12 @@ void printErrors(const QString &path, const QVector<TagError> &errors)
         printError(formatTagError(path, error));
 }
 
+void printWarnings(const QString &path, const QVector<TagError> &warnings)
+{
+    for (const TagError &warning : warnings)
+        printError(QStringLiteral("warning: ") + formatTagError(path, warning));
+}
+
 } // namespace
 
 QString suggestion(const QString &word, const QStringList &known)
@@ -103,59 +109,24 @@ bool readNumberIfSet(const QCommandLineParser &parser, const QString &option, in
     return !parser.isSet(option) || readNumber(parser, option, least, most, number);
 }
 
-namespace
-{
-
-/// True for values that lie in one element as they stand there. The host knows no others.
-bool isPlain(const Tag &tag)
-{
-    switch (tag.form.type) {
-    case ValueType::Bool:
-    case ValueType::Hex:
-        return !swapsBytes(tag.form.order) || tag.area != Area::D;
-    case ValueType::U8:
-        return true;
-    case ValueType::U16:
-    case ValueType::S16:
-        return tag.area == Area::D && !swapsBytes(tag.form.order);
-    default:
-        return false;
-    }
-}
-
-TagListResult loadPlainTags(const QString &path)
-{
-    TagListResult list = loadTagList(path);
-    for (int i = 0; i < list.tags.size(); ++i) {
-        const Tag &tag = list.tags.at(i);
-        if (!isPlain(tag))
-            list.errors.append(
-                {list.lines.at(i), 0, QString(),
-                 QStringLiteral("tag \"%1\" of type %2 and order %3 cannot be read or "
-                                "written by this program")
-                     .arg(tag.name, formText(tag.form), wordOrderName(tag.form.order))});
-    }
-    return list;
-}
-
-} // namespace
-
 bool readTags(const QString &path, QVector<Tag> *tags)
 {
-    const TagListResult list = loadPlainTags(path);
+    const TagListResult list = loadTagList(path);
     printErrors(path, list.errors);
+    printWarnings(path, list.warnings);
     *tags = list.tags;
     return list.errors.isEmpty();
 }
 
 bool readPollableTags(const QString &path, QVector<Tag> *tags)
 {
-    TagListResult list = loadPlainTags(path);
+    TagListResult list = loadTagList(path);
     if (list.errors.isEmpty())
         list.errors = pollErrors(list);
     if (list.errors.isEmpty() && list.tags.isEmpty())
         list.errors.append({0, 0, QString(), QStringLiteral("it has no tags")});
     printErrors(path, list.errors);
+    printWarnings(path, list.warnings);
     *tags = list.tags;
     return list.errors.isEmpty();
 }

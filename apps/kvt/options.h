@@ -31,7 +31,8 @@ bool readNumber(const QCommandLineParser &parser, const QString &option, int lea
 bool readNumberIfSet(const QCommandLineParser &parser, const QString &option, int least, int most,
                      int *number);
 
-/// Reads a tag list. False, with one message for each error, when it has any.
+/// Reads a tag list. False, with one message for each error, when it has any. Warnings are printed
+/// too.
 bool readTags(const QString &path, QVector<Tag> *tags);
 
 /// The same for a list that is to be polled: it also must have a tag, and no tags that cannot be

@@ -4,7 +4,6 @@
 #include "apps/kvt/console.h"
 #include "apps/kvt/outcome_text.h"
 #include "apps/kvt/report_json.h"
-#include "apps/kvt/value_text.h"
 #include "apps/kvt/wall_clock.h"
 
 #include <QJsonArray>
@@ -48,7 +47,7 @@ QString troubleText(const Snapshot &snapshot, const PollState &state)
 
 } // namespace
 
-PollOutput::PollOutput(const QVector<Tag> &tags, Form form) : tags_(tags), form_(form)
+PollOutput::PollOutput(const QVector<Tag> &tags, Form form) : tags_(tags), texts_(tags), form_(form)
 {
     if (form == Form::Table)
         view_ = std::make_unique<LiveView>(tags);
@@ -84,7 +83,7 @@ void PollOutput::showLines(const Snapshot &snapshot)
     for (int i = 0; i < tags_.size(); ++i) {
         const TagValue &value = snapshot.values.at(i);
         const bool isOff = snapshot.stationsOff.contains(tags_.at(i).station);
-        const QStringList words = {tags_.at(i).name, valueText(tags_.at(i), value),
+        const QStringList words = {tags_.at(i).name, texts_.text(i, value),
                                    qualityName(value.quality),
                                    resultText(snapshot.results.at(i), isOff)};
         const QString line = words.join(QStringLiteral("  "));
@@ -100,9 +99,12 @@ void PollOutput::showJson(const Snapshot &snapshot, const PollState &state,
                           const QJsonObject &summary) const
 {
     QJsonArray tags;
-    for (int i = 0; i < tags_.size(); ++i)
-        tags.append(polledTagToJson(tags_.at(i), snapshot.values.at(i), snapshot.results.at(i),
-                                    snapshot.at_ns));
+    for (int i = 0; i < tags_.size(); ++i) {
+        QJsonObject tag = polledTagToJson(tags_.at(i), snapshot.values.at(i),
+                                          snapshot.results.at(i), snapshot.at_ns);
+        texts_.insertInto(i, snapshot.values.at(i), &tag);
+        tags.append(tag);
+    }
     QJsonArray off;
     for (const int station : sorted(snapshot.stationsOff))
         off.append(station);

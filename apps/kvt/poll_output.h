@@ -43,6 +43,7 @@ private:
                   const QJsonObject &summary) const;
 
     QVector<Tag> tags_;
+    ValueTexts texts_;
     Form form_;
     std::unique_ptr<LiveView> view_; // Table
     QStringList shown_;              // the latest line of each tag

@@ -25,12 +25,6 @@ QJsonObject tagToJson(const Tag &tag)
     return object;
 }
 
-void insertValue(const Tag &tag, quint16 raw, QJsonObject *object)
-{
-    object->insert(QStringLiteral("value"), valueNumber(tag, raw));
-    object->insert(QStringLiteral("text"), rawText(tag, raw));
-}
-
 } // namespace
 
 QJsonObject polledTagToJson(const Tag &tag, const TagValue &value, const TagResult &result,
@@ -42,9 +36,8 @@ QJsonObject polledTagToJson(const Tag &tag, const TagValue &value, const TagResu
     object.insert(QStringLiteral("outcome"), result.code == 0
                                                  ? QStringLiteral("none_yet")
                                                  : jsonWord(outcomeWord(result.end, result.code)));
-    if (value.quality == Quality::NeverRead)
+    if (!value.isKnown)
         return object;
-    insertValue(tag, static_cast<quint16>(value.raw), &object);
     object.insert(QStringLiteral("age_ms"), millisecondsOf(now_ns - value.readAt_ns));
     object.insert(QStringLiteral("read_time"), isoTimeBefore(now_ns - value.readAt_ns));
     object.insert(QStringLiteral("proved"), value.isProved());
@@ -72,16 +65,17 @@ QJsonObject requestToJson(const Tag &tag, const RequestOutcome &outcome)
 QJsonObject readToJson(const Tag &tag, const RequestOutcome &outcome)
 {
     QJsonObject object = requestToJson(tag, outcome);
+    object.insert(QStringLiteral("quality"), jsonWord(qualityName(outcome.value.quality)));
     if (outcome.good)
-        insertValue(tag, outcome.raw, &object);
+        ValueTexts({tag}).insertInto(0, outcome.value, &object);
     return object;
 }
 
-QJsonObject writeToJson(const Tag &tag, const QString &text, const RequestOutcome &outcome)
+QJsonObject writeToJson(const Tag &tag, const TagValue &value, const RequestOutcome &outcome)
 {
     QJsonObject object = requestToJson(tag, outcome);
     if (!isCommand(tag.area, tag.address))
-        object.insert(QStringLiteral("text"), text);
+        ValueTexts({tag}).insertInto(0, value, &object);
     object.insert(QStringLiteral("state"), jsonWord(writeStateName(outcome.write.state)));
     object.insert(QStringLiteral("reason"), writeReasonText(outcome.write.reason));
     object.insert(QStringLiteral("uncertain"), outcome.isUncertain());

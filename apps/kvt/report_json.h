@@ -11,7 +11,8 @@
 namespace kvt
 {
 
-/// Returns a polled tag: what names it, its value at `now_ns`, and how its latest reading ended.
+/// Returns a polled tag: what names it, how far its value can be trusted at
+/// `now_ns`, and how its latest reading ended. The value itself is ValueTexts' to add.
 QJsonObject polledTagToJson(const Tag &tag, const TagValue &value, const TagResult &result,
                             qint64 now_ns);
 
@@ -21,8 +22,8 @@ QJsonObject requestToJson(const Tag &tag, const RequestOutcome &outcome);
 /// The same for a read, with the value if there is one.
 QJsonObject readToJson(const Tag &tag, const RequestOutcome &outcome);
 
-/// The same for a write. `text` is the value that was to be written; a command has none.
-QJsonObject writeToJson(const Tag &tag, const QString &text, const RequestOutcome &outcome);
+/// The same for a write. `value` is what was to be written; a command has none.
+QJsonObject writeToJson(const Tag &tag, const TagValue &value, const RequestOutcome &outcome);
 
 /// Returns how many requests were asked, and how they ended. `complete` is false if Ctrl-C or the
 /// line cut the command short.

@@ -15,6 +15,8 @@ QString wordOr(const RequestOutcome &outcome, QString (*text)(AttemptEnd, int))
 {
     if (outcome.interrupted)
         return outcome.lineLost ? QStringLiteral("line lost") : QStringLiteral("interrupted");
+    if (outcome.isTorn())
+        return QStringLiteral("torn");
     if (outcome.isUnproved())
         return outcome.doubtful ? QStringLiteral("doubtful") : QStringLiteral("not proved");
     return outcome.asked ? text(outcome.end, outcome.resultCode) : QStringLiteral("not sent");

@@ -8,6 +8,10 @@
 #include "simulator/fault_text.h"
 #include "simulator/line_speed.h"
 
+#include <QRegularExpression>
+
+#include <algorithm>
+
 namespace kvt
 {
 
@@ -22,6 +26,7 @@ const QString BAUD = QStringLiteral("baud");
 const QString TURNAROUND = QStringLiteral("turnaround");
 const QString FAULTS = QStringLiteral("faults");
 const QString VALUES = QStringLiteral("values");
+const QString VALUE = QStringLiteral("value");
 const QString SEED = QStringLiteral("seed");
 
 constexpr int HARDWARE_BAUD = 9600; // of a serial port without --baud
@@ -30,7 +35,7 @@ constexpr int HARDWARE_BAUD = 9600; // of a serial port without --baud
 const QStringList VALUE_NAMES = {QStringLiteral("constant"), QStringLiteral("counter"),
                                  QStringLiteral("ramp"),     QStringLiteral("sine"),
                                  QStringLiteral("walk"),     QStringLiteral("serial"),
-                                 QStringLiteral("mixed")};
+                                 QStringLiteral("step"),     QStringLiteral("mixed")};
 
 bool readTcpPort(const QString &text, SimOptions *options)
 {
@@ -100,6 +105,40 @@ bool readBehaviour(const QCommandLineParser &parser, SimOptions *options)
     return true;
 }
 
+// Returns the rule of "TAG=KIND:LOW..HIGH:TIME" and its tag, or says what is wrong with it. A name
+// may have all of these signs in it.
+QString readRule(const QString &text, const QVector<Tag> &tags, SignalPlan *plan)
+{
+    static const QRegularExpression form(
+        QStringLiteral("\\A(.*)=([a-z]+)(?::(.+)\\.\\.([^:]+)(?::([0-9]+)(ms|s))?)?\\z"));
+    const QRegularExpressionMatch match = form.match(text);
+    const int kind = VALUE_NAMES.indexOf(match.captured(2));
+    if (!match.hasMatch() || kind < 0)
+        return QStringLiteral("it is not TAG=KIND[:LOW..HIGH[:TIME]] with a kind of %1")
+            .arg(VALUE_NAMES.mid(0, 5).join(QStringLiteral(", ")) + QStringLiteral(" and step"));
+    const auto tag = std::find_if(tags.begin(), tags.end(),
+                                  [&](const Tag &one) { return one.name == match.captured(1); });
+    if (tag == tags.end())
+        return QStringLiteral("there is no tag \"%1\"").arg(match.captured(1));
+    const qint64 unit_ns = match.captured(6) == QLatin1String("s") ? seconds(1) : milliseconds(1);
+    const SignalRule rule{static_cast<SignalKind>(kind), match.captured(3), match.captured(4),
+                          std::min<qint64>(match.captured(5).toLongLong(), 1000000) * unit_ns};
+    plan->byTag.insert(tag->name, rule);
+    return signalFault(rule, *tag);
+}
+
+bool readRules(const QCommandLineParser &parser, SimOptions *options)
+{
+    for (const QString &text : parser.values(VALUE)) {
+        const QString fault = readRule(text, options->tags, &options->plc.signalPlan);
+        if (fault.isEmpty())
+            continue;
+        printError(QStringLiteral("--value: \"%1\": %2").arg(text, fault));
+        return false;
+    }
+    return true;
+}
+
 void addLineOptions(QCommandLineParser *parser)
 {
     parser->addOption({PTY,
@@ -144,10 +183,18 @@ void addSimOptions(QCommandLineParser *parser)
              "(default: none). \"man kvt-sim\" describes each fault."),
          QStringLiteral("RULES")});
     parser->addOption({VALUES,
-                       QStringLiteral("How values move from one read to the next: %1 (default: "
-                                      "mixed). A written value stays.")
+                       QStringLiteral("How values move from one read to the next, those of "
+                                      "several elements as time goes by: %1 (default: mixed). A "
+                                      "written value stays.")
                            .arg(VALUE_NAMES.join(QStringLiteral(", "))),
                        QStringLiteral("KIND"), QStringLiteral("mixed")});
+    parser->addOption({VALUE,
+                       QStringLiteral("How one tag's value moves as time goes by, all its words "
+                                      "at once: constant, counter, ramp, sine, walk or step, "
+                                      "within a range of values as they are entered, once around "
+                                      "in a time such as 500ms, 20s (default: 60s). For example "
+                                      "level=sine:0..100:20s. May be repeated."),
+                       QStringLiteral("TAG=KIND[:LOW..HIGH[:TIME]]")});
     parser->addOption({SEED,
                        QStringLiteral("Start of the random numbers for values and faults, 0 to "
                                       "2147483647 (default: 1)."),
@@ -163,7 +210,7 @@ bool readSimOptions(const QCommandLineParser &parser, SimOptions *options)
     options->json = parser.isSet(QStringLiteral("json"));
     return readSecondsOption(parser, &options->seconds) && readLine(parser, options) &&
            readSpeed(parser, options) && readBehaviour(parser, options) &&
-           readTags(parser.value(TAGS), &options->tags);
+           readTags(parser.value(TAGS), &options->tags) && readRules(parser, options);
 }
 
 } // namespace kvt

@@ -19,12 +19,21 @@ void TagResults::attemptEnded(const Attempt &attempt)
         results_[cell] = {attempt.end, attempt.resultCode};
 }
 
+/// Of several words the first that has not succeeded.
+TagResult TagResults::resultOf(int tag) const
+{
+    for (const int cell : index_.cellsOf(tag))
+        if (!isSuccessCode(results_.at(cell).code))
+            return results_.at(cell);
+    return results_.at(index_.cellOf(tag));
+}
+
 QVector<TagResult> TagResults::results() const
 {
     QVector<TagResult> results;
     const std::lock_guard<std::mutex> lock(mutex_);
     for (int tag = 0; tag < tags_; ++tag)
-        results.append(results_.at(index_.cellOf(tag)));
+        results.append(resultOf(tag));
     return results;
 }
 

@@ -31,6 +31,8 @@ public:
     QVector<TagResult> results() const;
 
 private:
+    TagResult resultOf(int tag) const;
+
     TagIndex index_;
     mutable std::mutex mutex_;
     QVector<TagResult> results_; // by cell

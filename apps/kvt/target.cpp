@@ -3,7 +3,7 @@
 #include "apps/kvt/console.h"
 #include "apps/kvt/options.h"
 #include "host/host_session.h"
-#include "tags/tag_address.h"
+#include "tags/tag_span.h"
 
 #include <algorithm>
 
@@ -15,6 +15,7 @@ namespace
 
 const QString STATION = QStringLiteral("station");
 const QString TYPE = QStringLiteral("type");
+const QString ORDER = QStringLiteral("order");
 const QString TAGS = QStringLiteral("tags");
 
 ValueType usualType(Area area)
@@ -22,30 +23,35 @@ ValueType usualType(Area area)
     return area == Area::D ? ValueType::U16 : ValueType::U8;
 }
 
-bool fits(Area area, ValueType type)
+QString typesOf(Area area)
 {
-    if (type == ValueType::Hex || type == ValueType::Bool)
-        return true;
-    return (type == ValueType::U8) == (area != Area::D);
+    switch (area) {
+    case Area::D:
+        return QStringLiteral("bool, hex, u16, s16, bcd16, u32, s32, f32, bcd32, u64, s64, f64, "
+                              "string:N and bit:N");
+    case Area::X:
+        return QStringLiteral("bool, hex, u8, s8 and bit:N");
+    case Area::C:
+        break;
+    }
+    return QStringLiteral("all types");
 }
 
-bool readType(const QString &text, Area area, ValueType *type)
+bool readForm(const QCommandLineParser &parser, Area area, ValueForm *form)
 {
-    *type = usualType(area);
-    if (text.isEmpty())
-        return true;
-    for (const ValueType one :
-         {ValueType::Bool, ValueType::U8, ValueType::S16, ValueType::U16, ValueType::Hex}) {
-        if (text == typeName(one) && fits(area, one)) {
-            *type = one;
-            return true;
-        }
+    const QString text = parser.value(TYPE);
+    *form = usualType(area);
+    const QString fault = text.isEmpty() ? QString() : parseForm(text, form);
+    if (!fault.isEmpty() || !formMisfit(*form, area).isEmpty()) {
+        printError(QStringLiteral("--type: \"%1\" is no type of area %2, which has %3")
+                       .arg(text, areaName(area), typesOf(area)));
+        return false;
     }
-    printError(QStringLiteral("--type: \"%1\" is no type of area %2, which has %3")
-                   .arg(text, areaName(area),
-                        area == Area::D ? QStringLiteral("bool, s16, u16, hex")
-                                        : QStringLiteral("bool, u8, hex")));
-    return false;
+    const std::optional<WordOrder> order = parseWordOrder(parser.value(ORDER));
+    if (!order)
+        printError(QStringLiteral("--order: ") + wordOrderFault(parser.value(ORDER)));
+    form->order = order.value_or(WordOrder::Abcd);
+    return order.has_value();
 }
 
 bool readAddress(const Tag &form, const QString &word, QVector<Tag> *tags)
@@ -58,8 +64,8 @@ bool readAddress(const Tag &form, const QString &word, QVector<Tag> *tags)
                        .arg(word, areaName(form.area)));
         return false;
     }
-    TagAddress address;
-    const QString error = parseTagAddress(form.area, word, &address);
+    TagSpan span;
+    const QString error = parseTagSpan(form.area, word, form.form, &span);
     if (!error.isEmpty()) {
         printError(QStringLiteral("address %1: %2").arg(word, error));
         return false;
@@ -77,8 +83,7 @@ bool readAddresses(const QCommandLineParser &parser, const QStringList &words, Q
         return false;
     }
     Tag form;
-    if (!readArea(words.first(), &form.area) ||
-        !readType(parser.value(TYPE), form.area, &form.form.type) ||
+    if (!readArea(words.first(), &form.area) || !readForm(parser, form.area, &form.form) ||
         !readNumber(parser, STATION, 0, 255, &form.station))
         return false;
     const QStringList addresses = words.mid(1);
@@ -111,12 +116,20 @@ void addTargetOptions(QCommandLineParser *parser, const QString &types)
 {
     parser->addOption({STATION, QStringLiteral("PLC station, 0 to 255 (default: 1)."),
                        QStringLiteral("N"), QStringLiteral("1")});
-    parser->addOption({TYPE, types + QStringLiteral(", s16 or u16 (area D) (default: u8 or u16)."),
+    parser->addOption({TYPE,
+                       types + QStringLiteral(": bool, hex, u8, s8, u16, s16, bcd16, u32, s32, "
+                                              "f32, bcd32, u64, s64, f64, string:N, bit:N, as far "
+                                              "as the area has them (default: u8, in area D "
+                                              "u16)."),
                        QStringLiteral("TYPE")});
+    parser->addOption({ORDER,
+                       QStringLiteral("How a value of several bytes lies at rising addresses: "
+                                      "abcd, badc, cdab or dcba (default: abcd)."),
+                       QStringLiteral("ORDER"), QStringLiteral("abcd")});
     parser->addOption({TAGS,
                        QStringLiteral("Tag list, a CSV file; names of its tags then stand for "
-                                      "area, address, station and type; --station and --type "
-                                      "do not go with it."),
+                                      "area, address, station and type; --station, --type and "
+                                      "--order do not go with it."),
                        QStringLiteral("FILE")});
 }
 
@@ -134,9 +147,11 @@ bool readArea(const QString &text, Area *area, const QString &place)
 
 bool readTargets(const QCommandLineParser &parser, const QStringList &words, QVector<Tag> *tags)
 {
-    if (parser.isSet(TAGS) && (parser.isSet(STATION) || parser.isSet(TYPE))) {
-        printError(QStringLiteral("--%1 does not go with --tags: the list says what it is")
-                       .arg(parser.isSet(STATION) ? STATION : TYPE));
+    for (const QString &option : {STATION, TYPE, ORDER}) {
+        if (!parser.isSet(TAGS) || !parser.isSet(option))
+            continue;
+        printError(
+            QStringLiteral("--%1 does not go with --tags: the list says what it is").arg(option));
         return false;
     }
     const bool read = parser.isSet(TAGS) ? readNames(parser.value(TAGS), words, tags)

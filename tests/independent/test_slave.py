@@ -22,7 +22,7 @@ KVT = None
 # The parts of addresses at their ends, at stations at theirs.
 TAGS = master.TAGS + [memory.Tag(*parts) for parts in (
     ("negative", "D", "7.3.0", 1, "s16"), ("bits", "D", "7.3.1", 1, "hex"),
-    ("switch", "X", "9.15.1", 255, "bool"), ("first", "C", "7.9.0.0", 2, "hex"),
+    ("switch", "X", "9.15.1", 255, "hex"), ("first", "C", "7.9.0.0", 2, "hex"),
     ("command_word", "D", "18.1.0", 1, "u16"))]
 WRITES = {"word": 0x12AB, "word_selector": 65535, "word_top": 1, "byte": 255, "byte_first": 0x7B,
           "other_word": 0, "negative": -2, "bits": "0xBEEF", "switch": 1, "last": 4660}

@@ -120,7 +120,7 @@ private Q_SLOTS:
         QTest::newRow("scan --stat") << "--stations";
         QTest::newRow("poll --baud 38") << "38400";
         QTest::newRow("sim --values r") << "ramp";
-        QTest::newRow("read --type s") << "s16";
+        QTest::newRow("read --type s") << "s16 s32 s64 s8 string:";
         QTest::newRow("read --reply-check r") << "refuse";
         QTest::newRow("read D") << "D";
         QTest::newRow("poll --tags x") << ""; // a file
@@ -151,7 +151,7 @@ private Q_SLOTS:
         QTest::newRow("poll --se") << "--seconds --serial";
         QTest::newRow("poll --baud 38") << "38400";
         QTest::newRow("sim --values r") << "ramp";
-        QTest::newRow("read --type s") << "s16";
+        QTest::newRow("read --type s") << "s16 s32 s64 s8 string:";
         QTest::newRow("read --reply-check r") << "refuse";
         QTest::newRow("read D") << "D";
         QTest::newRow("help sc") << "scan";

@@ -33,6 +33,18 @@ private Q_SLOTS:
         QVERIFY2(!result.held, qPrintable(result.text));
     }
 
+    void noValueIsShownThatNeverWas()
+    {
+        const kvt::ProofResult result = kvt::proveNothingIsTorn(runOf(20000));
+        QVERIFY2(result.held, qPrintable(result.text));
+    }
+
+    void tornValuesAreFoundWhereTheyAreAccepted()
+    {
+        const kvt::ProofResult result = kvt::proveNothingIsTorn(runOf(20000), true);
+        QVERIFY2(!result.held, qPrintable(result.text));
+    }
+
     void deadStationCostsTheOthersLittle()
     {
         const kvt::ProofResult result = kvt::proveDeadStationCostsLittle(runOf(300));

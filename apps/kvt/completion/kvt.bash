@@ -14,10 +14,11 @@ _kvt_values() {
     case $1 in
         --baud) echo 1200 2400 4800 9600 19200 38400 57600 115200 ;;
         --format) echo 8N1 8E1 8O1 8N2 7E1 7O1 7N2 ;;
-        --type) echo bool u8 s16 u16 hex ;;
+        --type) echo bool hex u8 s8 u16 s16 bcd16 u32 s32 f32 bcd32 u64 s64 f64 string: bit: ;;
+        --order) echo abcd badc cdab dcba ;;
         --area) echo X D C ;;
         --reply-check) echo off count auto refuse ;;
-        --values) echo constant counter ramp sine walk serial mixed ;;
+        --values) echo constant counter ramp sine walk serial step mixed ;;
         *) return 1 ;;
     esac
 }

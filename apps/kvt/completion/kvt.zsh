@@ -15,10 +15,11 @@ _kvt_values() {
     case $1 in
         --baud) print 1200 2400 4800 9600 19200 38400 57600 115200 ;;
         --format) print 8N1 8E1 8O1 8N2 7E1 7O1 7N2 ;;
-        --type) print bool u8 s16 u16 hex ;;
+        --type) print bool hex u8 s8 u16 s16 bcd16 u32 s32 f32 bcd32 u64 s64 f64 string: bit: ;;
+        --order) print abcd badc cdab dcba ;;
         --area) print X D C ;;
         --reply-check) print off count auto refuse ;;
-        --values) print constant counter ramp sine walk serial mixed ;;
+        --values) print constant counter ramp sine walk serial step mixed ;;
         *) return 1 ;;
     esac
 }

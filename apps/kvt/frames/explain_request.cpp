@@ -4,6 +4,9 @@
 #include "apps/kvt/frames/field_reader.h"
 #include "apps/kvt/frames/frame_text.h"
 #include "tags/tag_address.h"
+#include "tags/tag_elements.h"
+
+#include <algorithm>
 
 namespace kvt
 {
@@ -76,11 +79,11 @@ QString actionText(const RequestParts &parts)
              addressText(parts));
 }
 
-bool concerns(const RequestParts &parts, const Tag &tag)
+bool concerns(const RequestParts &parts, const Tag &tag, const QString &addressText)
 {
     TagAddress address;
     if (tag.station != parts.station ||
-        !parseTagAddress(tag.area, tag.address, &address).isEmpty() || address.a != parts.command)
+        !parseTagAddress(tag.area, addressText, &address).isEmpty() || address.a != parts.command)
         return false;
     if (!parts.isWrite() && !parts.isCommand())
         return readAddressByte(address) == parts.addressByte;
@@ -88,12 +91,31 @@ bool concerns(const RequestParts &parts, const Tag &tag)
     return tag.area == area && writeAddressByte(address) == parts.addressByte;
 }
 
+/// Returns which part of a tag the request is about, empty for a tag as a whole; null if it is
+/// about none.
+QString partOf(const RequestParts &parts, const Tag &tag)
+{
+    const QStringList texts = elementTexts(tag);
+    const auto found = std::find_if(texts.begin(), texts.end(), [&](const QString &text) {
+        return concerns(parts, tag, text);
+    });
+    if (found == texts.end())
+        return QString();
+    const bool isWhole = texts.size() == 1 || tag.area == Area::C;
+    return isWhole ? QStringLiteral("")
+                   : QStringLiteral(", word %1 of %2")
+                         .arg(static_cast<int>(found - texts.begin()) + 1)
+                         .arg(texts.size());
+}
+
 QString tagNames(const RequestParts &parts, const QVector<Tag> &tags)
 {
     QStringList names;
-    for (const Tag &tag : tags)
-        if (concerns(parts, tag))
-            names.append(QStringLiteral("%1 (%2)").arg(tag.name, areaName(tag.area)));
+    for (const Tag &tag : tags) {
+        const QString part = partOf(parts, tag);
+        if (!part.isNull())
+            names.append(QStringLiteral("%1 (%2%3)").arg(tag.name, areaName(tag.area), part));
+    }
     return names.join(QStringLiteral(", "));
 }
 

@@ -132,12 +132,56 @@ private Q_SLOTS:
     void tagsChooseTheirMovement()
     {
         SignalPlan plan = all(SignalKind::Counter);
-        plan.byTag.insert(QStringLiteral("D5.2.1@1"), SignalKind::Constant);
+        plan.byTag.insert(QStringLiteral("D5.2.1@1"), SignalRule{SignalKind::Constant, {}, {}, 0});
         PlcMemory memory(sampleTags(), plan, 1);
         const PlcTarget still = *memory.findRead(1, 0x05, 0x28);
         const PlcTarget moving = *memory.findRead(2, 0x03, 0x40);
         QCOMPARE(memory.read(still, 0), memory.read(still, 0));
         QVERIFY(memory.read(moving, 0) != memory.read(moving, 0));
+    }
+
+    // Both words of the value are of one time, whenever they are read.
+    void theWordsOfAValueMoveTogether()
+    {
+        Tag tag = makeTag(Area::D, "5.2.0", 1, ValueType::U32);
+        const SignalRule rule{SignalKind::Step, QStringLiteral("65535"), QStringLiteral("65536"),
+                              100};
+        SignalPlan plan;
+        plan.byTag.insert(tag.name, rule);
+        QCOMPARE(signalFault(rule, tag), QString());
+        PlcMemory memory({makeTag(Area::D, "5.2.1", 1, ValueType::U16), tag}, plan, 1);
+        const PlcTarget high = *memory.findRead(1, 5, 0x20);
+        const PlcTarget low = *memory.findRead(1, 5, 0x28);
+        QByteArray values;
+        for (const qint64 time : {0, 49, 50, 99, 100})
+            values += memory.read(high, time) + memory.read(low, time);
+        QCOMPARE(values.toHex(), QByteArray("0001000000010000"
+                                            "0000ffff0000ffff"
+                                            "00010000"));
+        // What is written stays, and so does what it was written beside.
+        memory.write(low, 7);
+        QCOMPARE(memory.read(high, 1000).toHex(), QByteArray("0001"));
+        QCOMPARE(memory.read(low, 1000).toHex(), QByteArray("0007"));
+    }
+
+    void aRuleIsHeldAgainstItsTag_data()
+    {
+        QTest::addColumn<QString>("low");
+        QTest::addColumn<bool>("good");
+        QTest::newRow("within") << "0.5" << true;
+        QTest::newRow("too low") << "-1" << false;
+        QTest::newRow("no number") << "x" << false;
+    }
+
+    void aRuleIsHeldAgainstItsTag()
+    {
+        QFETCH(QString, low);
+        QFETCH(bool, good);
+        Tag tag = makeTag(Area::D, "5.2.0", 1, ValueType::U16);
+        tag.meaning[MeaningColumn::Scale] = QStringLiteral("0.1");
+        const SignalRule rule{SignalKind::Ramp, low, QStringLiteral("20"), 0};
+        QCOMPARE(signalFault(rule, tag).isEmpty(), good);
+        QVERIFY(!signalFault({SignalKind::Serial, {}, {}, 0}, tag).isEmpty());
     }
 
     void serialCellsTellWhoseAValueIs()

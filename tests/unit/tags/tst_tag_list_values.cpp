@@ -167,6 +167,24 @@ private Q_SLOTS:
         QCOMPARE(shown(shared.errors), QString());
     }
 
+    void howWordsAreReadAndWrittenIsTheTags()
+    {
+        const QByteArray csv("name,area,address,station,type,torn,write_order\n"
+                             "a,D,5.2.0,1,u32,accept,Down\nb,D,5.3.0,1,u32,refuse,up\n"
+                             "c,D,5.4.0,1,u32,,\n");
+        const TagListResult list = parseTagList(csv);
+        QCOMPARE(shown(list.errors), QString());
+        QVERIFY(list.tags.at(0).acceptsTorn && list.tags.at(0).isWrittenDown);
+        for (const int plain : {1, 2})
+            QVERIFY(!list.tags.at(plain).acceptsTorn && !list.tags.at(plain).isWrittenDown);
+        QCOMPARE(parseTagList(formatTagList(list.tags)).tags, list.tags);
+        const TagListResult wrong = parseTagList(
+            "name,area,address,station,type,torn,write_order\na,D,5.2.0,1,u32,yes,left\n");
+        QCOMPARE(shown(wrong.errors),
+                 QString("t:2: column 6 \"torn\": \"yes\" is neither refuse nor accept\n"
+                         "t:2: column 7 \"write_order\": \"left\" is neither up nor down"));
+    }
+
     void unknownColumnsAreWarnedOf()
     {
         const TagListResult list = parseTagList(
