@@ -13,6 +13,7 @@
 #include "host/serial_line.h"
 #include "simulator/line_speed.h"
 #include "simulator/pty_port.h"
+#include "tags/tag_elements.h"
 
 #include <QCoreApplication>
 #include <QTimer>
@@ -36,13 +37,20 @@ struct DemoOptions {
     int seconds = 0; // 0: until Ctrl-C
 };
 
-// The first tag of each area that can be written; their values stop moving by themselves then.
+// Those that a number stands for, whatever it is.
+bool takesAnyNumber(const Tag &tag)
+{
+    return tag.form.type == ValueType::Bool || isOneElement(tag.form, tag.area);
+}
+
+// The first such tag of each area that can be written; their values stop moving by themselves then.
 QVector<int> tagsToWrite(const QVector<Tag> &tags)
 {
     QVector<int> result;
     for (const Area area : {Area::X, Area::D}) {
-        const auto found = std::find_if(tags.begin(), tags.end(),
-                                        [area](const Tag &tag) { return tag.area == area; });
+        const auto found = std::find_if(tags.begin(), tags.end(), [area](const Tag &tag) {
+            return tag.area == area && takesAnyNumber(tag);
+        });
         if (found != tags.end())
             result.append(static_cast<int>(found - tags.begin()));
     }

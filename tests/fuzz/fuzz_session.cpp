@@ -16,9 +16,41 @@ constexpr qint64 CHARACTER_ns = 260417; // 38,400 baud
 constexpr qint64 TURNAROUND_ns = kvt::milliseconds(1);
 constexpr int MOST_STEPS = 20000; // of a line that behaves, until all values are good
 
+struct Wide {
+    kvt::Area area;
+    int station;
+    const char *address;
+    kvt::ValueType type;
+    int bit;
+};
+
+// Values that take several words, share them, or are a part of one.
+const Wide WIDE[] = {{kvt::Area::D, 1, "40.0.0", kvt::ValueType::U32, 0},
+                     {kvt::Area::D, 1, "40.0.1", kvt::ValueType::U32, 0},
+                     {kvt::Area::D, 2, "40.0.0", kvt::ValueType::U64, 0},
+                     {kvt::Area::D, 3, "32.0.0", kvt::ValueType::Bit, 3},
+                     {kvt::Area::D, 3, "32.0.0", kvt::ValueType::Bit, 4},
+                     {kvt::Area::X, 1, "32.1.0", kvt::ValueType::Bit, 3},
+                     {kvt::Area::C, 2, "96.0.0.2", kvt::ValueType::U32, 0}};
+
+QVector<kvt::Tag> makeTags()
+{
+    QVector<kvt::Tag> tags = kvt::makePlant({3, 2, 1, 1});
+    for (const Wide &wide : WIDE) {
+        kvt::Tag tag = kvt::plantTag(wide.area, wide.station, QLatin1String(wide.address));
+        tag.name += QStringLiteral(" %1").arg(tags.size());
+        tag.form = wide.type;
+        tag.form.number = wide.bit;
+        tag.form.bitIsWritten = wide.type == kvt::ValueType::Bit;
+        tag.isWrittenDown = wide.type == kvt::ValueType::U64;
+        tags.append(tag);
+    }
+    return tags;
+}
+
 const QVector<kvt::Tag> &plant()
 {
-    static const QVector<kvt::Tag> tags = kvt::makePlant({3, 2, 1, 1});
+    static const QVector<kvt::Tag> tags = makeTags();
     return tags;
 }
 
@@ -139,7 +171,7 @@ private:
     void write()
     {
         const int tag = input_.below(plant().size() + 2) - 1;
-        ends_.writeRequested(session_.write(tag, input_.bytes(input_.below(4))));
+        ends_.writeRequested(session_.write(tag, input_.bytes(input_.below(10))));
     }
 
     void readOnce()

@@ -21,6 +21,7 @@ namespace
 {
 
 constexpr int TAGS = 6;
+constexpr int PAIRS = 2; // behind them: values of two words, the second being the first once more
 
 /// The host's end of a socket that is there already.
 class SocketLine final : public kvt::Line
@@ -101,6 +102,12 @@ QVector<kvt::Tag> plantTags()
         tag.form = kvt::ValueType::U16;
         tags.append(tag);
     }
+    for (int i = 0; i < PAIRS; ++i) {
+        kvt::Tag tag = tags.at(i);
+        tag.name = QStringLiteral("pair%1").arg(i);
+        tag.form = kvt::ValueType::U32;
+        tags.append(tag);
+    }
     return tags;
 }
 
@@ -124,13 +131,21 @@ kvt::DriverApi linkedDriver()
     return api;
 }
 
-/// Looks at everything that any thread may look at, until `stop`; counts words that are torn.
+/// True when all bytes of a value are equal, as they are in each that is written.
+bool isWhole(const kvt::TagValue &value, bool isPair)
+{
+    const quint64 byte = value.raw & 0xFF;
+    return value.raw == byte * (isPair ? 0x01010101U : 0x0101U);
+}
+
+/// Looks at everything that any thread may look at, until `stop`; counts values that are torn.
 void look(const kvt::Poller &poller, const std::atomic<bool> &stop, std::atomic<int> *torn)
 {
     quint64 exchanges = 0;
     while (!stop) {
-        for (const kvt::TagValue &value : poller.values())
-            *torn += value.raw >> 8 == (value.raw & 0xFF) ? 0 : 1;
+        const QVector<kvt::TagValue> values = poller.values();
+        for (int tag = 0; tag < values.size(); ++tag)
+            *torn += isWhole(values.at(tag), tag >= TAGS) ? 0 : 1;
         const kvt::Statistics statistics = poller.statistics();
         *torn += statistics.total.exchanges >= exchanges ? 0 : 1;
         exchanges = statistics.total.exchanges;
@@ -151,10 +166,16 @@ void writeWords(kvt::Poller *poller, const Ends &ends, int first, int count)
                     poller->write(first + i % (TAGS / 2), QByteArray(2, static_cast<char>(i))));
 }
 
+void writePairs(kvt::Poller *poller, const Ends &ends, int count)
+{
+    for (int i = 0; i < count; ++i)
+        waitForEnds(ends, poller->write(TAGS + i % PAIRS, QByteArray(4, static_cast<char>(i))));
+}
+
 void askForReadings(kvt::Poller *poller, const Ends &ends, int count)
 {
     for (int i = 0; i < count; ++i)
-        waitForEnds(ends, poller->readOnce(i % TAGS));
+        waitForEnds(ends, poller->readOnce(i % (TAGS + PAIRS)));
 }
 
 } // namespace
@@ -180,6 +201,7 @@ int main(int argc, char **argv)
         std::vector<std::thread> askers;
         for (const int first : {0, TAGS / 2})
             askers.emplace_back([&, first] { writeWords(&poller, ends, first, rounds); });
+        askers.emplace_back([&] { writePairs(&poller, ends, rounds); });
         askers.emplace_back([&] { askForReadings(&poller, ends, rounds); });
         for (std::thread &asker : askers)
             asker.join();
@@ -191,9 +213,9 @@ int main(int argc, char **argv)
     shutdown(sockets[1], SHUT_RDWR);
     plc.join();
     close(sockets[1]);
-    const int missing = 3 * rounds - ends.ended;
+    const int missing = 4 * rounds - ends.ended;
     std::printf("%llu exchanges; %d requests, without an end: %d, ended twice: %d; torn: %d\n",
-                static_cast<unsigned long long>(reads), 3 * rounds, missing, ends.endedTwice.load(),
+                static_cast<unsigned long long>(reads), 4 * rounds, missing, ends.endedTwice.load(),
                 torn.load());
     return missing == 0 && ends.endedTwice == 0 && torn == 0 && reads > 0 ? 0 : 1;
 }
