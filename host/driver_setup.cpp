@@ -2,6 +2,7 @@
 
 #include "tags/block_digit.h"
 #include "tags/tag_elements.h"
+#include "tags/tag_watch.h"
 
 namespace kvt
 {
@@ -43,7 +44,9 @@ DriverSetup::DriverSetup(const DriverApi &api, const QVector<Tag> &tags, int ret
     comInfo_.hostWriteMode = HOST_WRITE_TO_PLC;
     QList<HOST_VAR> variables;
     for (const Tag &tag : tags) {
-        for (const QString &text : elementTexts(tag))
+        // Those that have an interval are read by the host's own requests.
+        const QStringList texts = intervalOf_ns(tag) == 0 ? elementTexts(tag) : QStringList();
+        for (const QString &text : texts)
             variables.append(hostVariable(tag, text));
         if (const std::optional<int> digit = blockDigit(tag))
             localWords_[BLOCK_SELECT_WORD] = static_cast<quint16>(*digit);

@@ -145,6 +145,10 @@ void ExchangeEngine::begin(qint64 now_ns)
     if (frame == nullptr) {
         state_ = State::Idle;
         deadline_ns_ = now_ns + settings_.idlePoll_ns;
+        // What is due and was not sent, such as a read of a station that is off, waits as well.
+        const qint64 due_ns = observer_->requestDue_ns();
+        if (due_ns > now_ns)
+            deadline_ns_ = std::min(deadline_ns_, due_ns);
         return;
     }
     if (attemptNumber_ == 0) {

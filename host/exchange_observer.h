@@ -2,6 +2,7 @@
 #ifndef KVT_HOST_EXCHANGE_OBSERVER_H
 #define KVT_HOST_EXCHANGE_OBSERVER_H
 
+#include "host/host_time.h"
 #include "host/request.h"
 
 namespace kvt
@@ -56,6 +57,10 @@ public:
     /// The driver is about to be asked for a request: the moment to queue requests and to switch
     /// stations.
     virtual void beforeRequest(qint64 now_ns) = 0;
+
+    /// When there will be a request to queue, while the driver has none; NEVER when that is not known.
+    /// The driver is asked again then, or at its usual time if that is sooner.
+    virtual qint64 requestDue_ns() const { return NEVER; }
 
     /// A request's first attempt is about to leave; its retry limit can still be set.
     virtual void requestChosen(const Request &request) = 0;

@@ -2,6 +2,7 @@
 #ifndef KVT_HOST_HOST_EVENTS_H
 #define KVT_HOST_HOST_EVENTS_H
 
+#include "host/class_pace.h"
 #include "host/exchange_observer.h"
 #include "host/station_supervisor.h"
 #include "host/value_table.h"
@@ -45,6 +46,9 @@ public:
     /// A reply of the station was taken that does not look like one of it. Reported once for each
     /// station.
     virtual void stationDoubtful(int) {}
+
+    /// The tags of an interval are read later than it says, or on time again.
+    virtual void classPaceChanged(const ClassPace &) {}
 
     /// All that was unproven so far has been decided about.
     virtual void proofEnded() {}

@@ -1,5 +1,8 @@
 #include "host/host_session.h"
 
+#include "tags/tag_watch.h"
+
+#include <algorithm>
 #include <limits>
 #include <utility>
 
@@ -20,12 +23,25 @@ HostSession::HostSession(const DriverApi &api, const SessionSettings &settings,
       setup_(api, tags, settings.retryLimit, settings.engine.remoteMode),
       supervisor_(settings.supervisor, index_.stations()),
       writes_([this](const WriteReport &report) { onWriteChanged(report); }),
-      onceReads_([this](int id, int tag) { onceReadFailed(id, tag); }),
+      onceReads_([this](int id, int tag) { onceReadFailed(id, tag); }), classes_(tags, index_),
       engine_(api, settings.engine, this), values_(index_.cells().size()), assembly_(tags_, index_),
       lastId_(settings.lastRequestId)
 {
-    if (!settings.readCyclically)
-        setup_.stopCyclicReads();
+    statistics_.classes = classes_.paces();
+    setLimits();
+    if (settings.readCyclically)
+        return;
+    setup_.stopCyclicReads();
+    classes_.stop();
+}
+
+/// A tag that is read seldom is not stale before it can have been read again.
+void HostSession::setLimits()
+{
+    for (const Tag &tag : tags_) {
+        const qint64 usual_ns = std::max(settings_.staleAfter_ns, 3 * intervalOf_ns(tag));
+        staleAfter_ns_.append(settings_.staleAfterOf_ns.value(tag.name, usual_ns));
+    }
 }
 
 void HostSession::stop()
@@ -86,8 +102,7 @@ QVector<TagValue> HostSession::values(qint64 now_ns) const
     values.reserve(tags_.size());
     const std::lock_guard<std::mutex> lock(mutex_);
     for (int tag = 0; tag < tags_.size(); ++tag) {
-        const qint64 limit_ns =
-            settings_.staleAfterOf_ns.value(tags_.at(tag).name, settings_.staleAfter_ns);
+        const qint64 limit_ns = staleAfter_ns_.at(tag);
         values.append(index_.isAssembled(tag)
                           ? assembly_.value(tag, now_ns, limit_ns)
                           : values_.value(index_.cellOf(tag), now_ns, limit_ns));
@@ -107,11 +122,23 @@ Statistics HostSession::statistics() const
 void HostSession::beforeRequest(qint64 now_ns)
 {
     for (const int station : supervisor_.takeDueProbes(now_ns))
-        api_.EnCommStation(station, 1);
+        switchOn(station, now_ns);
     if (!waitingWrites_.isEmpty())
         runWaiting();
-    if (!haveCommands_)
-        return;
+    if (haveCommands_)
+        runCommands();
+    if (!classes_.isEmpty())
+        classes_.queueDue(api_, setup_.comInfo().localPlcNo, now_ns);
+}
+
+void HostSession::switchOn(int station, qint64 now_ns)
+{
+    api_.EnCommStation(station, 1);
+    classes_.stationSwitched(station, true, now_ns);
+}
+
+void HostSession::runCommands()
+{
     QVector<Command> commands;
     {
         const std::lock_guard<std::mutex> lock(mutex_);
@@ -157,7 +184,7 @@ bool HostSession::queueRead(int id, int tag, int number)
     request.addressText = cell.addressText;
     request.station = cell.station;
     // A full queue does not grow.
-    if (api_.AddListOnceReadVar(&request, 0) <= onceReads_.count())
+    if (api_.AddListOnceReadVar(&request, 0) <= onceReads_.count() + classes_.queued())
         return false;
     onceReads_.queued(id, tag, cell.station);
     return true;
@@ -263,6 +290,8 @@ void HostSession::lineChanged(bool up, qint64 now_ns)
         statistics_.lineChanged(up, now_ns);
         provedUntil_ns = statistics_.provedUntil_ns;
     }
+    if (up && settings_.readCyclically)
+        classes_.lineUp(now_ns);
     // What waits for the next pause will not be proved by it: another line may come up.
     if (!up && needsProof())
         withdraw(provedUntil_ns);

@@ -2,6 +2,7 @@
 #ifndef KVT_HOST_HOST_SESSION_H
 #define KVT_HOST_HOST_SESSION_H
 
+#include "host/class_reader.h"
 #include "host/driver_setup.h"
 #include "host/exchange_engine.h"
 #include "host/host_events.h"
@@ -28,7 +29,8 @@ struct SessionSettings {
     int retryLimit = 2;                     ///< extra attempts for each request, not negative
     int commandRetryLimit = 0;              ///< the same for commands without a value, which a
                                             ///< repeated attempt may have carried out twice
-    qint64 staleAfter_ns = seconds(5);      ///< age at which a reading is no longer good
+    qint64 staleAfter_ns = seconds(5);      ///< age at which a reading is no longer good; of a
+                                            ///< tag with an interval three of them if that is more
     bool readCyclically = true;             ///< false: only what `readOnce` and `write` request
     QHash<QString, qint64> staleAfterOf_ns; ///< the same for single tags, by name
     int lastRequestId = 0; ///< ids of writes and one-time reads go on behind it, as where a former
@@ -99,6 +101,7 @@ private:
     bool isBit(int tag) const { return isTag(tag) && tags_.at(tag).form.type == ValueType::Bit; }
 
     void beforeRequest(qint64 now_ns) override;
+    qint64 requestDue_ns() const override { return classes_.due_ns(); }
     void requestChosen(const Request &request) override;
     void attemptEnded(const Attempt &attempt) override;
     void bytesDropped(DroppedBytes kind, int station, int count) override;
@@ -108,6 +111,8 @@ private:
     void withdraw(qint64 provedUntil_ns);
     void lineChanged(bool up, qint64 now_ns) override;
 
+    void switchOn(int station, qint64 now_ns);
+    void runCommands();
     void run(const Command &command);
     void queueOnceRead(const Command &command);
     bool queueRead(int id, int tag, int cell);
@@ -141,10 +146,12 @@ private:
     WriteReport verdictOn(const Attempt &attempt) const;
     void endOnceRead(int tag, const Attempt &attempt);
     void waitForProof(int id, int tag);
+    void endClassRead(const Attempt &attempt);
     bool needsProof() const
     {
         return settings_.engine.confirm || settings_.engine.checkpointShare > 0;
     }
+    void setLimits();
     void prove(const Unproven &entry);
     quint32 writesTo(int cell) const;
     bool fetch(int cell, quint64 *raw);
@@ -163,6 +170,7 @@ private:
     StationSupervisor supervisor_;
     WriteTracker writes_;
     OnceReads onceReads_;
+    ClassReader classes_;
     ExchangeEngine engine_;
     QString lineReason_;
     std::vector<Unproven> unproven_;    // in the order of their replies
@@ -171,6 +179,7 @@ private:
     QHash<int, int> begunWrites_;    // those that have not ended, with their tags
     QVector<Command> waitingWrites_; // for others that have begun to end
     qint64 replies_ = 0;             // good ones
+    QVector<qint64> staleAfter_ns_;  // of each tag
     QSet<int> doubtfulStations_;     // that have been reported
     QByteArray reading_{2, '\0'};    // what the driver fills in, kept so that none is made for each
 

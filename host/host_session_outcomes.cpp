@@ -13,6 +13,8 @@ void HostSession::requestEnded(const Attempt &attempt)
     const ReadKey key{request.station, request.area, request.address};
     // It has left the driver's queue, which what follows may fill anew.
     const int askedTag = request.kind == RequestKind::OnceRead ? onceReads_.ended(request.id) : -1;
+    if (request.kind == RequestKind::ClassRead)
+        endClassRead(attempt);
     if (request.kind == RequestKind::Write)
         endWrite(attempt);
     else if (attempt.isSuccess())
@@ -35,10 +37,12 @@ void HostSession::requestFailed(const Attempt &attempt)
     const int station = attempt.request->station;
     writes_.stationFailed(station);
     onceReads_.stationFailed(station);
+    classes_.stationFailed(station);
     const bool wasPolled = supervisor_.state(station) == StationState::On;
     if (!supervisor_.failed(station, attempt.endedAt_ns))
         return;
     api_.EnCommStation(station, 0);
+    classes_.stationSwitched(station, false, attempt.endedAt_ns);
     readingsFailed(index_.cellsOfStation(station));
     if (wasPolled)
         countStationSwitch(station, false);
@@ -109,6 +113,22 @@ void HostSession::waitForProof(int id, int tag)
     entry.id = id;
     entry.tag = tag;
     unproven_.push_back(entry);
+}
+
+void HostSession::endClassRead(const Attempt &attempt)
+{
+    const ClassReader::Ended ended = classes_.ended(attempt);
+    if (ended.readClass < 0)
+        return;
+    ClassPace pace;
+    {
+        const std::lock_guard<std::mutex> lock(mutex_);
+        ClassPace &kept = statistics_.classes[static_cast<size_t>(ended.readClass)];
+        if (!kept.read(ended.since_ns, attempt.endedAt_ns))
+            return;
+        pace = kept;
+    }
+    events_->classPaceChanged(pace);
 }
 
 void HostSession::prove(const Unproven &entry)

@@ -13,6 +13,8 @@ RequestKind kindOf(const RW_VAR &var)
 {
     if (var.rwKind == RW_WRITE)
         return RequestKind::Write;
+    if (var.ownerSubId == CLASS_READ_ID)
+        return RequestKind::ClassRead;
     return var.ownerSubId == CYCLIC_REQUEST_ID ? RequestKind::CyclicRead : RequestKind::OnceRead;
 }
 

@@ -7,13 +7,16 @@
 namespace kvt
 {
 
-enum class RequestKind { CyclicRead, OnceRead, Write };
+enum class RequestKind { CyclicRead, OnceRead, ClassRead, Write };
 
 /// `ownerSubId` of the requests that the driver makes itself, for its cyclic reads. Requests that
 /// an application has asked for carry their id there, which is above 0, and readings of a cell for
 /// the host's own ends OWN_READ_ID less the number of the cell.
 constexpr int CYCLIC_REQUEST_ID = -1;
 constexpr int OWN_READ_ID = -2;
+
+/// That of the one-time reads that the host makes of requests with an interval.
+constexpr int CLASS_READ_ID = -1000000000;
 
 /// What the frame on the line asks for and which reply it expects.
 struct Request {

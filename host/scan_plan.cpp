@@ -1,5 +1,6 @@
 #include "host/scan_plan.h"
 
+#include "host/class_plan.h"
 #include "host/reply_times.h"
 #include "host/tag_index.h"
 
@@ -39,7 +40,7 @@ int writeLength(Area area)
 class Planner
 {
 public:
-    explicit Planner(const PlanSettings &settings) : settings_(settings) {}
+    Planner(const PlanSettings &settings, const ClassPlan &classes);
 
     void addRead(const ReadKey &key);
     void addWritable(Area area);
@@ -52,10 +53,20 @@ private:
     void planDeath(StationPlan *station, int longestReply) const;
 
     PlanSettings settings_;
+    const ClassPlan &classPlan_;
+    QVector<ReadLoad> classes_;
+    ReadLoad cyclic_;
     ScanPlan plan_;
     QMap<int, StationPlan> stations_;
     QMap<int, int> longestReply_; // by station
 };
+
+Planner::Planner(const PlanSettings &settings, const ClassPlan &classes)
+    : settings_(settings), classPlan_(classes), classes_(classes.classes().size())
+{
+    for (int i = 0; i < classes_.size(); ++i)
+        classes_[i].interval_ns = classes.classes().at(i).interval_ns;
+}
 
 qint64 Planner::exchange_ns(const StationTiming &timing, int bytes) const
 {
@@ -77,7 +88,10 @@ void Planner::addRead(const ReadKey &key)
     const qint64 time_ns = exchange_ns(settings_.engine.timingOf(key.station), bytes);
     ++plan_.reads;
     plan_.bytes += bytes;
-    plan_.scan_ns += time_ns;
+    const int entry = classPlan_.entryOf(key);
+    ReadLoad &load = entry < 0 ? cyclic_ : classes_[classPlan_.entries().at(entry).readClass];
+    ++load.reads;
+    load.round_ns += time_ns;
     plan_.longestRead_ns = std::max(plan_.longestRead_ns, time_ns);
     StationPlan &station = stations_[key.station];
     station.station = key.station;
@@ -117,8 +131,8 @@ qint64 Planner::pauses_ns(qint64 requests) const
 ScanPlan Planner::finish()
 {
     // Pauses take their share of all that the line does.
-    plan_.scan_ns +=
-        static_cast<qint64>(static_cast<double>(plan_.scan_ns) * settings_.engine.checkpointShare);
+    plan_.classes = forecastClasses(classes_, cyclic_, settings_.engine.checkpointShare);
+    plan_.scan_ns = plan_.classes.cyclic_ns;
     for (StationPlan &station : stations_) {
         planDeath(&station, longestReply_.value(station.station));
         plan_.stations.append(station);
@@ -139,7 +153,8 @@ ScanPlan Planner::finish()
 ScanPlan planScan(const QVector<Tag> &tags, const PlanSettings &settings)
 {
     const TagIndex index(tags);
-    Planner planner(settings);
+    const ClassPlan classes(tags, index);
+    Planner planner(settings, classes);
     QSet<ReadKey> known;
     for (int cell = 0; cell < index.cells().size(); ++cell) {
         const ReadKey key = index.readKeyOf(cell);

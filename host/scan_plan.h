@@ -2,6 +2,7 @@
 #ifndef KVT_HOST_SCAN_PLAN_H
 #define KVT_HOST_SCAN_PLAN_H
 
+#include "host/class_forecast.h"
 #include "host/engine_settings.h"
 #include "host/station_supervisor.h"
 #include "tags/tag.h"
@@ -33,13 +34,15 @@ struct StationPlan {
 
 /// The prediction; times in nanoseconds.
 struct ScanPlan {
-    int reads = 0;                 ///< requests of one scan
-    qint64 bytes = 0;              ///< of one scan, both ways
-    qint64 scan_ns = 0;            ///< one round of the cyclic reads with nothing else to do
-    qint64 longestRead_ns = 0;     ///< longest single exchange of the scan
-    qint64 write_ns = 0;           ///< exchange of the longest write; 0 when no tag can be written
-    qint64 writeAlone_ns = 0;      ///< longest time of a write while there are only cyclic reads
-    qint64 writeBusy_ns = 0;       ///< the same behind `writesAhead` others, with every list busy
+    int reads = 0;             ///< requests of the list
+    qint64 bytes = 0;          ///< of them all, both ways
+    qint64 scan_ns = 0;        ///< one round of those without interval, with those that have one
+                               ///< beside them and nothing else to do; 0: all have one
+    LineForecast classes;      ///< those that have one
+    qint64 longestRead_ns = 0; ///< longest single exchange of the scan
+    qint64 write_ns = 0;       ///< exchange of the longest write; 0 when no tag can be written
+    qint64 writeAlone_ns = 0;  ///< longest time of a write while there are only cyclic reads
+    qint64 writeBusy_ns = 0;   ///< the same behind `writesAhead` others, with every list busy
     QVector<StationPlan> stations; ///< by rising number
 };
 

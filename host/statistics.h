@@ -2,6 +2,7 @@
 #ifndef KVT_HOST_STATISTICS_H
 #define KVT_HOST_STATISTICS_H
 
+#include "host/class_pace.h"
 #include "host/exchange_observer.h"
 #include "host/histogram.h"
 #include "host/scan_timer.h"
@@ -10,6 +11,7 @@
 #include <QMap>
 
 #include <array>
+#include <vector>
 
 namespace kvt
 {
@@ -76,6 +78,7 @@ public:
     QMap<int, StationStatistics> stations;         ///< by station number
     std::array<quint64, WRITE_STATES> writes = {}; ///< writes that came to each state
     ScanTimer scan;
+    std::vector<ClassPace> classes; ///< requests that have an interval, by rising interval
     quint64 heldBackReadings = 0; ///< readings not shown because a write was pending
     quint64 queueMismatches = 0;  ///< times the driver's queue was not as expected; always 0
     quint64 lineFailures = 0;     ///< times the line went away

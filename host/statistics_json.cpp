@@ -79,6 +79,25 @@ QJsonObject countsToJson(const StationStatistics &station)
     };
 }
 
+QJsonArray classesToJson(const Statistics &statistics)
+{
+    QJsonArray classes;
+    for (const ClassPace &pace : statistics.classes) {
+        QJsonObject object{{QStringLiteral("interval_ms"), millisecondsOf(pace.interval_ns())},
+                           {QStringLiteral("reads"), pace.entries()},
+                           {QStringLiteral("count"), number(pace.count())},
+                           {QStringLiteral("late"), pace.isLate()}};
+        if (pace.latest_ns() > 0)
+            object.insert(QStringLiteral("latest_ms"), millisecondsOf(pace.latest_ns()));
+        if (pace.count() > 0) {
+            object.insert(QStringLiteral("mean_ms"), millisecondsOf(pace.mean_ns()));
+            object.insert(QStringLiteral("max_ms"), millisecondsOf(pace.longest_ns()));
+        }
+        classes.append(object);
+    }
+    return classes;
+}
+
 QJsonArray stationsToJson(const Statistics &statistics)
 {
     QJsonArray stations;
@@ -119,6 +138,7 @@ QJsonObject statisticsToJson(const Statistics &statistics, qint64 now_ns, qint64
         {QStringLiteral("total"), countsToJson(statistics.total)},
         {QStringLiteral("stations"), stationsToJson(statistics)},
         {QStringLiteral("scan_time"), scanTimesToJson(statistics.scan.times())},
+        {QStringLiteral("classes"), classesToJson(statistics)},
         {QStringLiteral("writes"), writesToJson(statistics)},
         {QStringLiteral("held_back_readings"), number(statistics.heldBackReadings)},
         {QStringLiteral("queue_mismatches"), number(statistics.queueMismatches)},

@@ -3,6 +3,7 @@
 #include "apps/kvt/character_format.h"
 #include "apps/kvt/common/counted.h"
 #include "apps/kvt/outcome_text.h"
+#include "tags/duration_text.h"
 
 #include <QJsonArray>
 
@@ -72,12 +73,35 @@ QString stationsText(const PlanReport &report)
                       .arg(timeText(report.settings.supervisor.longestPause_ns));
 }
 
+QString percentText(double part)
+{
+    return QStringLiteral("%1 %").arg(100 * part, 0, 'f', 1);
+}
+
+QString scanText(const PlanReport &report)
+{
+    return report.plan.scan_ns == 0 && !report.plan.classes.classes.isEmpty()
+               ? QStringLiteral("scan: every tag has an interval\n")
+               : QStringLiteral("scan: %1\n").arg(timeText(report.plan.scan_ns));
+}
+
 QString speedsText(const PlanReport &report)
 {
     QString text = QStringLiteral("\n   baud          scan\n");
     for (auto speed = report.scanAt_ns.begin(); speed != report.scanAt_ns.end(); ++speed)
         text += QStringLiteral("%1  %2\n").arg(speed.key(), 7).arg(timeText(*speed), 12);
     return text;
+}
+
+QJsonArray classesToJson(const LineForecast &forecast)
+{
+    QJsonArray classes;
+    for (const ClassForecast &one : forecast.classes)
+        classes.append(QJsonObject{{QStringLiteral("interval_ms"), millisecondsOf(one.interval_ns)},
+                                   {QStringLiteral("reads"), one.reads},
+                                   {QStringLiteral("expected_ms"), millisecondsOf(one.expected_ns)},
+                                   {QStringLiteral("share_percent"), 100 * one.share}});
+    return classes;
 }
 
 QJsonObject stationToJson(const StationPlan &station)
@@ -102,6 +126,11 @@ QJsonObject summaryToJson(const PlanReport &report)
         {QStringLiteral("write_alone_ms"), millisecondsOf(report.plan.writeAlone_ns)},
         {QStringLiteral("write_busy_ms"), millisecondsOf(report.plan.writeBusy_ns)},
     };
+    if (!report.plan.classes.classes.isEmpty()) {
+        object.insert(QStringLiteral("class_load_percent"), 100 * report.plan.classes.load);
+        object.insert(QStringLiteral("stretch"), report.plan.classes.stretch);
+        object.insert(QStringLiteral("overloaded"), report.plan.classes.isOverloaded());
+    }
     if (report.asked_ms > 0) {
         object.insert(QStringLiteral("asked_ms"), report.asked_ms);
         object.insert(QStringLiteral("achievable"), isAchievable(report));
@@ -111,6 +140,25 @@ QJsonObject summaryToJson(const PlanReport &report)
 
 } // namespace
 
+QString classesText(const LineForecast &forecast)
+{
+    if (forecast.classes.isEmpty())
+        return QString();
+    QString text =
+        QStringLiteral("intervals: they take %1 of the line; ").arg(percentText(forecast.load));
+    text += forecast.isOverloaded() ? QStringLiteral("too much, each becomes %1 times as long\n")
+                                          .arg(forecast.stretch, 0, 'f', 2)
+                                    : QStringLiteral("all are kept\n");
+    text += QStringLiteral("\n   interval requests     expected of the line\n");
+    for (const ClassForecast &one : forecast.classes)
+        text += QStringLiteral("%1 %2 %3 %4\n")
+                    .arg(durationText(one.interval_ns), 11)
+                    .arg(one.reads, 8)
+                    .arg(timeText(one.expected_ns), 12)
+                    .arg(percentText(one.share), 11);
+    return text + QLatin1Char('\n');
+}
+
 bool isAchievable(const PlanReport &report)
 {
     return report.plan.scan_ns <= milliseconds(report.asked_ms);
@@ -119,13 +167,14 @@ bool isAchievable(const PlanReport &report)
 QString planText(const PlanReport &report)
 {
     return QStringLiteral("%1 %2: %3, %4 bytes, turnaround %5, %6 of host and interface each\n"
-                          "scan: %7\n")
+                          "%7")
                .arg(report.serial.baud)
                .arg(formatName(report.serial), counted(report.plan.reads, "request", "requests"))
                .arg(report.plan.bytes)
                .arg(timeText(report.settings.turnaround_ns), timeText(report.settings.overhead_ns),
-                    timeText(report.plan.scan_ns)) +
-           askedText(report) + writeText(report) + stationsText(report) + speedsText(report);
+                    scanText(report)) +
+           askedText(report) + classesText(report.plan.classes) + writeText(report) +
+           stationsText(report) + speedsText(report);
 }
 
 QJsonObject planToJson(const PlanReport &report)
@@ -139,6 +188,7 @@ QJsonObject planToJson(const PlanReport &report)
                                   {QStringLiteral("scan_ms"), millisecondsOf(*speed)}});
     return {{QStringLiteral("stations"), stations},
             {QStringLiteral("speeds"), speeds},
+            {QStringLiteral("classes"), classesToJson(report.plan.classes)},
             {QStringLiteral("summary"), summaryToJson(report)}};
 }
 

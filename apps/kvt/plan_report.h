@@ -22,6 +22,10 @@ struct PlanReport {
 /// True when the scan is as fast as asked.
 bool isAchievable(const PlanReport &report);
 
+/// Returns how often the classes of a list are read and what they take of the line; empty when
+/// there are none.
+QString classesText(const LineForecast &forecast);
+
 QString planText(const PlanReport &report);
 
 QJsonObject planToJson(const PlanReport &report);

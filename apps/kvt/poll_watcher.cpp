@@ -9,7 +9,7 @@ namespace kvt
 {
 
 PollWatcher::PollWatcher(const QVector<Tag> &tags, int scans, bool verbose, bool isTcp)
-    : results_(tags), lastScan_(scans), verbose_(verbose), isTcp_(isTcp), counter_(TagIndex(tags))
+    : results_(tags), lastScan_(scans), verbose_(verbose), isTcp_(isTcp), counter_(tags)
 {
 }
 
@@ -123,6 +123,12 @@ void PollWatcher::stationDoubtful(int station)
             QStringLiteral("station %1: replies do not begin with ACK and its number, or hold "
                            "no digits; their values are doubtful")
                 .arg(station));
+}
+
+void PollWatcher::classPaceChanged(const ClassPace &pace)
+{
+    if (verbose_)
+        printEvent(pace.text());
 }
 
 void PollWatcher::outOfStep()

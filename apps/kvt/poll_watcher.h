@@ -8,6 +8,8 @@
 #include "apps/kvt/tag_results.h"
 #include "host/host_events.h"
 
+#include <QSet>
+
 #include <functional>
 #include <mutex>
 
@@ -42,6 +44,7 @@ public:
     void tagSuspect(int) override {}
     void stationDoubtful(int station) override;
     void outOfStep() override;
+    void classPaceChanged(const ClassPace &pace) override;
     void proofEnded() override;
 
 private:

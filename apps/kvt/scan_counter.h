@@ -3,19 +3,17 @@
 #define KVT_APPS_KVT_SCAN_COUNTER_H
 
 #include "host/exchange_observer.h"
-#include "host/tag_index.h"
-
-#include <QSet>
+#include "host/class_plan.h"
 
 namespace kvt
 {
 
-/// A scan is over when every request of the tags has had its turn, or one has it again because the
-/// others belong to stations that are switched off. One thread.
+/// A scan is over when every request of the tags has had its turn, or one has it more often than its
+/// interval lets it because the others belong to stations that are switched off. One thread.
 class ScanCounter
 {
 public:
-    explicit ScanCounter(const TagIndex &index);
+    explicit ScanCounter(const QVector<Tag> &tags);
 
     /// An attempt has ended.
     void attemptEnded(const Attempt &attempt);
@@ -25,7 +23,10 @@ public:
 private:
     void endScan();
 
-    QSet<ReadKey> seen_;
+    int turnsOf(const ReadKey &key) const;
+
+    ClassPlan classes_;
+    QHash<ReadKey, int> seen_; // how often
     int requests_;
     int scans_ = 0;
 };

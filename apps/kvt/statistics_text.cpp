@@ -3,6 +3,7 @@
 #include "apps/kvt/common/counted.h"
 #include "apps/kvt/outcome_text.h"
 #include "host/verdict.h"
+#include "tags/duration_text.h"
 
 #include <QStringList>
 
@@ -42,6 +43,18 @@ QString countsText(const StationStatistics &station)
     return text;
 }
 
+QString paceText(const ClassPace &pace)
+{
+    const QString text =
+        QStringLiteral("%1 class: ").arg(durationText(pace.interval_ns())) +
+        counted(pace.entries(), "request", "requests");
+    if (pace.count() == 0)
+        return text + QStringLiteral(", none read twice yet");
+    return text + QStringLiteral(", read every %1 on average, at the longest after %2%3")
+                      .arg(timeText(pace.mean_ns()), timeText(pace.longest_ns()),
+                           pace.isLate() ? QStringLiteral(", late at the end") : QString());
+}
+
 QString timesText(const Histogram &times)
 {
     if (times.count() == 0)
@@ -60,6 +73,8 @@ QString statisticsText(const Statistics &statistics, qint64 now_ns, qint64 chara
         QStringLiteral("reply time: ") + timesText(statistics.total.replyTime),
         QStringLiteral("scan time: ") + timesText(statistics.scan.times()),
     };
+    for (const ClassPace &pace : statistics.classes)
+        lines.append(paceText(pace));
     if (characterTime_ns > 0)
         lines.append(QStringLiteral("line in use: %1 %")
                          .arg(100 * statistics.utilisation(now_ns, characterTime_ns), 0, 'f', 1));

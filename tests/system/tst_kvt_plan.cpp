@@ -82,6 +82,39 @@ private Q_SLOTS:
         QVERIFY(never.output().contains("no speed up to 115200 baud is enough"));
     }
 
+    // At 9,600 baud, 2 ms of turnaround and 0.2 ms of overhead a byte takes 16.8 ms, a word 18.9
+    // ms, and listening pauses one per cent.
+    void intervalsAreForecast()
+    {
+        const QString path = folder_.filePath(QStringLiteral("classes.csv"));
+        QFile file(path);
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        file.write("name,area,address,station,type,interval\nvalve,X,1.2.0,1,bool,10ms\n"
+                   "level,D,5.2.1,1,u16,1s\n");
+        file.close();
+        const QStringList words = {QStringLiteral("plan"), QStringLiteral("--tags"), path};
+        KvtProcess text;
+        QCOMPARE(text.run(words), 0);
+        const QByteArray shown = text.output();
+        QVERIFY2(
+            shown.contains("\nscan: every tag has an interval\nintervals: they take 171.4 % of "
+                           "the line; too much, each becomes 1.71 times as long\n"),
+            shown);
+        QVERIFY2(shown.contains("\n      10 ms        1      17.1 ms      98.9 %\n"
+                                "        1 s        1        1.7 s       1.1 %\n"),
+                 shown);
+        KvtProcess json;
+        QCOMPARE(json.run(words + QStringList(QStringLiteral("--json"))), 0);
+        const QJsonObject object = QJsonDocument::fromJson(json.output()).object();
+        const QJsonArray classes = object.value(QStringLiteral("classes")).toArray();
+        QCOMPARE(classes.size(), 2);
+        QCOMPARE(classes.at(1)[QStringLiteral("interval_ms")].toDouble(), 1000.0);
+        QVERIFY(qAbs(classes.at(1)[QStringLiteral("expected_ms")].toDouble() - 1713.6) < 1);
+        const QJsonValue summary = object.value(QStringLiteral("summary"));
+        QCOMPARE(summary[QStringLiteral("overloaded")].toBool(), true);
+        QCOMPARE(summary[QStringLiteral("scan_ms")].toDouble(), 0.0);
+    }
+
     void blocksThatCannotBePolledTogetherAreNamed()
     {
         const QString path = folder_.filePath(QStringLiteral("blocks.csv"));

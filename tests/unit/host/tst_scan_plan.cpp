@@ -55,6 +55,54 @@ private Q_SLOTS:
         QCOMPARE(plan.stations.first().share_ns, plan.scan_ns);
     }
 
+    // Of 1 s the word of 18 ms takes 1.8 %, of 2 s the block of 154 ms 7.7 %.
+    void withTimeToSpareIntervalsAreKept()
+    {
+        QVector<Tag> tags = oneOfEach();
+        for (const int tag : {1, 4})
+            tags[tag].watch[WatchColumn::Interval] = QStringLiteral("1s");
+        for (const int tag : {2, 3})
+            tags[tag].watch[WatchColumn::Interval] = QStringLiteral("2s");
+        const ScanPlan plan = planScan(tags, slowLine());
+        QCOMPARE(plan.reads, 3);
+        QVERIFY(!plan.classes.isOverloaded());
+        QVERIFY(qAbs(plan.classes.load - 0.095) < 1e-9);
+        QCOMPARE(plan.classes.classes.size(), 2);
+        QCOMPARE(plan.classes.classes.at(0).expected_ns, seconds(1));
+        QVERIFY(qAbs(plan.classes.classes.at(0).share - 0.018) < 1e-9);
+        QCOMPARE(plan.classes.classes.at(1).reads, 1);
+        QCOMPARE(plan.classes.classes.at(1).expected_ns, seconds(2));
+        // The byte of 16 ms has what they leave.
+        QCOMPARE(plan.scan_ns, qint64(17679558));
+    }
+
+    // In a second 10 words of 18 ms and 10 blocks of 154 ms: 1.72 times too much.
+    void withTooMuchToReadAllIntervalsBecomeLonger()
+    {
+        QVector<Tag> tags = oneOfEach();
+        tags.removeFirst();
+        for (Tag &tag : tags)
+            tag.watch[WatchColumn::Interval] = QStringLiteral("100ms");
+        const ScanPlan plan = planScan(tags, slowLine());
+        QVERIFY(plan.classes.isOverloaded());
+        QVERIFY(qAbs(plan.classes.load - 1.72) < 1e-9);
+        QCOMPARE(plan.classes.classes.at(0).expected_ns, milliseconds(172));
+        QVERIFY(qAbs(plan.classes.classes.at(0).share - 1) < 1e-9);
+        QCOMPARE(plan.scan_ns, qint64(0));
+    }
+
+    // Of six requests one is the byte of 16 ms: 20 others a second leave room for 4 of it.
+    void aBusyLineServesTheOthersBehindEveryFive()
+    {
+        QVector<Tag> tags = oneOfEach();
+        for (int tag = 1; tag < 5; ++tag)
+            tags[tag].watch[WatchColumn::Interval] = QStringLiteral("100ms");
+        const ScanPlan plan = planScan(tags, slowLine());
+        QVERIFY(qAbs(plan.classes.stretch - (1.72 + 4 * 0.016)) < 1e-9);
+        QCOMPARE(plan.classes.classes.at(0).expected_ns, microseconds(178400));
+        QCOMPARE(plan.scan_ns, microseconds(446000)); // 2.5 times as long
+    }
+
     void overheadAndGapsCountOnceAnExchange()
     {
         PlanSettings settings = slowLine();
