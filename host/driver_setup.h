@@ -22,7 +22,8 @@ class DriverSetup
 {
 public:
     /// Hands the driver its ComInfo, the local words, callbacks and the tags to be read
-    /// cyclically, those without an interval; which must pass `obstacles`. `retryLimit` is not negative.
+    /// cyclically, those without an interval; which must pass `obstacles`. `retryLimit` is not
+    /// negative.
     DriverSetup(const DriverApi &api, const QVector<Tag> &tags, int retryLimit, bool remoteMode);
 
     /// Leaves the driver nothing to read of its own accord. Before polling starts.

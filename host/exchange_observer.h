@@ -58,8 +58,8 @@ public:
     /// stations.
     virtual void beforeRequest(qint64 now_ns) = 0;
 
-    /// When there will be a request to queue, while the driver has none; NEVER when that is not known.
-    /// The driver is asked again then, or at its usual time if that is sooner.
+    /// When there will be a request to queue, while the driver has none; NEVER when that is not
+    /// known. The driver is asked again then, or at its usual time if that is sooner.
     virtual qint64 requestDue_ns() const { return NEVER; }
 
     /// A request's first attempt is about to leave; its retry limit can still be set.

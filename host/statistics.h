@@ -79,15 +79,15 @@ public:
     std::array<quint64, WRITE_STATES> writes = {}; ///< writes that came to each state
     ScanTimer scan;
     std::vector<ClassPace> classes; ///< requests that have an interval, by rising interval
-    quint64 heldBackReadings = 0; ///< readings not shown because a write was pending
-    quint64 queueMismatches = 0;  ///< times the driver's queue was not as expected; always 0
-    quint64 lineFailures = 0;     ///< times the line went away
-    quint64 checkpoints = 0;      ///< pauses in which the line was silent
-    quint64 timesOutOfStep = 0;   ///< times that replies were found to answer other requests
-    qint64 provedUntil_ns = 0;    ///< good replies up to then are proved; 0 before any is
-    quint64 wireBytes = 0;        ///< bytes on the line, both ways
-    qint64 startedAt_ns = 0;      ///< when the line was first up
-    bool started = false;         ///< the line has been up
+    quint64 heldBackReadings = 0;   ///< readings not shown because a write was pending
+    quint64 queueMismatches = 0;    ///< times the driver's queue was not as expected; always 0
+    quint64 lineFailures = 0;       ///< times the line went away
+    quint64 checkpoints = 0;        ///< pauses in which the line was silent
+    quint64 timesOutOfStep = 0;     ///< times that replies were found to answer other requests
+    qint64 provedUntil_ns = 0;      ///< good replies up to then are proved; 0 before any is
+    quint64 wireBytes = 0;          ///< bytes on the line, both ways
+    qint64 startedAt_ns = 0;        ///< when the line was first up
+    bool started = false;           ///< the line has been up
     bool lineIsUp = false;
 
     /// Share of the time since the start that bytes were on the line, 0 to 1; 0 while unknown.

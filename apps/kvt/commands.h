@@ -17,6 +17,7 @@ int runRead(const QStringList &arguments);
 int runReplay(const QStringList &arguments);
 int runScan(const QStringList &arguments);
 int runSim(const QStringList &arguments);
+int runTags(const QStringList &arguments);
 int runTune(const QStringList &arguments);
 int runWrite(const QStringList &arguments);
 

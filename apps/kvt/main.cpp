@@ -30,6 +30,7 @@ const Command COMMANDS[] = {
     {"scan", kvt::runScan, "find the stations that answer"},
     {"tune", kvt::runTune, "measure reply times and recommend time-outs"},
     {"plan", kvt::runPlan, "predict the scan time of a tag list"},
+    {"tags", kvt::runTags, "check a tag list, or print one to begin with"},
     {"decode", kvt::runDecode, "explain frames or a trace"},
     {"explain", kvt::runExplain, "explain a result code"},
     {"replay", kvt::runReplay, "put a recorded run to the driver again"},

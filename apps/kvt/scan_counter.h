@@ -2,14 +2,14 @@
 #ifndef KVT_APPS_KVT_SCAN_COUNTER_H
 #define KVT_APPS_KVT_SCAN_COUNTER_H
 
-#include "host/exchange_observer.h"
 #include "host/class_plan.h"
+#include "host/exchange_observer.h"
 
 namespace kvt
 {
 
-/// A scan is over when every request of the tags has had its turn, or one has it more often than its
-/// interval lets it because the others belong to stations that are switched off. One thread.
+/// A scan is over when every request of the tags has had its turn, or one has it more often than
+/// its interval lets it because the others belong to stations that are switched off. One thread.
 class ScanCounter
 {
 public:

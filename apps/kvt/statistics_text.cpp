@@ -45,9 +45,8 @@ QString countsText(const StationStatistics &station)
 
 QString paceText(const ClassPace &pace)
 {
-    const QString text =
-        QStringLiteral("%1 class: ").arg(durationText(pace.interval_ns())) +
-        counted(pace.entries(), "request", "requests");
+    const QString text = QStringLiteral("%1 class: ").arg(durationText(pace.interval_ns())) +
+                         counted(pace.entries(), "request", "requests");
     if (pace.count() == 0)
         return text + QStringLiteral(", none read twice yet");
     return text + QStringLiteral(", read every %1 on average, at the longest after %2%3")

@@ -132,6 +132,8 @@ private Q_SLOTS:
         QTest::newRow("write --tags %TAGS% pump1_s") << "pump1_setpoint pump1_speed";
         QTest::newRow("read --tags /nowhere/tags.csv p") << "";
         QTest::newRow("nothing --ta") << "";
+        QTest::newRow("tags ch") << "check";
+        QTest::newRow("tags check x") << ""; // a file
     }
 
     void wordsAreCompleted()
@@ -156,6 +158,7 @@ private Q_SLOTS:
         QTest::newRow("read D") << "D";
         QTest::newRow("help sc") << "scan";
         QTest::newRow("nothing --ta") << "";
+        QTest::newRow("tags ch") << "check";
     }
 
     void otherShellsCompleteTheSame()
@@ -170,7 +173,7 @@ private Q_SLOTS:
     {
         QTest::addColumn<QString>("command");
         for (const char *command : {"demo", "sim", "poll", "read", "write", "scan", "tune", "plan",
-                                    "decode", "explain", "replay"})
+                                    "tags", "decode", "explain", "replay"})
             QTest::newRow(command) << QString::fromLatin1(command);
     }
 

@@ -82,6 +82,8 @@ _kvt() {
         mapfile -t COMPREPLY < <(compgen -W "$(_kvt_options "$program" "$command")" -- "$word")
     elif ((COMP_CWORD == 2)) && [[ $command == help ]]; then
         mapfile -t COMPREPLY < <(compgen -W "$(_kvt_commands "$program")" -- "$word")
+    elif ((COMP_CWORD == 2)) && [[ $command == tags ]]; then
+        mapfile -t COMPREPLY < <(compgen -W "check template" -- "$word")
     elif _kvt_types_tag "$before" "$command"; then
         mapfile -t COMPREPLY < <(compgen -W "$(_kvt_tags "$(_kvt_tag_file)")" -- "$word")
     elif ((COMP_CWORD == 2)) && [[ $command == read || $command == write ]]; then

@@ -31,6 +31,11 @@ function __kvt_types_area
     and contains -- $words[2] read write
 end
 
+function __kvt_behind_tags
+    set -l words (commandline -opc)
+    test (count $words) -eq 2 -a "$words[2]" = tags
+end
+
 complete -c kvt -n __kvt_is_command -f -a '(__kvt_commands) --help --version'
 complete -c kvt -n __kvt_behind_help -f -a '(__kvt_commands)'
 complete -c kvt -n 'string match -q -- "-*" (commandline -ct)' -f -a '(__kvt_options)'
@@ -41,4 +46,5 @@ complete -c kvt -n '__kvt_behind --order' -f -a 'abcd badc cdab dcba'
 complete -c kvt -n '__kvt_behind --area' -f -a 'X D C'
 complete -c kvt -n '__kvt_behind --reply-check' -f -a 'off count auto refuse'
 complete -c kvt -n '__kvt_behind --values' -f -a 'constant counter ramp sine walk serial step mixed'
+complete -c kvt -n __kvt_behind_tags -f -a 'check template'
 complete -c kvt -n __kvt_types_area -f -a 'X D C'

@@ -34,6 +34,8 @@ _kvt() {
         compadd -- $(_kvt_options $program $command)
     elif ((CURRENT == 3)) && [[ $command == help ]]; then
         compadd -- $(_kvt_commands $program)
+    elif ((CURRENT == 3)) && [[ $command == tags ]]; then
+        compadd -- check template
     elif ((CURRENT == 3)) && [[ $command == (read|write) ]]; then
         compadd -- X D C
     else

@@ -1,0 +1,146 @@
+// kvt tags: checks a tag list, or prints one to begin with.
+#include "apps/kvt/commands.h"
+#include "apps/kvt/common/counted.h"
+#include "apps/kvt/console.h"
+#include "apps/kvt/exit_codes.h"
+#include "apps/kvt/line_options.h"
+#include "apps/kvt/options.h"
+#include "apps/kvt/outcome_text.h"
+#include "apps/kvt/plan_report.h"
+#include "apps/kvt/tag_template.h"
+#include "host/class_plan.h"
+#include "tags/duration_text.h"
+#include "tags/tag_list.h"
+#include "tags/tag_watch.h"
+
+namespace kvt
+{
+
+namespace
+{
+
+constexpr qint64 TURNAROUND_ns = milliseconds(2);
+constexpr qint64 OVERHEAD_ns = microseconds(200);
+
+void print(const QString &path, const QVector<TagError> &problems, const char *kind)
+{
+    for (const TagError &problem : problems)
+        printError(QLatin1String(kind) + formatTagError(path, problem));
+}
+
+/// A list that can be read has to be one that can be polled.
+void addPollErrors(TagListResult *list)
+{
+    if (!list->errors.isEmpty())
+        return;
+    list->errors = pollErrors(*list);
+    if (list->tags.isEmpty() && list->errors.isEmpty())
+        list->errors.append({0, 0, QString(), QStringLiteral("it has no tags")});
+}
+
+/// Tags that are read more often than they ask for, since another shares their request.
+void warnOfShared(TagListResult *list)
+{
+    const TagIndex index(list->tags);
+    const ClassPlan classes(list->tags, index);
+    for (int tag = 0; tag < list->tags.size(); ++tag) {
+        const qint64 interval_ns = intervalOf_ns(list->tags.at(tag));
+        const int entry = classes.entryOf(index.readKeyOf(index.cellOf(tag)));
+        const qint64 real_ns =
+            entry < 0 ? 0 : classes.classes().at(classes.entries().at(entry).readClass).interval_ns;
+        if (interval_ns == real_ns)
+            continue;
+        list->warnings.append(
+            {list->lines.at(tag), 0, QString(),
+             QStringLiteral("tag \"%1\" has an interval of %2 and is read %3: another tag shares "
+                            "its request")
+                 .arg(list->tags.at(tag).name, durationText(interval_ns),
+                      real_ns == 0 ? QStringLiteral("as often as the line allows")
+                                   : QStringLiteral("every ") + durationText(real_ns))});
+    }
+}
+
+QString scanText(const ScanPlan &plan)
+{
+    return plan.scan_ns == 0 ? QString()
+                             : QStringLiteral("tags without interval: a scan of %1\n")
+                                   .arg(timeText(plan.scan_ns));
+}
+
+void printSummary(const QVector<Tag> &tags, const SerialSettings &serial)
+{
+    PlanSettings settings;
+    settings.engine.characterTime_ns = serial.characterTime_ns();
+    settings.turnaround_ns = TURNAROUND_ns;
+    settings.overhead_ns = OVERHEAD_ns;
+    const ScanPlan plan = planScan(tags, settings);
+    printOut(QStringLiteral("%1, %2, %3 for all of them\nat %4 baud:\n")
+                 .arg(counted(tags.size(), "tag", "tags"),
+                      counted(plan.stations.size(), "station", "stations"),
+                      counted(plan.reads, "request", "requests"))
+                 .arg(serial.baud) +
+             scanText(plan) + classesText(plan.classes));
+}
+
+int check(const QString &path, const SerialSettings &serial)
+{
+    TagListResult list = loadTagList(path);
+    addPollErrors(&list);
+    const bool isGood = list.errors.isEmpty();
+    if (isGood)
+        warnOfShared(&list);
+    print(path, list.errors, "");
+    print(path, list.warnings, "warning: ");
+    if (isGood)
+        printSummary(list.tags, serial);
+    printOut(QStringLiteral("%1, %2\n")
+                 .arg(counted(list.errors.size(), "error", "errors"),
+                      counted(list.warnings.size(), "warning", "warnings")));
+    return isGood ? EXIT_GOOD : EXIT_USAGE;
+}
+
+int usage(const QString &text)
+{
+    printError(QStringLiteral("tags: ") + text);
+    return EXIT_USAGE;
+}
+
+} // namespace
+
+int runTags(const QStringList &arguments)
+{
+    QCommandLineParser parser;
+    parser.setApplicationDescription(QStringLiteral(
+        "check prints all that is wrong or doubtful about a tag list, how many requests it takes, "
+        "and how often its tags will be read at a speed. The exit status is 2 if something is "
+        "wrong. template prints a commented list to begin with."));
+    parser.addPositionalArgument(QStringLiteral("check LIST"),
+                                 QStringLiteral("Checks a CSV file."));
+    parser.addPositionalArgument(QStringLiteral("template"),
+                                 QStringLiteral("Prints a list to begin with."),
+                                 QStringLiteral("| template"));
+    addSpeedOptions(&parser);
+    int exitCode = EXIT_GOOD;
+    if (parseOptions(&parser, QStringLiteral("tags"), arguments, &exitCode))
+        return exitCode;
+    const QStringList words = parser.positionalArguments();
+    const QString what = words.value(0);
+    SerialSettings serial;
+    if (!readSpeedOptions(parser, &serial))
+        return EXIT_USAGE;
+    if (what == QLatin1String("template") && words.size() == 1) {
+        printOut(tagTemplate());
+        return EXIT_GOOD;
+    }
+    if (what == QLatin1String("check") && words.size() == 2)
+        return check(words.at(1), serial);
+    if (what == QLatin1String("check"))
+        return usage(words.size() == 1 ? QStringLiteral("check takes the name of a list")
+                                       : QStringLiteral("what is \"%1\"?").arg(words.at(2)));
+    if (what == QLatin1String("template"))
+        return usage(QStringLiteral("what is \"%1\"?").arg(words.at(1)));
+    return usage(what.isEmpty() ? QStringLiteral("check or template is missing")
+                                : QStringLiteral("\"%1\" is neither check nor template").arg(what));
+}
+
+} // namespace kvt
