@@ -46,6 +46,7 @@ void HostSession::setLimits()
 
 void HostSession::stop()
 {
+    isStopping_ = true;
     giveUpUnproven(WriteReason::HostStopped);
     writes_.stopped();
     QVector<Command> left;
@@ -195,7 +196,8 @@ void HostSession::onceReadFailed(int id, int tag)
     if (id <= OWN_READ_ID)
         readingLost(OWN_READ_ID - id);
     else if (partedWrites_.find(id) != nullptr)
-        onWriteChanged({id, tag, WriteState::Dropped, WriteReason::NotRead});
+        onWriteChanged({id, tag, WriteState::Dropped,
+                        isStopping_ ? WriteReason::HostStopped : WriteReason::NotRead});
     else
         events_->onceReadEnded(id, tag, false);
 }

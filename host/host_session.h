@@ -178,10 +178,11 @@ private:
     PartedWrites partedWrites_;
     QHash<int, int> begunWrites_;    // those that have not ended, with their tags
     QVector<Command> waitingWrites_; // for others that have begun to end
-    qint64 replies_ = 0;             // good ones
-    QVector<qint64> staleAfter_ns_;  // of each tag
-    QSet<int> doubtfulStations_;     // that have been reported
-    QByteArray reading_{2, '\0'};    // what the driver fills in, kept so that none is made for each
+    bool isStopping_ = false;
+    qint64 replies_ = 0;            // good ones
+    QVector<qint64> staleAfter_ns_; // of each tag
+    QSet<int> doubtfulStations_;    // that have been reported
+    QByteArray reading_{2, '\0'};   // what the driver fills in, kept so that none is made for each
 
     std::atomic<bool> haveCommands_{false}; // spares the lock ahead of most requests
 

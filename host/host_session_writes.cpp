@@ -69,6 +69,9 @@ PartedWrite HostSession::partsOf(const Command &command) const
 
 void HostSession::startWrite(const Command &command)
 {
+    const auto isOff = [this](int cell) {
+        return supervisor_.state(index_.cells().at(cell).station) == StationState::Off;
+    };
     WriteReason fault = WriteReason::None;
     if (!isWritable(command.tag, command.bytes)) {
         fault = WriteReason::NotWritable;
@@ -84,7 +87,7 @@ void HostSession::startWrite(const Command &command)
             else if (queueRead(command.id, command.tag, cell))
                 onWriteChanged({command.id, command.tag, WriteState::Queued, WriteReason::None});
             else
-                fault = WriteReason::StationOff;
+                fault = isOff(cell) ? WriteReason::StationOff : WriteReason::QueueFull;
         }
     }
     if (fault != WriteReason::None)

@@ -26,21 +26,17 @@ ValueConverter converterOf(const Tag &tag)
                      : *ValueConverter::make(tag.form, tag.area, MeaningTexts(), &problems);
 }
 
-/// Returns the number that a text stands for, NaN where it is none.
-double numberOf(const QString &text)
+bool isKept(double number)
 {
-    bool isNumber = false;
-    const double number = text.startsWith(QLatin1String("0x"))
-                              ? static_cast<double>(text.midRef(2).toULongLong(&isNumber, 16))
-                              : text.toDouble(&isNumber);
-    return isNumber ? number : std::nan("");
+    return std::isfinite(number) && std::abs(number) <= LARGEST_EXACT;
 }
 
-/// A number, or its text where a number would not be the same.
-QJsonValue numberOrText(double number, const QString &text)
+/// Returns the number of a float as its text has it: 21.4, and not all digits of its bits.
+QJsonValue floatToJson(const QString &text)
 {
-    return std::isfinite(number) && std::abs(number) <= LARGEST_EXACT ? QJsonValue(number)
-                                                                      : QJsonValue(text);
+    bool isNumber = false;
+    const double number = text.toDouble(&isNumber);
+    return isNumber && isKept(number) ? QJsonValue(number) : QJsonValue(text);
 }
 
 } // namespace
@@ -87,27 +83,40 @@ QString ValueTexts::text(int tag, const TagValue &value) const
     return differs ? QStringLiteral("%1 (%2)").arg(text, raw) : text;
 }
 
+QJsonValue ValueTexts::rawToJson(int tag, const TagValue &value) const
+{
+    const ValueType type = converter(tag).form().type;
+    if (type == ValueType::String)
+        return rawText(tag, value);
+    if (isFloat(type))
+        return floatToJson(rawText(tag, value));
+    const std::optional<Int128> raw = rawNumber(type, value.raw);
+    const double number = raw ? static_cast<double>(*raw) : LARGEST_EXACT * 2;
+    return isKept(number) ? QJsonValue(number) : QJsonValue(rawText(tag, value));
+}
+
+QJsonValue ValueTexts::valueToJson(int tag, const TagValue &value) const
+{
+    const ValueConverter &shows = converter(tag);
+    if (shows.form().type == ValueType::String)
+        return shown(tag, value);
+    const std::optional<double> number = shows.number(value.raw);
+    if (number && isKept(*number) && !isFloat(shows.form().type))
+        return *number;
+    NumberText text;
+    return shows.appendNumber(value.raw, &text) ? floatToJson(text.toString())
+                                                : QJsonValue(rawText(tag, value));
+}
+
 void ValueTexts::insertInto(int tag, const TagValue &value, QJsonObject *object) const
 {
     if (!value.isKnown)
         return;
-    const ValueConverter &shows = converter(tag);
-    const ValueForm &form = shows.form();
-    const QString text = shown(tag, value);
-    const QString raw = rawText(tag, value);
-    object->insert(QStringLiteral("text"), text);
-    if (!shows.unit().isEmpty())
-        object->insert(QStringLiteral("unit"), shows.unit());
-    if (form.type == ValueType::String) {
-        object->insert(QStringLiteral("value"), text);
-        object->insert(QStringLiteral("raw"), raw);
-        return;
-    }
-    NumberText number;
-    const bool isNumber = shows.appendNumber(value.raw, &number);
-    const QString numberText = isNumber ? number.toString() : raw;
-    object->insert(QStringLiteral("value"), numberOrText(numberOf(numberText), numberText));
-    object->insert(QStringLiteral("raw"), numberOrText(numberOf(raw), raw));
+    object->insert(QStringLiteral("value"), valueToJson(tag, value));
+    object->insert(QStringLiteral("raw"), rawToJson(tag, value));
+    object->insert(QStringLiteral("text"), shown(tag, value));
+    if (!converter(tag).unit().isEmpty())
+        object->insert(QStringLiteral("unit"), converter(tag).unit());
 }
 
 QString resultText(const TagResult &result, bool stationIsOff)

@@ -32,6 +32,8 @@ public:
 private:
     QString shown(int tag, const TagValue &value) const;
     QString rawText(int tag, const TagValue &value) const;
+    QJsonValue rawToJson(int tag, const TagValue &value) const;
+    QJsonValue valueToJson(int tag, const TagValue &value) const;
 
     QVector<Tag> tags_;
     std::vector<ValueConverter> converters_;

@@ -44,7 +44,7 @@ QString jsonCode(uint character)
 bool isHarmless(QChar character, const QString &kept)
 {
     return (character >= QLatin1Char(' ') && character <= QLatin1Char('~')) ||
-           kept.contains(character);
+           kept.contains(character) || (!character.isSurrogate() && !steers(character.unicode()));
 }
 
 QString withCodes(const QString &text, const QString &kept, QString (*codeOf)(uint))
