@@ -162,6 +162,11 @@ ScanPlan planScan(const QVector<Tag> &tags, const PlanSettings &settings)
             planner.addRead(key);
         known.insert(key);
     }
+    // All words of a value but the last are read twice.
+    for (int tag = 0; tag < tags.size(); ++tag)
+        if (index.takesSeveralRequests(tag) && !tags.at(tag).acceptsTorn)
+            for (int i = 0; i + 1 < index.cellsOf(tag).size(); ++i)
+                planner.addRead(index.readKeyOf(index.cellsOf(tag).at(i)));
     for (const Tag &tag : tags)
         if (tag.area != Area::C)
             planner.addWritable(tag.area);

@@ -44,6 +44,20 @@ class TestScanPlan : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
+    void allWordsOfAValueButTheLastAreReadTwice()
+    {
+        Tag pair = makeTag("pair", Area::D, "5.2.0", 1);
+        pair.form = ValueType::U32;
+        Tag four = makeTag("four", Area::D, "6.2.0", 1);
+        four.form = ValueType::F64;
+        Tag accepted = makeTag("accepted", Area::D, "7.2.0", 1);
+        accepted.form = ValueType::U32;
+        accepted.acceptsTorn = true;
+        QCOMPARE(planScan({pair}, PlanSettings()).reads, 3);
+        QCOMPARE(planScan({four}, PlanSettings()).reads, 7);
+        QCOMPARE(planScan({accepted}, PlanSettings()).reads, 2);
+    }
+
     void aScanIsTheSumOfItsRequests()
     {
         const ScanPlan plan = planScan(oneOfEach(), slowLine());
