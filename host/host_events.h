@@ -2,6 +2,7 @@
 #ifndef KVT_HOST_HOST_EVENTS_H
 #define KVT_HOST_HOST_EVENTS_H
 
+#include "host/alarm_board.h"
 #include "host/class_pace.h"
 #include "host/exchange_observer.h"
 #include "host/station_supervisor.h"
@@ -46,6 +47,9 @@ public:
     /// A reply of the station was taken that does not look like one of it. Reported once for each
     /// station.
     virtual void stationDoubtful(int) {}
+
+    /// The alarm of a tag has changed.
+    virtual void alarmChanged(const AlarmEvent &) {}
 
     /// The tags of an interval are read later than it says, or on time again.
     virtual void classPaceChanged(const ClassPace &) {}

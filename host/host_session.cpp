@@ -25,7 +25,7 @@ HostSession::HostSession(const DriverApi &api, const SessionSettings &settings,
       writes_([this](const WriteReport &report) { onWriteChanged(report); }),
       onceReads_([this](int id, int tag) { onceReadFailed(id, tag); }), classes_(tags, index_),
       engine_(api, settings.engine, this), values_(index_.cells().size()), assembly_(tags_, index_),
-      lastId_(settings.lastRequestId)
+      alarms_(tags_), lastId_(settings.lastRequestId)
 {
     statistics_.classes = classes_.paces();
     setLimits();
@@ -97,16 +97,21 @@ int HostSession::post(Command command)
     return command.id;
 }
 
+/// A tag's value without what is the same for all. The lock is held.
+TagValue HostSession::valueOf(int tag, qint64 now_ns) const
+{
+    const qint64 limit_ns = staleAfter_ns_.at(tag);
+    return index_.isAssembled(tag) ? assembly_.value(tag, now_ns, limit_ns)
+                                   : values_.value(index_.cellOf(tag), now_ns, limit_ns);
+}
+
 QVector<TagValue> HostSession::values(qint64 now_ns) const
 {
     QVector<TagValue> values;
     values.reserve(tags_.size());
     const std::lock_guard<std::mutex> lock(mutex_);
     for (int tag = 0; tag < tags_.size(); ++tag) {
-        const qint64 limit_ns = staleAfter_ns_.at(tag);
-        values.append(index_.isAssembled(tag)
-                          ? assembly_.value(tag, now_ns, limit_ns)
-                          : values_.value(index_.cellOf(tag), now_ns, limit_ns));
+        values.append(valueOf(tag, now_ns));
         for (const int cell : index_.cellsOf(tag))
             values.last().writePending = values.last().writePending || values_.isWritePending(cell);
         values.last().provedUntil_ns = statistics_.provedUntil_ns;
@@ -128,6 +133,8 @@ void HostSession::beforeRequest(qint64 now_ns)
         runWaiting();
     if (haveCommands_)
         runCommands();
+    if (!alarms_.isEmpty())
+        followAlarms(now_ns);
     if (!classes_.isEmpty())
         classes_.queueDue(api_, setup_.comInfo().localPlcNo, now_ns);
 }
@@ -298,6 +305,8 @@ void HostSession::lineChanged(bool up, qint64 now_ns)
     if (!up && needsProof())
         withdraw(provedUntil_ns);
     events_->lineChanged(up, up ? QString() : lineReason_);
+    if (!up)
+        loseAlarms(now_ns);
 }
 
 } // namespace kvt

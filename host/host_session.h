@@ -2,12 +2,14 @@
 #ifndef KVT_HOST_HOST_SESSION_H
 #define KVT_HOST_HOST_SESSION_H
 
+#include "host/alarm_board.h"
 #include "host/class_reader.h"
 #include "host/driver_setup.h"
 #include "host/exchange_engine.h"
 #include "host/host_events.h"
 #include "host/once_reads.h"
 #include "host/parted_writes.h"
+#include "host/session_settings.h"
 #include "host/statistics.h"
 #include "host/tag_index.h"
 #include "host/unproven.h"
@@ -22,21 +24,6 @@
 namespace kvt
 {
 
-/// Settings of a host session; times in nanoseconds.
-struct SessionSettings {
-    EngineSettings engine;
-    SupervisorSettings supervisor;
-    int retryLimit = 2;                     ///< extra attempts for each request, not negative
-    int commandRetryLimit = 0;              ///< the same for commands without a value, which a
-                                            ///< repeated attempt may have carried out twice
-    qint64 staleAfter_ns = seconds(5);      ///< age at which a reading is no longer good; of a
-                                            ///< tag with an interval three of them if that is more
-    bool readCyclically = true;             ///< false: only what `readOnce` and `write` request
-    QHash<QString, qint64> staleAfterOf_ns; ///< the same for single tags, by name
-    int lastRequestId = 0; ///< ids of writes and one-time reads go on behind it, as where a former
-                           ///< host has ended; behind the largest int comes 1
-};
-
 /// A host's whole work but input and output. Whoever runs the line drives `engine()`; everything
 /// else follows from that. The engine's calls belong to one polling thread; the calls marked so
 /// may come from any thread.
@@ -50,7 +37,6 @@ public:
                 HostEvents *events);
     HostSession(const HostSession &) = delete;
     HostSession &operator=(const HostSession &) = delete;
-
     /// What keeps these tags from being polled together, one text each; empty when nothing does.
     static QStringList obstacles(const QVector<Tag> &tags) { return DriverSetup::obstacles(tags); }
 
@@ -78,7 +64,16 @@ public:
     /// Every tag's value at `now_ns`, in the order of the tags. Any thread.
     QVector<TagValue> values(qint64 now_ns) const;
 
-    /// A copy of the statistics. Any thread.
+    /// Every tag's alarm, none where the list says none. Any thread.
+    QVector<std::optional<AlarmStatus>> alarms() const;
+
+    /// Somebody has seen to a tag's alarm, puts it aside until `until_ns`
+    /// (AlarmMachine::NO_DEADLINE: until that is taken back), or takes that back. False for a tag
+    /// without alarm. The change is told before the next request. Any thread.
+    bool acknowledgeAlarm(int tag, qint64 now_ns);
+    bool shelveAlarm(int tag, qint64 until_ns, qint64 now_ns);
+    bool unshelveAlarm(int tag, qint64 now_ns);
+    /// A copy. Any thread.
     Statistics statistics() const;
 
     const QVector<Tag> &tags() const { return tags_; }
@@ -110,7 +105,6 @@ private:
     void outOfStep(qint64 provedUntil_ns) override;
     void withdraw(qint64 provedUntil_ns);
     void lineChanged(bool up, qint64 now_ns) override;
-
     void switchOn(int station, qint64 now_ns);
     void runCommands();
     void run(const Command &command);
@@ -152,6 +146,11 @@ private:
         return settings_.engine.confirm || settings_.engine.checkpointShare > 0;
     }
     void setLimits();
+    TagValue valueOf(int tag, qint64 now_ns) const;
+    void tellRead(int tag, const Reading &reading);
+    void followAlarms(qint64 now_ns);
+    void loseAlarms(qint64 now_ns);
+    void tellAlarms();
     void prove(const Unproven &entry);
     quint32 writesTo(int cell) const;
     bool fetch(int cell, quint64 *raw);
@@ -179,16 +178,18 @@ private:
     QHash<int, int> begunWrites_;    // those that have not ended, with their tags
     QVector<Command> waitingWrites_; // for others that have begun to end
     bool isStopping_ = false;
-    qint64 replies_ = 0;            // good ones
-    QVector<qint64> staleAfter_ns_; // of each tag
-    QSet<int> doubtfulStations_;    // that have been reported
-    QByteArray reading_{2, '\0'};   // what the driver fills in, kept so that none is made for each
+    qint64 replies_ = 0;                  // good ones
+    std::vector<AlarmEvent> alarmEvents_; // on their way to the application
+    QVector<qint64> staleAfter_ns_;       // of each tag
+    QSet<int> doubtfulStations_;          // that have been reported
+    QByteArray reading_{2, '\0'}; // what the driver fills in, kept so that none is made for each
 
     std::atomic<bool> haveCommands_{false}; // spares the lock ahead of most requests
 
     mutable std::mutex mutex_; // the members below; never held while calling out
     ValueTable values_;
     ValueAssembly assembly_; // but for its events and wanted cells, which are the polling thread's
+    AlarmBoard alarms_;      // empty or not is known without the lock
     Statistics statistics_;
     QVector<Command> commands_;
     int lastId_;

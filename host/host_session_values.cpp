@@ -17,17 +17,21 @@ constexpr int MOST_OWN_READS = QUEUE_LIMIT / 2;
 void HostSession::publish(int cell, const Reading &reading)
 {
     const TagCell &source = index_.cells().at(cell);
+    bool isTaken = false;
     {
         const std::lock_guard<std::mutex> lock(mutex_);
-        if (!values_.read(cell, reading)) {
+        isTaken = values_.read(cell, reading);
+        if (!isTaken) {
             ++statistics_.heldBackReadings;
             assembly_.lost(cell);
         } else if (!source.assembled.isEmpty()) {
             assembly_.read(cell, reading);
         }
     }
-    for (const int tag : source.tags)
-        events_->tagRead(tag, reading);
+    // One that may be older than a write is told to nobody.
+    if (isTaken)
+        for (const int tag : source.tags)
+            tellRead(tag, reading);
     if (!source.assembled.isEmpty())
         followAssembly();
 }
@@ -66,7 +70,7 @@ void HostSession::followAssembly()
     for (size_t i = 0; i < assembly_.events().size(); ++i) {
         const ValueAssembly::Event event = assembly_.events()[i];
         if (event.outcome == ValueAssembly::Outcome::Assembled)
-            events_->tagRead(event.tag, assembly_.readingOf(event.tag));
+            tellRead(event.tag, assembly_.readingOf(event.tag));
         else if (event.outcome == ValueAssembly::Outcome::Torn)
             events_->tagTorn(event.tag);
         endAskedReads(event.tag, event.outcome == ValueAssembly::Outcome::Assembled);

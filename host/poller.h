@@ -58,6 +58,9 @@ public:
     /// Every tag's value as it is now, in the order of the tags.
     QVector<TagValue> values() const;
 
+    /// Every tag's alarm, none where the list says none, in the order of the tags.
+    QVector<std::optional<AlarmStatus>> alarms() const { return session_.alarms(); }
+
     /// A copy of the statistics.
     Statistics statistics() const { return session_.statistics(); }
 

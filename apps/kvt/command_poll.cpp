@@ -120,7 +120,8 @@ QVector<TagValue> Poll::show(const QJsonObject &summary)
     state.scans = watcher_.scans();
     state.exchanges = total.exchanges;
     state.elapsed_ns = now_ns - startedAt_ns_;
-    output_.show({values, watcher_.results(), now_ns, watcher_.stationsOff()}, state, summary);
+    output_.show({values, watcher_.results(), now_ns, watcher_.stationsOff(), poller.alarms()},
+                 state, summary);
     return values;
 }
 

@@ -6,7 +6,7 @@
 #include "apps/kvt/table/screen.h"
 #include "apps/kvt/tag_results.h"
 #include "apps/kvt/value_text.h"
-#include "host/value_table.h"
+#include "host/alarm_board.h"
 #include "tags/tag.h"
 
 #include <QSet>
@@ -20,6 +20,7 @@ struct Snapshot {
     QVector<TagResult> results;
     qint64 at_ns = 0;
     QSet<int> stationsOff; ///< those that are polled less often because they fail
+    QVector<std::optional<AlarmStatus>> alarms = {}; ///< none where a tag has none; or empty
 };
 
 /// A table on the terminal, which it takes at the first snapshot; messages wait until it gives the

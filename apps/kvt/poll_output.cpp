@@ -5,10 +5,12 @@
 #include "apps/kvt/outcome_text.h"
 #include "apps/kvt/report_json.h"
 #include "apps/kvt/wall_clock.h"
+#include "tags/tag_watch.h"
 
 #include <QJsonArray>
 
 #include <algorithm>
+#include <utility>
 
 namespace kvt
 {
@@ -47,12 +49,18 @@ QString troubleText(const Snapshot &snapshot, const PollState &state)
 
 } // namespace
 
-PollOutput::PollOutput(const QVector<Tag> &tags, Form form) : tags_(tags), texts_(tags), form_(form)
+PollOutput::PollOutput(const QVector<Tag> &tags, Form form)
+    : tags_(tags), texts_(tags), alarms_(tags), form_(form)
 {
     if (form == Form::Table)
         view_ = std::make_unique<LiveView>(tags);
-    for (int i = 0; i < tags.size(); ++i)
+    for (int i = 0; i < tags.size(); ++i) {
         shown_.append(QString());
+        shownResults_.append(QString());
+        const std::optional<double> deadband = watchOf(tags.at(i)).deadband;
+        deadbands_.push_back(deadband ? std::make_optional(DeadbandFilter(*deadband))
+                                      : std::nullopt);
+    }
 }
 
 void PollOutput::show(const Snapshot &snapshot, const PollState &state, const QJsonObject &summary)
@@ -87,12 +95,27 @@ void PollOutput::showLines(const Snapshot &snapshot)
                                    qualityName(value.quality),
                                    resultText(snapshot.results.at(i), isOff)};
         const QString line = words.join(QStringLiteral("  "));
-        if (line != shown_.at(i))
+        if (isNews(i, value, words.last(), line))
             text += time + QStringLiteral("  ") + line + QLatin1Char('\n');
-        shown_[i] = line;
     }
     if (!text.isEmpty())
         printOut(text);
+}
+
+/// A tag with a deadband is told when its value has left it, and with each change of quality or
+/// result; any other with each change.
+bool PollOutput::isNews(int tag, const TagValue &value, const QString &result, const QString &line)
+{
+    const bool isOther = std::exchange(shown_[tag], line) != line;
+    const bool isOtherResult = std::exchange(shownResults_[tag], result) != result;
+    std::optional<DeadbandFilter> &deadband = deadbands_[static_cast<size_t>(tag)];
+    if (!deadband)
+        return isOther;
+    ReportedValue reported;
+    reported.quality = static_cast<int>(value.quality);
+    if (value.isKnown)
+        reported.number = texts_.converter(tag).number(value.raw);
+    return deadband->isReported(reported) || isOtherResult;
 }
 
 void PollOutput::showJson(const Snapshot &snapshot, const PollState &state,
@@ -103,6 +126,8 @@ void PollOutput::showJson(const Snapshot &snapshot, const PollState &state,
         QJsonObject tag = polledTagToJson(tags_.at(i), snapshot.values.at(i),
                                           snapshot.results.at(i), snapshot.at_ns);
         texts_.insertInto(i, snapshot.values.at(i), &tag);
+        if (const std::optional<AlarmStatus> alarm = snapshot.alarms.value(i))
+            tag.insert(QStringLiteral("alarm"), alarms_.toJson(i, *alarm));
         tags.append(tag);
     }
     QJsonArray off;

@@ -2,7 +2,9 @@
 #ifndef KVT_APPS_KVT_POLL_OUTPUT_H
 #define KVT_APPS_KVT_POLL_OUTPUT_H
 
+#include "apps/kvt/alarm_texts.h"
 #include "apps/kvt/live_view.h"
+#include "tags/deadband.h"
 
 #include <QJsonObject>
 #include <QStringList>
@@ -39,14 +41,18 @@ public:
 
 private:
     void showLines(const Snapshot &snapshot);
+    bool isNews(int tag, const TagValue &value, const QString &result, const QString &line);
     void showJson(const Snapshot &snapshot, const PollState &state,
                   const QJsonObject &summary) const;
 
     QVector<Tag> tags_;
     ValueTexts texts_;
+    AlarmTexts alarms_;
     Form form_;
     std::unique_ptr<LiveView> view_; // Table
     QStringList shown_;              // the latest line of each tag
+    QStringList shownResults_;       // and the result in it
+    std::vector<std::optional<DeadbandFilter>> deadbands_;
 };
 
 } // namespace kvt

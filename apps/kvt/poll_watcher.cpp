@@ -9,7 +9,8 @@ namespace kvt
 {
 
 PollWatcher::PollWatcher(const QVector<Tag> &tags, int scans, bool verbose, bool isTcp)
-    : results_(tags), lastScan_(scans), verbose_(verbose), isTcp_(isTcp), counter_(tags)
+    : results_(tags), lastScan_(scans), verbose_(verbose), isTcp_(isTcp), counter_(tags),
+      alarms_(tags)
 {
 }
 
@@ -123,6 +124,12 @@ void PollWatcher::stationDoubtful(int station)
             QStringLiteral("station %1: replies do not begin with ACK and its number, or hold "
                            "no digits; their values are doubtful")
                 .arg(station));
+}
+
+void PollWatcher::alarmChanged(const AlarmEvent &event)
+{
+    if (verbose_)
+        printEvent(alarms_.eventText(event));
 }
 
 void PollWatcher::classPaceChanged(const ClassPace &pace)

@@ -2,6 +2,7 @@
 #ifndef KVT_APPS_KVT_POLL_WATCHER_H
 #define KVT_APPS_KVT_POLL_WATCHER_H
 
+#include "apps/kvt/alarm_texts.h"
 #include "apps/kvt/common/repeated_news.h"
 #include "apps/kvt/line_findings.h"
 #include "apps/kvt/scan_counter.h"
@@ -44,6 +45,7 @@ public:
     void tagSuspect(int) override {}
     void stationDoubtful(int station) override;
     void outOfStep() override;
+    void alarmChanged(const AlarmEvent &event) override;
     void classPaceChanged(const ClassPace &pace) override;
     void proofEnded() override;
 
@@ -66,6 +68,7 @@ private:
     bool isProved_ = true; // no reading waits for a proof
     QString lineError_;
     bool wasUp_ = false;
+    AlarmTexts alarms_; // does not change
 };
 
 } // namespace kvt

@@ -1,0 +1,166 @@
+// Alarms of tags in a host session.
+#include "tests/support/session_bench.h"
+
+#include <QtTest>
+
+using namespace kvt;
+
+namespace
+{
+
+/// Keeps what is told of alarms.
+class AlarmRecorder final : public HostEvents
+{
+public:
+    void stationSwitched(int, bool) override {}
+    void writeChanged(const WriteReport &) override {}
+    void onceReadEnded(int, int, bool) override {}
+    void lineChanged(bool, const QString &) override {}
+    void tagRead(int, const Reading &) override {}
+    void alarmChanged(const AlarmEvent &event) override
+    {
+        texts.append(
+            QStringLiteral("%1 %2 %3")
+                .arg(event.tag)
+                .arg(alarmStateName(event.status.state), alarmLevelName(event.status.level)));
+    }
+
+    /// What was told since the last call.
+    QString told()
+    {
+        const QString text = texts.join(QStringLiteral(", "));
+        texts.clear();
+        return text;
+    }
+
+    QStringList texts;
+};
+
+/// One word, scaled by 0.1, with a limit of 10.
+class AlarmBench : public SessionBench
+{
+public:
+    explicit AlarmBench(const char *onDelay = "") : SessionBench({"D1/5.2.1", "D1/6.2.1"})
+    {
+        tags[0].meaning[MeaningColumn::Scale] = QStringLiteral("0.1");
+        tags[0].watch[WatchColumn::Hi] = QStringLiteral("10");
+        tags[0].watch[WatchColumn::OnDelay] = QLatin1String(onDelay);
+        session = std::make_unique<HostSession>(library.api(), settings, tags, &recorder);
+        session->engine().lineUp(now_ns);
+        passDeadline();
+    }
+    ~AlarmBench() { session.reset(); }
+
+    AlarmStatus status() const { return session->alarms().at(0).value(); }
+
+    AlarmRecorder recorder;
+};
+
+} // namespace
+
+class TestHostSessionAlarms : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void tagsWithoutAlarmHaveNone()
+    {
+        AlarmBench bench;
+        QCOMPARE(bench.session->alarms().size(), 2);
+        QVERIFY(bench.session->alarms().at(0).has_value());
+        QVERIFY(!bench.session->alarms().at(1).has_value());
+        QVERIFY(!bench.session->acknowledgeAlarm(1, bench.now_ns));
+        QVERIFY(!bench.session->acknowledgeAlarm(7, bench.now_ns));
+    }
+
+    void anEngineeringValueRaisesAnAlarmOnce()
+    {
+        AlarmBench bench;
+        bench.exchange("0064"); // 10.0
+        QCOMPARE(bench.recorder.told(), QString());
+        QCOMPARE(bench.status().state, AlarmState::Normal);
+        bench.exchange();
+        bench.exchange("0065"); // 10.1
+        QCOMPARE(bench.recorder.told(), QString("0 unacknowledged hi"));
+        bench.exchange();
+        bench.exchange("0066");
+        QCOMPARE(bench.recorder.told(), QString());
+        QVERIFY(bench.session->acknowledgeAlarm(0, bench.now_ns));
+        bench.exchange();
+        QCOMPARE(bench.recorder.told(), QString("0 acknowledged hi"));
+        bench.exchange("0001");
+        QCOMPARE(bench.recorder.told(), QString("0 normal none"));
+    }
+
+    void aValueThatIsNotGoodSuppressesIt()
+    {
+        AlarmBench bench;
+        bench.exchange("0065");
+        QCOMPARE(bench.recorder.told(), QString("0 unacknowledged hi"));
+        bench.exchange();
+        bench.now_ns += milliseconds(100);
+        bench.failure();
+        bench.exchange();
+        QCOMPARE(bench.value(0).quality, Quality::Failed);
+        QCOMPARE(bench.recorder.told(), QString("0 suppressed hi"));
+        bench.exchange("0065");
+        QCOMPARE(bench.recorder.told(), QString("0 unacknowledged hi"));
+    }
+
+    void aLineThatIsDownSuppressesIt()
+    {
+        AlarmBench bench;
+        bench.exchange("0001");
+        bench.session->engine().lineDown(bench.now_ns);
+        QCOMPARE(bench.recorder.told(), QString("0 suppressed none"));
+        bench.session->engine().lineUp(bench.now_ns);
+        bench.passDeadline();
+        bench.exchange();
+        bench.exchange("0001");
+        QCOMPARE(bench.recorder.told(), QString("0 normal none"));
+    }
+
+    // The value is read no more often than before; the delay is over in between.
+    void aDelayEndsWithoutANewValue()
+    {
+        AlarmBench bench("300ms");
+        bench.exchange("0065");
+        QCOMPARE(bench.recorder.told(), QString());
+        bench.send(); // the other word; its station takes its time
+        bench.now_ns += milliseconds(400);
+        bench.receive("\x06"
+                      "010001\r");
+        QCOMPARE(bench.recorder.told(), QString("0 unacknowledged hi"));
+    }
+
+    void anAlarmCanBeShelved()
+    {
+        AlarmBench bench;
+        bench.exchange("0065");
+        bench.recorder.told();
+        QVERIFY(bench.session->shelveAlarm(0, bench.now_ns + milliseconds(500), bench.now_ns));
+        bench.exchange();
+        QCOMPARE(bench.recorder.told(), QString("0 shelved hi"));
+        bench.now_ns += milliseconds(500);
+        bench.exchange("0065");
+        QCOMPARE(bench.recorder.told(), QString("0 unacknowledged hi"));
+        QVERIFY(bench.session->shelveAlarm(0, AlarmMachine::NO_DEADLINE, bench.now_ns));
+        QVERIFY(bench.session->unshelveAlarm(0, bench.now_ns));
+        QCOMPARE(bench.status().state, AlarmState::Unacknowledged);
+    }
+
+    // A reading that may be older than a write is told to nobody, and raises no alarm.
+    void aReadingBehindAWriteIsHeldBack()
+    {
+        AlarmBench bench;
+        bench.send();
+        bench.session->write(0, QByteArray("\x01\x00", 2));
+        bench.receive("\x06"
+                      "010065\r");
+        QCOMPARE(bench.recorder.told(), QString());
+        QCOMPARE(bench.session->statistics().heldBackReadings, quint64(1));
+    }
+};
+
+QTEST_APPLESS_MAIN(TestHostSessionAlarms)
+#include "tst_host_session_alarms.moc"
