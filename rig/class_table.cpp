@@ -15,6 +15,7 @@
 #include <QCoreApplication>
 #include <QTextStream>
 
+#include <algorithm>
 #include <thread>
 
 namespace
@@ -31,6 +32,7 @@ constexpr double PTY_LIMIT_percent = 5;
 constexpr double LEAST_USE = 0.99;
 constexpr int WARM_UP_s = 60;
 constexpr int VIRTUAL_s = 2000;
+constexpr int TAGS = 1000;
 
 struct Part {
     const char *interval; // empty: as often as the line allows
@@ -40,7 +42,7 @@ struct Plant {
     const char *name;
     Part parts[4];
 };
-// 1,000 words each.
+// TAGS words each.
 const Plant PLANTS[] = {
     {"time to spare", {{"1s", 20}, {"5s", 180}, {"10s", 800}, {"", 0}}},
     {"too much", {{"100ms", 10}, {"1s", 90}, {"10s", 900}, {"", 0}}},
@@ -69,33 +71,48 @@ ScanPlan planOf(const QVector<Tag> &tags, int baud, qint64 turnaround_ns, qint64
     return planScan(tags, settings);
 }
 
-// Counts the readings of each part of a plant from a certain time on.
+// Measures the readings of each part of a plant from a certain time on.
 class PartWatch final : public NoEvents
 {
 public:
-    PartWatch(const Plant &plant, qint64 from_ns) : plant_(plant), from_ns_(from_ns) {}
+    PartWatch(const Plant &plant, qint64 from_ns) : plant_(plant), from_ns_(from_ns), tags_(TAGS) {}
 
     void tagRead(int tag, const Reading &reading) override
     {
         if (reading.readAt_ns < from_ns_)
             return;
-        int part = 0;
-        for (int last = plant_.parts[0].tags; tag >= last; last += plant_.parts[part].tags)
-            ++part;
-        ++reads_[part];
+        Readings &readings = tags_[tag];
+        if (readings.count++ == 0)
+            readings.first_ns = reading.readAt_ns;
+        readings.last_ns = reading.readAt_ns;
     }
 
-    /// Mean time from one reading of a tag to its next, up to `end_ns`. The host has ended.
-    double interval_ns(int part, qint64 end_ns) const
+    /// Mean time from one reading of a tag to its next; 0 when none was read twice. The host has
+    /// ended.
+    double interval_ns(int part) const
     {
-        return static_cast<double>(end_ns - from_ns_) * plant_.parts[part].tags /
-               static_cast<double>(reads_[part]);
+        int first = 0;
+        for (int i = 0; i < part; ++i)
+            first += plant_.parts[i].tags;
+        qint64 sum_ns = 0;
+        qint64 intervals = 0;
+        for (int tag = first; tag < first + plant_.parts[part].tags; ++tag) {
+            sum_ns += tags_[tag].last_ns - tags_[tag].first_ns;
+            intervals += std::max<qint64>(tags_[tag].count - 1, 0);
+        }
+        return intervals == 0 ? 0 : static_cast<double>(sum_ns) / static_cast<double>(intervals);
     }
 
 private:
+    struct Readings {
+        qint64 count = 0;
+        qint64 first_ns = 0;
+        qint64 last_ns = 0;
+    };
+
     const Plant &plant_;
     qint64 from_ns_;
-    qint64 reads_[4] = {};
+    QVector<Readings> tags_;
 };
 
 std::unique_ptr<Rig> makeRig(const QVector<Tag> &tags, qint64 turnaround_ns, bool pauses,
@@ -134,7 +151,7 @@ qint64 forecastOf_ns(const ScanPlan &plan, int part)
 }
 
 bool printParts(QTextStream &out, const Plant &plant, const ScanPlan &plan, const PartWatch &watch,
-                qint64 end_ns, double limit_percent)
+                double limit_percent)
 {
     bool good = true;
     for (int part = 0; part < 4; ++part) {
@@ -149,8 +166,8 @@ bool printParts(QTextStream &out, const Plant &plant, const ScanPlan &plan, cons
                 .arg(QLatin1String(plant.name), interval.isEmpty() ? QStringLiteral("-") : interval)
                 .arg(plant.parts[part].tags)
                 .arg(100 * share, 0, 'f', 1);
-        const bool isNear = appendCells(&row, forecastOf_ns(plan, part),
-                                        watch.interval_ns(part, end_ns), limit_percent);
+        const bool isNear =
+            appendCells(&row, forecastOf_ns(plan, part), watch.interval_ns(part), limit_percent);
         out << row << (isNear ? "" : " beyond the limit") << '\n';
         good = good && isNear;
     }
@@ -166,7 +183,7 @@ bool tryOnVirtualClock(QTextStream &out, const Plant &plant)
     if (!rig)
         return false;
     rig->line().runUntil(seconds(VIRTUAL_s));
-    return printParts(out, plant, planOf(tags, BAUD, TURNAROUND_ns, 0), watch, seconds(VIRTUAL_s),
+    return printParts(out, plant, planOf(tags, BAUD, TURNAROUND_ns, 0), watch,
                       VIRTUAL_LIMIT_percent);
 }
 
@@ -238,7 +255,7 @@ bool tryOnPty(QTextStream &out, const Plant &plant, int duration_s, qint64 overh
     const QVector<Tag> tags = tagsOf(plant);
     pollPty(tags, BAUD, seconds(duration_s), &watch);
     return printParts(out, plant, planOf(tags, BAUD, TURNAROUND_ns, overhead_ns), watch,
-                      monotonicNow_ns(), PTY_LIMIT_percent);
+                      PTY_LIMIT_percent);
 }
 
 bool printTables(QTextStream &out, int pty_s)
@@ -258,8 +275,9 @@ bool printTables(QTextStream &out, int pty_s)
     const qint64 overhead_ns = ptyOverhead_ns();
     out << "\nHost and pseudo-terminal add " << overhead_ns / 1000 << " us to each exchange.\n\n"
         << head.arg(QStringLiteral("pty"));
-    for (const Plant &plant : PLANTS)
-        good = tryOnPty(out, plant, pty_s, overhead_ns) && good;
+    // Those in which each tag is read several times in a minute.
+    for (const int plant : {0, 1, 3})
+        good = tryOnPty(out, PLANTS[plant], pty_s, overhead_ns) && good;
     return good;
 }
 

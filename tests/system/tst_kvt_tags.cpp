@@ -99,7 +99,7 @@ private Q_SLOTS:
             0);
         QCOMPARE(again.errors(), QByteArray());
         const QByteArray text = again.output();
-        QVERIFY2(text.startsWith("8 tags, 2 stations, 10 requests"), text);
+        QVERIFY2(text.startsWith("8 tags, 2 stations, 12 requests"), text);
         QVERIFY2(text.endsWith("0 errors, 0 warnings\n"), text);
     }
 
