@@ -115,6 +115,13 @@ private Q_SLOTS:
         QCOMPARE(cacheRecords(), blockRecords(values));
     }
 
+    void aPairThatBeginsBeforeTheReplyHasItsFirstDigit()
+    {
+        awaitReply(AREA_C).builderParam1 = -1;
+        decode(bytes("41 32 33 34 0D"));
+        QCOMPARE(cacheRecords(), blockRecords(bytes("0A 23 40")));
+    }
+
     void blockIgnoresTheCountOfItsVariable()
     {
         for (const int count : {0, -1, 3, 1000}) {
