@@ -12,6 +12,7 @@ struct ClassEntry {
     ReadKey key;
     int cell = 0;      ///< one of its cells
     int readClass = 0; ///< index of its class
+    double phase = 0;  ///< place in its interval, above 0 to 1; one for all requests of a tag
 };
 
 /// The requests of one interval.

@@ -16,6 +16,9 @@ ClassScheduler::ClassScheduler(const ClassPlan &plan, qint64 now_ns)
         entries_.emplace_back();
         entries_.back().readClass = source.readClass;
         entries_.back().station = source.key.station;
+        const qint64 interval_ns = plan.classes().at(source.readClass).interval_ns;
+        entries_.back().lead_ns =
+            static_cast<qint64>((1 - source.phase) * static_cast<double>(interval_ns));
     }
     restart(now_ns);
 }
@@ -24,7 +27,7 @@ void ClassScheduler::restart(qint64 now_ns)
 {
     setBack_ns_ = 0;
     for (Entry &entry : entries_)
-        entry.due_ns = now_ns;
+        entry.due_ns = now_ns - entry.lead_ns;
     gather();
 }
 
@@ -108,7 +111,7 @@ void ClassScheduler::stationOn(int station, qint64 now_ns)
         if (entry.station != station || !entry.isOff)
             continue;
         entry.isOff = false;
-        entry.due_ns = now_ns - setBack_ns_;
+        entry.due_ns = now_ns - setBack_ns_ - entry.lead_ns;
     }
     gather();
 }

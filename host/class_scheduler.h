@@ -24,7 +24,8 @@ public:
     /// All requests are due at `now_ns`.
     ClassScheduler(const ClassPlan &plan, qint64 now_ns);
 
-    /// All requests are due now; one that is under way, once more when it has ended.
+    /// All requests are due now, those of one class spread over its interval from then on; one that
+    /// is under way, once more when it has ended.
     void restart(qint64 now_ns);
 
     /// Returns the entry to be read now, which is under way until `ended`; -1 when none is due.
@@ -44,6 +45,8 @@ public:
 private:
     struct Entry {
         qint64 due_ns = 0; // by the clock of the classes
+        qint64 lead_ns =
+            0; // how much sooner than the last of its class it must be read at the start
         int readClass = 0;
         int station = 0;
         bool isUnderWay = false;

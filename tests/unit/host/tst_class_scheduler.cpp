@@ -173,6 +173,23 @@ private Q_SLOTS:
         }
     }
 
+    // A large class that is due all at once would hold the others up for seconds.
+    void aLargeClassMakesNoGapInASmallOne()
+    {
+        Line line({{"100ms", 1}, {"10s", 900}}, milliseconds(20));
+        line.runUntil(seconds(200));
+        qint64 last_ns = 0;
+        qint64 longest_ns = 0;
+        for (int i = 0; i < line.entries.size(); ++i) {
+            if (line.entries.at(i) != 0)
+                continue;
+            longest_ns = qMax(longest_ns, line.starts_ns.at(i) - last_ns);
+            last_ns = line.starts_ns.at(i);
+        }
+        // All intervals are twice as long.
+        QVERIFY2(longest_ns < milliseconds(400), qPrintable(QString::number(longest_ns)));
+    }
+
     void withinAClassAllAreReadAlike()
     {
         Line line({{"100ms", 7}, {"1s", 50}}, milliseconds(20));
