@@ -41,7 +41,7 @@ STATEMENT_START = re.compile(r"^\s+(?!return\b|else\b|if\b|for\b|while\b|switch\
                              r"[A-Za-z_*][\w.:>\[\]()*-]*(?:\(| (?:[+\-|&^]?=)(?: |$))[^{]*$")
 RESULT = re.compile(r"^(\s+(?:\{ )?return )(?!0;|true;|false;|nullptr;|[\w:]+\(\);)([^;{]+);")
 UNCHANGED = re.compile(r"\s*(//|#|static_assert|template|namespace|using |extern |alignas|KVT_ASSERT)")
-FUNCTION = re.compile(r"^[\w*&<>:](?:.* [*&]*)?((?:\w+::)*~?[\w!=]+)\(")
+FUNCTION = re.compile(r"^(?=[\w*&<>:])(?:.* [*&]*)?((?:\w+::)*~?[\w!=]+)\(")
 MEMBER = re.compile(r"^    (?!if\b|for\b|while\b|switch\b|return\b|else\b)\w[^()]* [*&]*([\w!=]+)\(.*\)(?: const)?(?: \{.*)?$")
 
 

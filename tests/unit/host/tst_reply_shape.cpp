@@ -13,6 +13,8 @@ private Q_SLOTS:
     void aReplyLooksLikeOneOrNot_data();
     void aReplyLooksLikeOneOrNot();
     void anAcknowledgementMayCarryAnything();
+    void aReplyIsKnownByItsBeginning();
+    void aWholeReplyIsMadeOfDigits();
     void onlyAWholeRefusalIsOne();
     void aStationThatOnceConformedIsHeldToIt();
     void theOtherWaysOfChecking();
@@ -82,6 +84,24 @@ void TestReplyShape::anAcknowledgementMayCarryAnything()
     write.expectedLength = 6;
     QVERIFY(looksLikeReply(write, QByteArray::fromHex("06 30 31 FF 00 0D")));
     QVERIFY(!looksLikeReply(write, QByteArray::fromHex("06 30 33 30 30 0D")));
+}
+
+void TestReplyShape::aReplyIsKnownByItsBeginning()
+{
+    QVERIFY(beginsAsReplyOf(1, QByteArray::fromHex("06 30 31")));
+    QVERIFY(!beginsAsReplyOf(1, QByteArray::fromHex("06 30")));
+    QVERIFY(!beginsAsReplyOf(1, QByteArray::fromHex("06 30 32")));
+    QVERIFY(!beginsAsReplyOf(1, QByteArray::fromHex("15 30 31")));
+}
+
+void TestReplyShape::aWholeReplyIsMadeOfDigits()
+{
+    QVERIFY(isWholeReply(QByteArray::fromHex("06 30 31 31 32 0D")));
+    QVERIFY(!isWholeReply(QByteArray::fromHex("06 30 31 31 0D")));
+    QVERIFY(!isWholeReply(QByteArray::fromHex("06 3A 31 31 32 0D")));
+    QVERIFY(!isWholeReply(QByteArray::fromHex("06 30 31 31 3A 0D")));
+    QVERIFY(!isWholeReply(QByteArray::fromHex("06 30 31 31 32 33")));
+    QVERIFY(!isWholeReply(QByteArray::fromHex("15 30 31 31 32 0D")));
 }
 
 void TestReplyShape::onlyAWholeRefusalIsOne()
