@@ -2,6 +2,7 @@
 #include "host/host_session.h"
 
 #include <algorithm>
+#include <iterator>
 
 namespace kvt
 {
@@ -105,11 +106,11 @@ void HostSession::endAskedReads(int tag, bool good)
 {
     if (askedReads_.empty())
         return;
-    const auto others =
-        std::stable_partition(askedReads_.begin(), askedReads_.end(),
-                              [tag](const AskedRead &read) { return read.tag != tag; });
-    const std::vector<AskedRead> ended(others, askedReads_.end());
-    askedReads_.erase(others, askedReads_.end());
+    const auto isOfTag = [tag](const AskedRead &read) { return read.tag == tag; };
+    std::vector<AskedRead> ended;
+    std::copy_if(askedReads_.begin(), askedReads_.end(), std::back_inserter(ended), isOfTag);
+    askedReads_.erase(std::remove_if(askedReads_.begin(), askedReads_.end(), isOfTag),
+                      askedReads_.end());
     for (const AskedRead &read : ended) {
         if (!good || !needsProof() || isProved(tag))
             events_->onceReadEnded(read.id, tag, good);

@@ -133,7 +133,8 @@ private Q_SLOTS:
             QVERIFY(judge.seesLine(&kvt, true));
         }
         QVERIFY(judge.seesGoodLines(&kvt, 1));
-        QVERIFY(openDescriptors(kvt.id()) <= descriptors);
+        // The line's own was not among them if the line had just broken when they were counted.
+        QVERIFY(openDescriptors(kvt.id()) <= descriptors + 1);
         QVERIFY(residentMemory_KiB(kvt.id()) <= memory_KiB + 4096);
         kvt.interrupt();
         QVERIFY(kvt.finish() >= 0);
