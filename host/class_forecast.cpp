@@ -3,6 +3,7 @@
 #include "host/scan_plan.h"
 
 #include <algorithm>
+#include <cmath>
 
 namespace kvt
 {
@@ -17,7 +18,7 @@ double asDouble(qint64 time_ns)
 
 qint64 roundNs(double time_ns)
 {
-    return static_cast<qint64>(time_ns + 0.5);
+    return std::llround(time_ns);
 }
 
 } // namespace

@@ -32,7 +32,7 @@ public:
     int take(qint64 now_ns);
 
     /// The entry that was taken has been read, or could not be.
-    void ended(int entry);
+    void ended(int number);
 
     /// The entries of a station are left out, or are due again at once. One that is under way stays
     /// so until `ended`.

@@ -109,7 +109,7 @@ private:
     void runCommands();
     void run(const Command &command);
     void queueOnceRead(const Command &command);
-    bool queueRead(int id, int tag, int cell);
+    bool queueRead(int id, int tag, int number);
     void onceReadFailed(int id, int tag);
 
     bool isWritable(int tag, const QByteArray &bytes) const;
@@ -117,7 +117,7 @@ private:
     bool mustWait(const Command &command) const;
     void runWaiting();
     void startWrite(const Command &command);
-    WriteReason queueElement(int id, int tag, int cell, QByteArray bytes);
+    WriteReason queueElement(int id, int tag, int number, QByteArray bytes);
     void writePart(int id);
     void endReadToWrite(int id, int tag, const Attempt &attempt);
     void writeBit(int id, const Reading &reading);

@@ -2,6 +2,8 @@
 
 #include "tags/decimal.h"
 
+#include <cmath>
+
 namespace kvt
 {
 
@@ -32,7 +34,7 @@ std::optional<qint64> scaled(const QString &text, qint64 unit_ns)
     const double duration_ns = toDouble(number) * static_cast<double>(unit_ns);
     if (duration_ns > static_cast<double>(LONGEST_ns))
         return std::nullopt;
-    return static_cast<qint64>(duration_ns + 0.5);
+    return std::llround(duration_ns);
 }
 
 } // namespace

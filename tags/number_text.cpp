@@ -38,7 +38,7 @@ void NumberText::appendChars(Arguments... arguments)
 /// Appends a number with zeros in front, up to `digits` of it.
 void NumberText::appendDigits(quint64 number, int digits)
 {
-    char buffer[ZEROS_OF_LARGEST_TEN + 1];
+    char buffer[ZEROS_OF_LARGEST_TEN + 1] = {};
     const std::to_chars_result end = std::to_chars(buffer, buffer + sizeof buffer, number);
     for (auto missing = digits - (end.ptr - buffer); missing > 0; --missing)
         append('0');
