@@ -35,7 +35,7 @@ private:
     void fail(Column column, const QString &text) { problems_->append({column, text, false}); }
     void warn(Column column, const QString &text) { problems_->append({column, text, true}); }
     void warnOfUseless();
-    std::optional<Decimal> number(Column column);
+    std::optional<Decimal> number(Column column) { return numberIn(texts_, column, problems_); }
     void readLimits();
     void checkOrder();
     void readHysteresis();
@@ -57,18 +57,6 @@ bool RuleReader::hasLimits() const
         if (has(column))
             return true;
     return false;
-}
-
-std::optional<Decimal> RuleReader::number(Column column)
-{
-    if (!has(column))
-        return std::nullopt;
-    Decimal read;
-    const NumberReading reading = readDecimal(texts_[column], &read);
-    if (reading == NumberReading::Good)
-        return read;
-    fail(column, numberFault(reading, texts_[column]));
-    return std::nullopt;
 }
 
 void RuleReader::readLimits()

@@ -11,4 +11,10 @@ QString meaningColumnName(MeaningColumn column)
     return QLatin1String(names[static_cast<int>(column)]);
 }
 
+bool isNumberColumn(MeaningColumn column)
+{
+    return column != MeaningColumn::Unit && column != MeaningColumn::Labels &&
+           column != MeaningColumn::Bits;
+}
+
 } // namespace kvt

@@ -2,9 +2,7 @@
 #ifndef KVT_TAGS_MEANING_TEXTS_H
 #define KVT_TAGS_MEANING_TEXTS_H
 
-#include "tags/value_type.h"
-
-#include <array>
+#include "tags/column_texts.h"
 
 namespace kvt
 {
@@ -30,22 +28,11 @@ constexpr int MEANING_COLUMNS = 12;
 /// Returns "scale", "offset", "raw_low" and so on.
 QString meaningColumnName(MeaningColumn column);
 
-/// The texts of these columns; an empty one says nothing.
-struct MeaningTexts {
-    std::array<QString, MEANING_COLUMNS> texts;
+/// True for columns that hold a number, which may have a decimal comma.
+bool isNumberColumn(MeaningColumn column);
 
-    QString &operator[](MeaningColumn column) { return texts[static_cast<size_t>(column)]; }
-    const QString &operator[](MeaningColumn column) const
-    {
-        return texts[static_cast<size_t>(column)];
-    }
-};
-
-/// True when all texts are equal.
-inline bool operator==(const MeaningTexts &a, const MeaningTexts &b)
-{
-    return a.texts == b.texts;
-}
+using MeaningTexts = ColumnTexts<MeaningColumn, MEANING_COLUMNS>;
+using MeaningProblem = ColumnProblem<MeaningColumn>;
 
 } // namespace kvt
 

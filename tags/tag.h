@@ -3,6 +3,7 @@
 #define KVT_TAGS_TAG_H
 
 #include "tags/meaning_texts.h"
+#include "tags/value_type.h"
 #include "tags/watch_texts.h"
 
 #include <QString>

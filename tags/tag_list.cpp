@@ -24,12 +24,6 @@ constexpr char BYTE_ORDER_MARK[] = "\xEF\xBB\xBF";
 // A wrong column makes as many errors as the list has rows.
 constexpr int MOST_ERRORS = 100;
 
-bool isNumberColumn(MeaningColumn column)
-{
-    return column != MeaningColumn::Unit && column != MeaningColumn::Labels &&
-           column != MeaningColumn::Bits;
-}
-
 /// Reads the rows of one file; the tags and errors collect in its result.
 class ListReader
 {
@@ -50,9 +44,10 @@ private:
     bool readOrder(ValueForm *form);
     void readMeaning(Tag *tag);
     void readWatch(Tag *tag, const std::optional<ValueConverter> &converter);
-    QString numberField(int column, bool isNumber);
-    template <typename Problem>
-    void note(const Problem &problem);
+    template <typename Column, int COUNT>
+    void readTexts(ColumnTexts<Column, COUNT> *texts);
+    template <typename Column>
+    void note(const QVector<ColumnProblem<Column>> &problems);
     QString conflictOf(const Tag &tag, const TagSpan &span);
     void checkName(const QString &name);
     void checkLength();
@@ -199,46 +194,44 @@ bool ListReader::readForm(Tag *tag)
 }
 
 /// A number may have a decimal comma where commas part no fields.
-QString ListReader::numberField(int column, bool isNumber)
+template <typename Column, int COUNT>
+void ListReader::readTexts(ColumnTexts<Column, COUNT> *texts)
 {
-    const QString text = field(column);
-    return separator_ != ',' && isNumber ? withPoint(text) : text;
+    for (int i = 0; i < COUNT; ++i) {
+        const auto column = static_cast<Column>(i);
+        const QString text = field(columnOf(column));
+        (*texts)[column] = separator_ != ',' && isNumberColumn(column) ? withPoint(text) : text;
+    }
 }
 
-template <typename Problem>
-void ListReader::note(const Problem &problem)
+template <typename Column>
+void ListReader::note(const QVector<ColumnProblem<Column>> &problems)
 {
-    const int column = columnOf(problem.column);
-    QVector<TagError> &list = problem.isWarning ? result_.warnings : result_.errors;
-    list.append({row_.line, fieldOf_[static_cast<size_t>(column)] + 1, tagColumnName(column),
-                 problem.text});
+    for (const ColumnProblem<Column> &problem : problems) {
+        const int column = columnOf(problem.column);
+        QVector<TagError> &list = problem.isWarning ? result_.warnings : result_.errors;
+        list.append({row_.line, fieldOf_[static_cast<size_t>(column)] + 1, tagColumnName(column),
+                     problem.text});
+    }
 }
 
 void ListReader::readMeaning(Tag *tag)
 {
-    for (int i = 0; i < MEANING_COLUMNS; ++i) {
-        const auto column = static_cast<MeaningColumn>(i);
-        tag->meaning[column] = numberField(columnOf(column), isNumberColumn(column));
-    }
+    readTexts(&tag->meaning);
     QVector<MeaningProblem> problems;
     const std::optional<ValueConverter> converter =
         ValueConverter::make(tag->form, tag->area, tag->meaning, &problems);
-    for (const MeaningProblem &problem : problems)
-        note(problem);
+    note(problems);
     readWatch(tag, converter);
 }
 
 /// What is wrong about the meaning hides nothing else but whether the alarm's name is known.
 void ListReader::readWatch(Tag *tag, const std::optional<ValueConverter> &converter)
 {
-    for (int i = 0; i < WATCH_COLUMNS; ++i) {
-        const auto column = static_cast<WatchColumn>(i);
-        tag->watch[column] = numberField(columnOf(column), isNumberColumn(column));
-    }
+    readTexts(&tag->watch);
     QVector<WatchProblem> problems;
     readTagWatch(*tag, converter, &problems);
-    for (const WatchProblem &problem : problems)
-        note(problem);
+    note(problems);
 }
 
 void ListReader::checkName(const QString &name)

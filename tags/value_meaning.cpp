@@ -25,7 +25,7 @@ private:
     void fail(Column column, const QString &text) { problems_->append({column, text, false}); }
     void refuse(Column column, bool fits);
     void refuseMisfits();
-    std::optional<Decimal> number(Column column);
+    std::optional<Decimal> number(Column column) { return numberIn(texts_, column, problems_); }
     void readRatio();
     void readScale();
     void readRange();
@@ -59,18 +59,6 @@ void MeaningReader::refuseMisfits()
                              type == ValueType::U64);
     if (has(Column::Labels) && has(Column::Bits))
         fail(Column::Bits, QStringLiteral("a value has either labels or bits"));
-}
-
-std::optional<Decimal> MeaningReader::number(Column column)
-{
-    if (!has(column))
-        return std::nullopt;
-    Decimal read;
-    const NumberReading reading = readDecimal(texts_[column], &read);
-    if (reading == NumberReading::Good)
-        return read;
-    fail(column, numberFault(reading, texts_[column]));
-    return std::nullopt;
 }
 
 void MeaningReader::readScale()

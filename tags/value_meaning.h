@@ -9,14 +9,7 @@
 namespace kvt
 {
 
-/// What is wrong with one of the texts, or only doubtful.
-struct MeaningProblem {
-    MeaningColumn column;
-    QString text;
-    bool isWarning = false;
-};
-
-/// The same, read.
+/// What these columns say, read.
 struct ValueMeaning {
     std::optional<ValueRatio> ratio; ///< none: values are raw
     std::optional<int> decimals;     ///< none: as many as the ratio asks for

@@ -2,6 +2,7 @@
 #include "tags/tag_list.h"
 
 #include "tests/support/damage.h"
+#include "tests/support/tag_list_fault.h"
 
 #include <QFile>
 #include <QTemporaryDir>
@@ -35,22 +36,6 @@ QVector<Tag> sampleTags()
              QStringLiteral("# no comment")},
             {QStringLiteral(" text "), Area::C, QStringLiteral("9.1.1.69"), 0, ValueType::Hex,
              QStringLiteral("\r\n")}};
-}
-
-/// Says what is wrong with the reading of a list that may be broken.
-QString faultOf(const QByteArray &csv)
-{
-    const TagListResult list = parseTagList(csv);
-    const int lines = 1 + csv.count('\n') + csv.count('\r');
-    for (const TagError &error : list.errors)
-        if (error.text.isEmpty() || error.line < 0 || error.line > lines)
-            return QStringLiteral("an error without its place");
-    if (!list.errors.isEmpty())
-        return QString();
-    const TagListResult again = parseTagList(formatTagList(list.tags));
-    return again.errors.isEmpty() && again.tags == list.tags
-               ? QString()
-               : QStringLiteral("written again, the tags are others");
 }
 
 } // namespace
@@ -366,7 +351,7 @@ private Q_SLOTS:
     {
         QCOMPARE(faultAtDamage(QByteArray(HEADER) + "level,D,5.2.1,1,u16,\"tank, north\"\n"
                                                     "valve,X,1.2.0,255,bool,\n",
-                               faultOf),
+                               tagListFault),
                  QString());
     }
 };

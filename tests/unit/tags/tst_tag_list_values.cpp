@@ -3,6 +3,7 @@
 #include "tags/tag_list.h"
 
 #include "tests/support/damage.h"
+#include "tests/support/tag_list_fault.h"
 
 #include <QtTest>
 
@@ -32,21 +33,6 @@ const char PLANT[] =
     "alarms;D;6.4.0;1;hex;;;;;;;;;\"0=door open;3=dry run\"\r\n"
     "name;C;9.0.1.10;3;string:8:utf8;;;;;;;;;\r\n"
     "ready;D;7.0.0;1;bit:3:rmw;;;;;;;;;\r\n";
-
-QString faultOf(const QByteArray &csv)
-{
-    const TagListResult list = parseTagList(csv);
-    const int lines = 1 + csv.count('\n') + csv.count('\r');
-    for (const TagError &error : list.errors + list.warnings)
-        if (error.text.isEmpty() || error.line < 0 || error.line > lines)
-            return QStringLiteral("an error without its place");
-    if (!list.errors.isEmpty())
-        return QString();
-    const TagListResult again = parseTagList(formatTagList(list.tags));
-    return again.errors.isEmpty() && again.tags == list.tags
-               ? QString()
-               : QStringLiteral("written again, the tags are others");
-}
 
 } // namespace
 
@@ -220,7 +206,7 @@ private Q_SLOTS:
 
     void aDamagedListIsRefusedWithAPlaceOrReadAsItStands()
     {
-        QCOMPARE(faultAtDamage(PLANT, faultOf), QString());
+        QCOMPARE(faultAtDamage(PLANT, tagListFault), QString());
     }
 };
 

@@ -1,5 +1,5 @@
-// Values of tags: bytes to text and back.
-#include "tags/tag_value.h"
+// Values of one element that mean nothing but themselves: elements to text and back.
+#include "tags/value_converter.h"
 
 #include <QtTest>
 
@@ -8,73 +8,84 @@ using namespace kvt;
 Q_DECLARE_METATYPE(Area)
 Q_DECLARE_METATYPE(ValueType)
 
-class TestTagValue : public QObject
+namespace
+{
+
+ValueConverter plainConverter(Area area, ValueType type)
+{
+    QVector<MeaningProblem> problems;
+    return *ValueConverter::make(ValueForm(type), area, MeaningTexts(), &problems);
+}
+
+QString textOf(Area area, ValueType type, quint16 element)
+{
+    return plainConverter(area, type).textOf(&element);
+}
+
+} // namespace
+
+class TestPlainValues : public QObject
 {
     Q_OBJECT
 
 private Q_SLOTS:
-    void bytesBecomeText_data()
+    void elementsBecomeText_data()
     {
         QTest::addColumn<Area>("area");
         QTest::addColumn<ValueType>("type");
-        QTest::addColumn<QByteArray>("bytes");
+        QTest::addColumn<int>("element");
         QTest::addColumn<QString>("text");
-        const auto hex = [](const char *digits) { return QByteArray::fromHex(digits); };
-        QTest::newRow("X bool 00") << Area::X << ValueType::Bool << hex("00") << "0";
-        QTest::newRow("X bool FF") << Area::X << ValueType::Bool << hex("FF") << "1";
-        QTest::newRow("X bool 00 01: the second is not its own")
-            << Area::X << ValueType::Bool << hex("0001") << "0";
-        QTest::newRow("D bool 00 01") << Area::D << ValueType::Bool << hex("0001") << "1";
-        QTest::newRow("X u8 FF") << Area::X << ValueType::U8 << hex("FF") << "255";
-        QTest::newRow("C u8 80") << Area::C << ValueType::U8 << hex("80") << "128";
-        QTest::newRow("D u16 34 12") << Area::D << ValueType::U16 << hex("3412") << "4660";
-        QTest::newRow("D u16 FF FF") << Area::D << ValueType::U16 << hex("FFFF") << "65535";
-        QTest::newRow("D s16 FF FF") << Area::D << ValueType::S16 << hex("FFFF") << "-1";
-        QTest::newRow("D s16 00 80") << Area::D << ValueType::S16 << hex("0080") << "-32768";
-        QTest::newRow("D hex 0B 0A") << Area::D << ValueType::Hex << hex("0B0A") << "0x0A0B";
-        QTest::newRow("X hex 0B") << Area::X << ValueType::Hex << hex("0B") << "0x0B";
-        QTest::newRow("X without bytes") << Area::X << ValueType::U8 << QByteArray() << "";
-        QTest::newRow("D with one byte") << Area::D << ValueType::U16 << hex("34") << "";
+        QTest::newRow("X bool 00") << Area::X << ValueType::Bool << 0x00 << "0";
+        QTest::newRow("X bool FF") << Area::X << ValueType::Bool << 0xFF << "1";
+        QTest::newRow("D bool 0100") << Area::D << ValueType::Bool << 0x0100 << "1";
+        QTest::newRow("X u8 FF") << Area::X << ValueType::U8 << 0xFF << "255";
+        QTest::newRow("C u8 80") << Area::C << ValueType::U8 << 0x80 << "128";
+        QTest::newRow("D u16 1234") << Area::D << ValueType::U16 << 0x1234 << "4660";
+        QTest::newRow("D u16 FFFF") << Area::D << ValueType::U16 << 0xFFFF << "65535";
+        QTest::newRow("D s16 FFFF") << Area::D << ValueType::S16 << 0xFFFF << "-1";
+        QTest::newRow("D s16 8000") << Area::D << ValueType::S16 << 0x8000 << "-32768";
+        QTest::newRow("D hex 0A0B") << Area::D << ValueType::Hex << 0x0A0B << "0x0A0B";
+        QTest::newRow("X hex 0B") << Area::X << ValueType::Hex << 0x0B << "0x0B";
     }
 
-    void bytesBecomeText()
+    void elementsBecomeText()
     {
         QFETCH(Area, area);
         QFETCH(ValueType, type);
-        QFETCH(QByteArray, bytes);
-        QTEST(formatValue(area, type, bytes), "text");
+        QFETCH(int, element);
+        QTEST(textOf(area, type, static_cast<quint16>(element)), "text");
     }
 
-    void textBecomesBytes_data()
+    void textBecomesAnElement_data()
     {
         QTest::addColumn<Area>("area");
         QTest::addColumn<ValueType>("type");
         QTest::addColumn<QString>("text");
-        QTest::addColumn<QByteArray>("hex");
-        QTest::newRow("bool 1") << Area::X << ValueType::Bool << "1" << QByteArray("01");
-        QTest::newRow("bool on") << Area::X << ValueType::Bool << "On" << QByteArray("01");
-        QTest::newRow("bool true") << Area::X << ValueType::Bool << "true" << QByteArray("01");
-        QTest::newRow("bool false") << Area::D << ValueType::Bool << "FALSE" << QByteArray("0000");
-        QTest::newRow("bool off") << Area::X << ValueType::Bool << " off " << QByteArray("00");
-        QTest::newRow("u8 255") << Area::X << ValueType::U8 << "255" << QByteArray("ff");
-        QTest::newRow("u16 4660") << Area::D << ValueType::U16 << "4660" << QByteArray("3412");
-        QTest::newRow("s16 -1") << Area::D << ValueType::S16 << "-1" << QByteArray("ffff");
-        QTest::newRow("s16 -32768") << Area::D << ValueType::S16 << "-32768" << QByteArray("0080");
-        QTest::newRow("hex 0x0A0B") << Area::D << ValueType::Hex << "0x0A0B" << QByteArray("0b0a");
-        QTest::newRow("u16 0x10") << Area::D << ValueType::U16 << "0x10" << QByteArray("1000");
-        QTest::newRow("s16 0X7FFF") << Area::D << ValueType::S16 << "0X7FFF" << QByteArray("ff7f");
-        QTest::newRow("hex 10") << Area::X << ValueType::Hex << "10" << QByteArray("10");
-        QTest::newRow("hex f") << Area::X << ValueType::Hex << "f" << QByteArray("0f");
+        QTest::addColumn<int>("element");
+        QTest::newRow("bool 1") << Area::X << ValueType::Bool << "1" << 0x01;
+        QTest::newRow("bool on") << Area::X << ValueType::Bool << "On" << 0x01;
+        QTest::newRow("bool true") << Area::X << ValueType::Bool << "true" << 0x01;
+        QTest::newRow("bool false") << Area::D << ValueType::Bool << "FALSE" << 0x0000;
+        QTest::newRow("bool off") << Area::X << ValueType::Bool << " off " << 0x00;
+        QTest::newRow("u8 255") << Area::X << ValueType::U8 << "255" << 0xFF;
+        QTest::newRow("u16 4660") << Area::D << ValueType::U16 << "4660" << 0x1234;
+        QTest::newRow("s16 -1") << Area::D << ValueType::S16 << "-1" << 0xFFFF;
+        QTest::newRow("s16 -32768") << Area::D << ValueType::S16 << "-32768" << 0x8000;
+        QTest::newRow("hex 0x0A0B") << Area::D << ValueType::Hex << "0x0A0B" << 0x0A0B;
+        QTest::newRow("u16 0x10") << Area::D << ValueType::U16 << "0x10" << 0x0010;
+        QTest::newRow("s16 0X7FFF") << Area::D << ValueType::S16 << "0X7FFF" << 0x7FFF;
+        QTest::newRow("hex 10") << Area::X << ValueType::Hex << "10" << 0x10;
+        QTest::newRow("hex f") << Area::X << ValueType::Hex << "f" << 0x0F;
     }
 
-    void textBecomesBytes()
+    void textBecomesAnElement()
     {
         QFETCH(Area, area);
         QFETCH(ValueType, type);
         QFETCH(QString, text);
-        const ParsedValue value = parseValue(area, type, text);
-        QCOMPARE(value.error, QString());
-        QTEST(value.bytes.toHex(), "hex");
+        quint16 element = 0xFFFF;
+        QCOMPARE(plainConverter(area, type).enterInto(text, &element), QString());
+        QTEST(static_cast<int>(element), "element");
     }
 
     void badTextIsRefused_data()
@@ -124,9 +135,9 @@ private Q_SLOTS:
         QFETCH(Area, area);
         QFETCH(ValueType, type);
         QFETCH(QString, text);
-        const ParsedValue value = parseValue(area, type, text);
-        QCOMPARE(value.bytes, QByteArray());
-        QTEST(value.error, "error");
+        quint16 element = 0xA5;
+        QTEST(plainConverter(area, type).enterInto(text, &element), "error");
+        QCOMPARE(element, quint16(0xA5));
     }
 
     void everyWordComesBackFromItsText_data()
@@ -140,15 +151,16 @@ private Q_SLOTS:
     void everyWordComesBackFromItsText()
     {
         QFETCH(ValueType, type);
+        const ValueConverter converter = plainConverter(Area::D, type);
         for (int word = 0; word <= 0xFFFF; ++word) {
-            QByteArray bytes;
-            bytes.append(static_cast<char>(word & 0xFF)).append(static_cast<char>(word >> 8));
-            const QString text = formatValue(Area::D, type, bytes);
-            if (parseValue(Area::D, type, text).bytes != bytes)
+            const auto element = static_cast<quint16>(word);
+            quint16 back = static_cast<quint16>(~element);
+            const QString text = converter.textOf(&element);
+            if (!converter.enterInto(text, &back).isEmpty() || back != element)
                 QFAIL(qPrintable(text));
         }
     }
 };
 
-QTEST_GUILESS_MAIN(TestTagValue)
-#include "tst_tag_value.moc"
+QTEST_GUILESS_MAIN(TestPlainValues)
+#include "tst_plain_values.moc"
