@@ -31,11 +31,21 @@ kvt::Area areaOfReply(const QByteArray &reply)
     return reply.size() == 6 ? kvt::Area::X : reply.size() == 8 ? kvt::Area::D : kvt::Area::C;
 }
 
+bool isDigit(char byte)
+{
+    return (byte >= '0' && byte <= '9') || (byte >= 'A' && byte <= 'F');
+}
+
 bool hasDigit(const QByteArray &bytes)
 {
-    return std::any_of(bytes.cbegin(), bytes.cend(), [](char byte) {
-        return (byte >= '0' && byte <= '9') || (byte >= 'A' && byte <= 'F');
-    });
+    return std::any_of(bytes.cbegin(), bytes.cend(), isDigit);
+}
+
+// Whether bytes are all that the station of `reply` can be told by.
+bool looksLike(const QByteArray &bytes, const QByteArray &reply)
+{
+    return bytes.size() == reply.size() && bytes.startsWith(reply.left(DIGITS_AT)) &&
+           bytes.endsWith(CR) && std::all_of(bytes.cbegin() + DIGITS_AT, bytes.cend() - 1, isDigit);
 }
 
 } // namespace
@@ -111,10 +121,14 @@ void HostileSlave::commitToReply(SlaveFault fault, const QByteArray &reply, qint
         line_.send(begin_ns, reply);
         line_.send(begin_ns + time_ns(), reply);
         break;
-    case SlaveFault::NoiseAhead:
-        line_.send(begin_ns, noise());
+    case SlaveFault::NoiseAhead: {
+        const QByteArray bytes = noise();
+        line_.send(begin_ns, bytes);
         line_.send(begin_ns + time_ns(), reply);
+        if (looksLike(bytes, reply))
+            damaged_.insert(request);
         break;
+    }
     case SlaveFault::NoiseBehind:
         line_.send(begin_ns, reply);
         line_.send(begin_ns + time_ns(), noise());
