@@ -55,6 +55,23 @@ private Q_SLOTS:
         QCOMPARE(collector.bytes(), QByteArray("12\r"));
     }
 
+    void itEndsAtACarriageReturnThatComesAlone()
+    {
+        ReplyCollector collector;
+        collector.start(requestOf(6), false);
+        QCOMPARE(add(&collector, "12"), 2);
+        QCOMPARE(add(&collector, "\r"), 1);
+        QVERIFY(collector.isComplete());
+    }
+
+    void aReplyOfNoLengthIsCompleteAtOnce()
+    {
+        ReplyCollector collector;
+        collector.start(requestOf(0), false);
+        QCOMPARE(add(&collector, "1"), 0);
+        QVERIFY(collector.isComplete());
+    }
+
     void whatRunsOverIsTakenUpToItsCarriageReturn()
     {
         ReplyCollector collector;
@@ -109,6 +126,15 @@ private Q_SLOTS:
                  5);
         QCOMPARE(skip(&collector, "28\r\x06"), 3);
         QCOMPARE(skip(&collector, "\x05"), 0);
+    }
+
+    void anEchoIsNotTakenFromBeyondWhatHasCome()
+    {
+        ReplyCollector collector;
+        const Request request = requestOf(8);
+        collector.start(request, false);
+        QCOMPARE(collector.skipEcho(request.frame.constData(), 3), 3);
+        QCOMPARE(collector.skipEcho(request.frame.constData() + 3, 2), 2);
     }
 
     void nothingIsAnEchoAfterAnotherByte()

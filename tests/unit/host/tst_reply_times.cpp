@@ -40,6 +40,33 @@ private Q_SLOTS:
         QVERIFY(times.pause_ns(1) < milliseconds(12));
     }
 
+    void noTimeAtAllIsKnownAsTheShortest()
+    {
+        ReplyTimes times;
+        times.add(1, -5);
+        QVERIFY(times.isKnown(1));
+        QCOMPARE(times.longest_ns(1), qint64(1));
+    }
+
+    // 800 ms and then 8 make 701 usual ones; the longest sinks by a part in 256 of what is between.
+    void theLongestTimeSinksTowardsTheUsualOne()
+    {
+        ReplyTimes times;
+        times.add(1, milliseconds(800));
+        times.add(1, milliseconds(8));
+        QCOMPARE(times.longest_ns(1), milliseconds(800) - milliseconds(99) / 256);
+    }
+
+    // 8 ms and then 72 make 16 usual ones.
+    void anEighthOfEachTimeIsUsual()
+    {
+        ReplyTimes times;
+        times.add(1, milliseconds(8));
+        times.add(1, milliseconds(72));
+        QVERIFY(!times.isUnusual(1, milliseconds(7)));
+        QVERIFY(times.isUnusual(1, milliseconds(7) - 1));
+    }
+
     void aReplyMuchTooSoonOrTooLateIsUnusual()
     {
         ReplyTimes times;

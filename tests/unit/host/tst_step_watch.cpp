@@ -87,22 +87,48 @@ private Q_SLOTS:
         QCOMPARE(watch.pauseEnd_ns(now_ns), now_ns + 11 * MS);
     }
 
+    void theFirstTimeOfAStationThatFailedCountsOnceItIsProved_data()
+    {
+        QTest::addColumn<int>("station");
+        QTest::newRow("1") << 1;
+        QTest::newRow("0") << 0;
+    }
+
     // Such a reply may be one that was under way to another attempt, and much too fast.
     void theFirstTimeOfAStationThatFailedCountsOnceItIsProved()
+    {
+        QFETCH(int, station);
+        StepWatch watch(ONE_PERCENT, false);
+        qint64 now_ns = 0;
+        watch.lineUp(now_ns);
+        watch.sent(requestOf(station, 8), now_ns, TIMEOUT);
+        watch.somethingOdd();
+        watch.pauseWasSilent(now_ns, now_ns);
+        QVERIFY(exchange(&watch, &now_ns, station));
+        const qint64 end_ns = watch.pauseEnd_ns(now_ns);
+        QCOMPARE(end_ns, now_ns + ReplyTimes::pauseAfter_ns(TIMEOUT));
+        watch.pauseWasSilent(now_ns, end_ns);
+        now_ns = end_ns;
+        exchange(&watch, &now_ns, station);
+        QCOMPARE(watch.pauseEnd_ns(now_ns), now_ns + 3 * MS);
+    }
+
+    void aTimeThatWasNotProvedIsNotThatOfTheNextStation()
     {
         StepWatch watch(ONE_PERCENT, false);
         qint64 now_ns = 0;
         watch.lineUp(now_ns);
         watch.sent(requestOf(1, 8), now_ns, TIMEOUT);
         watch.somethingOdd();
-        watch.pauseWasSilent(now_ns, now_ns);
-        QVERIFY(exchange(&watch, &now_ns));
-        const qint64 end_ns = watch.pauseEnd_ns(now_ns);
-        QCOMPARE(end_ns, now_ns + ReplyTimes::pauseAfter_ns(TIMEOUT));
-        watch.pauseWasSilent(now_ns, end_ns);
-        now_ns = end_ns;
         exchange(&watch, &now_ns);
-        QCOMPARE(watch.pauseEnd_ns(now_ns), now_ns + 3 * MS);
+        watch.sent(requestOf(2, 8), now_ns, TIMEOUT);
+        watch.replied(WORD, now_ns, 8 * MS, false);
+        watch.pauseWasSilent(now_ns, now_ns);
+        now_ns += seconds(1);
+        watch.sent(requestOf(2, 8), now_ns, TIMEOUT);
+        watch.replied(WORD, now_ns, 8 * MS, false);
+        watch.askForProof();
+        QCOMPARE(watch.pauseEnd_ns(now_ns), now_ns + ReplyTimes::pauseAfter_ns(TIMEOUT));
     }
 
     void aPauseAlsoWaitsForASlowStationAskedBefore()
@@ -321,6 +347,54 @@ private Q_SLOTS:
         QVERIFY(!watch.pauseWasSilent(now_ns, now_ns + 11 * MS));
         exchange(&watch, &now_ns, 1, 6, BIT);
         QVERIFY(watch.pauseWasSilent(now_ns, now_ns + 11 * MS));
+    }
+
+    void requestsToStationZeroCountAsAnyOther()
+    {
+        const QByteArray word = QByteArray(WORD).replace(1, 2, "00");
+        StepWatch watch(ONE_PERCENT, false);
+        qint64 now_ns = 0;
+        watch.lineUp(now_ns);
+        watch.sent(requestOf(0, 8), now_ns, TIMEOUT);
+        watch.sent(requestOf(0, 6), now_ns, TIMEOUT);
+        QVERIFY(watch.showsBehind(word));
+        watch.outOfStep(now_ns);
+        exchange(&watch, &now_ns, 0, 8, word); // behind a request that differs
+        QVERIFY(watch.pauseWasSilent(now_ns, now_ns + 11 * MS));
+    }
+
+    void twoAlikeRequestsToStationZeroProveNothing()
+    {
+        const QByteArray word = QByteArray(WORD).replace(1, 2, "00");
+        StepWatch watch(ONE_PERCENT, false);
+        qint64 now_ns = 0;
+        watch.lineUp(now_ns);
+        watch.sent(requestOf(0, 8), now_ns, TIMEOUT);
+        watch.sent(requestOf(0, 6), now_ns, TIMEOUT);
+        QVERIFY(watch.showsBehind(word));
+        watch.outOfStep(now_ns);
+        watch.sent(requestOf(0, 6), now_ns, TIMEOUT);
+        exchange(&watch, &now_ns, 0, 6, QByteArray(BIT).replace(1, 2, "00"));
+        QVERIFY(!watch.pauseWasSilent(now_ns, now_ns + 11 * MS));
+    }
+
+    void ofALineThatIsNewNothingIsKnown()
+    {
+        StepWatch watch(ONE_PERCENT, false);
+        qint64 now_ns = 0;
+        begin(&watch, &now_ns);
+        watch.somethingOdd();
+        watch.askForProof();
+        now_ns += seconds(1000);
+        watch.lineUp(now_ns);
+        QVERIFY(!watch.isPauseDue(now_ns));
+        QCOMPARE(watch.outOfStep(now_ns), now_ns);
+        watch.lineUp(now_ns);
+        watch.sent(requestOf(1, 6), now_ns, TIMEOUT);
+        QVERIFY(!watch.showsBehind(WORD));
+        exchange(&watch, &now_ns);
+        watch.pauseWasSilent(now_ns, now_ns + 11 * MS);
+        QVERIFY(!exchange(&watch, &now_ns)); // nothing of what was odd before is left
     }
 
     void aNewLineBeginsAfresh()
