@@ -62,15 +62,15 @@ void HostileSlave::receive(const QByteArray &frame, qint64 now_ns, int request, 
     line_.send(start_ns(frame, now_ns), carryOut(frame, request));
 }
 
-// A byte below 0x80 lets so many requests pass, any other is the next fault.
+// A byte below 0x80 lets some requests pass, mostly few: faults are what an input is for. Any other
+// is the next fault.
 bool HostileSlave::isFaultDue()
 {
     if (undisturbed_ == 0 && !input_.isEmpty()) {
-        undisturbed_ = input_.byte();
-        if (undisturbed_ >= 0x80) {
-            undisturbed_ = 0;
+        const int next = input_.byte();
+        if (next >= 0x80)
             return true;
-        }
+        undisturbed_ = next < 0x60 ? next % 8 : next % 32 * 4;
     }
     undisturbed_ = std::max(undisturbed_ - 1, 0);
     return false;
