@@ -109,8 +109,25 @@ private Q_SLOTS:
         QCOMPARE(end_ns, now_ns + ReplyTimes::pauseAfter_ns(TIMEOUT));
         watch.pauseWasSilent(now_ns, end_ns);
         now_ns = end_ns;
+        watch.sent(requestOf(station, 8), now_ns, TIMEOUT);
+        watch.replied(WORD, now_ns, 8 * MS, false);
+        QCOMPARE(watch.pauseEnd_ns(now_ns), now_ns + 11 * MS);
         exchange(&watch, &now_ns, station);
         QCOMPARE(watch.pauseEnd_ns(now_ns), now_ns + 3 * MS);
+    }
+
+    // An end of a request that is reckoned ahead may make it that.
+    void aFirstTimeOfNothingCountsAsWell()
+    {
+        StepWatch watch(ONE_PERCENT, false);
+        watch.lineUp(0);
+        watch.sent(requestOf(1, 8), 0, TIMEOUT);
+        watch.somethingOdd();
+        watch.replied(WORD, 0, 0, true);
+        watch.pauseWasSilent(0, seconds(1));
+        watch.sent(requestOf(1, 8), seconds(1), TIMEOUT);
+        watch.replied(WORD, seconds(1), 8 * MS, false);
+        QCOMPARE(watch.pauseEnd_ns(seconds(1)), seconds(1) + MS + 1);
     }
 
     void aTimeThatWasNotProvedIsNotThatOfTheNextStation()
@@ -167,6 +184,26 @@ private Q_SLOTS:
         while (!watch.isPauseDue(now_ns))
             exchange(&watch, &now_ns);
         QCOMPARE((now_ns - last_ns) / MS, qint64(1104)); // the first end of an exchange from 1,100
+    }
+
+    void aPauseIsDueAsSoonAsItIsEarned()
+    {
+        StepWatch watch(0.5, false);
+        qint64 now_ns = 0;
+        begin(&watch, &now_ns);
+        QVERIFY(!watch.isPauseDue(now_ns + 22 * MS - 2));
+        QVERIFY(watch.isPauseDue(now_ns + 22 * MS));
+    }
+
+    void fromAByteInAPauseOnTheNextIsEarnedAnew()
+    {
+        StepWatch watch(ONE_PERCENT, false);
+        qint64 now_ns = 0;
+        begin(&watch, &now_ns);
+        now_ns += seconds(10);
+        QVERIFY(watch.isPauseDue(now_ns));
+        watch.outOfStep(now_ns);
+        QVERIFY(!watch.isPauseDue(now_ns));
     }
 
     void withoutAShareThereAreNone()

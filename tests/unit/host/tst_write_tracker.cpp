@@ -178,10 +178,10 @@ private Q_SLOTS:
 
     void everyStateAndReasonHasAText()
     {
-        for (int state = 0; state <= int(WriteState::Uncertain); ++state)
+        for (int state = 0; state <= int(WriteState::PartlyWritten); ++state)
             QVERIFY(!writeStateName(WriteState(state)).isEmpty());
         QVERIFY(writeReasonText(WriteReason::None).isEmpty());
-        for (int reason = 1; reason <= int(WriteReason::SentTwice); ++reason)
+        for (int reason = 1; reason <= int(WriteReason::NotRead); ++reason)
             QVERIFY(!writeReasonText(WriteReason(reason)).isEmpty());
     }
 };
