@@ -16,11 +16,6 @@ double asDouble(qint64 time_ns)
     return static_cast<double>(time_ns);
 }
 
-qint64 roundNs(double time_ns)
-{
-    return std::llround(time_ns);
-}
-
 } // namespace
 
 LineForecast forecastClasses(const QVector<ReadLoad> &classes, const ReadLoad &cyclic,
@@ -40,14 +35,14 @@ LineForecast forecastClasses(const QVector<ReadLoad> &classes, const ReadLoad &c
         ClassForecast result;
         result.interval_ns = one.interval_ns;
         result.reads = one.reads;
-        result.expected_ns = roundNs(asDouble(one.interval_ns) * forecast.stretch);
+        result.expected_ns = std::llround(asDouble(one.interval_ns) * forecast.stretch);
         result.share = asDouble(one.round_ns) * (1 + pauseShare) / asDouble(result.expected_ns);
         forecast.classes.append(result);
     }
     if (cyclic.reads > 0)
         forecast.cyclic_ns =
-            roundNs(forecast.isOverloaded() ? cyclic.reads * BURST * forecast.stretch / perNs
-                                            : cyclicRound_ns / (1 - forecast.load));
+            std::llround(forecast.isOverloaded() ? cyclic.reads * BURST * forecast.stretch / perNs
+                                                 : cyclicRound_ns / (1 - forecast.load));
     return forecast;
 }
 

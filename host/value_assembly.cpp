@@ -8,13 +8,6 @@
 namespace kvt
 {
 
-namespace
-{
-
-constexpr size_t MOST_ELEMENTS = 70;
-
-} // namespace
-
 ValueAssembly::ValueAssembly(const QVector<Tag> &tags, const TagIndex &index)
     : index_(index), place_(tags.size(), -1)
 {
@@ -115,7 +108,7 @@ void ValueAssembly::askFor(Value *value, size_t word)
 
 void ValueAssembly::show(Value *value)
 {
-    std::array<quint16, MOST_ELEMENTS> elements = {};
+    std::array<quint16, ELEMENTS_PER_BLOCK> elements = {}; // no value takes more
     bool doubtful = false;
     value->oldest_ns = value->words.front().readAt_ns;
     value->newest_ns = value->oldest_ns;
