@@ -10,7 +10,6 @@
 #include "apps/kvt/tag_template.h"
 #include "host/class_plan.h"
 #include "tags/duration_text.h"
-#include "tags/tag_list.h"
 #include "tags/tag_watch.h"
 
 namespace kvt
@@ -21,22 +20,6 @@ namespace
 
 constexpr qint64 TURNAROUND_ns = milliseconds(2);
 constexpr qint64 OVERHEAD_ns = microseconds(200);
-
-void print(const QString &path, const QVector<TagError> &problems, const char *kind)
-{
-    for (const TagError &problem : problems)
-        printError(QLatin1String(kind) + formatTagError(path, problem));
-}
-
-/// A list that can be read has to be one that can be polled.
-void addPollErrors(TagListResult *list)
-{
-    if (!list->errors.isEmpty())
-        return;
-    list->errors = pollErrors(*list);
-    if (list->tags.isEmpty() && list->errors.isEmpty())
-        list->errors.append({0, 0, QString(), QStringLiteral("it has no tags")});
-}
 
 /// Tags that are read more often than they ask for, since another shares their request.
 void warnOfShared(TagListResult *list)
@@ -84,13 +67,11 @@ void printSummary(const QVector<Tag> &tags, const SerialSettings &serial)
 
 int check(const QString &path, const SerialSettings &serial)
 {
-    TagListResult list = loadTagList(path);
-    addPollErrors(&list);
+    TagListResult list = loadPollableList(path);
     const bool isGood = list.errors.isEmpty();
     if (isGood)
         warnOfShared(&list);
-    print(path, list.errors, "");
-    print(path, list.warnings, "warning: ");
+    printProblems(path, list);
     if (isGood)
         printSummary(list.tags, serial);
     printOut(QStringLiteral("%1, %2\n")

@@ -3,7 +3,6 @@
 #include "apps/kvt/console.h"
 #include "apps/kvt/exit_codes.h"
 #include "tags/nearest_word.h"
-#include "tags/tag_list.h"
 
 #include <QCoreApplication>
 #include <QRegularExpression>
@@ -39,16 +38,11 @@ QString errorText(const QCommandLineParser &parser)
         .arg(first, suggestion(first, optionNames(parser)));
 }
 
-void printErrors(const QString &path, const QVector<TagError> &errors)
+bool takeTags(const QString &path, const TagListResult &list, QVector<Tag> *tags)
 {
-    for (const TagError &error : errors)
-        printError(formatTagError(path, error));
-}
-
-void printWarnings(const QString &path, const QVector<TagError> &warnings)
-{
-    for (const TagError &warning : warnings)
-        printError(QStringLiteral("warning: ") + formatTagError(path, warning));
+    printProblems(path, list);
+    *tags = list.tags;
+    return list.errors.isEmpty();
 }
 
 } // namespace
@@ -109,26 +103,32 @@ bool readNumberIfSet(const QCommandLineParser &parser, const QString &option, in
     return !parser.isSet(option) || readNumber(parser, option, least, most, number);
 }
 
-bool readTags(const QString &path, QVector<Tag> *tags)
-{
-    const TagListResult list = loadTagList(path);
-    printErrors(path, list.errors);
-    printWarnings(path, list.warnings);
-    *tags = list.tags;
-    return list.errors.isEmpty();
-}
-
-bool readPollableTags(const QString &path, QVector<Tag> *tags)
+TagListResult loadPollableList(const QString &path)
 {
     TagListResult list = loadTagList(path);
     if (list.errors.isEmpty())
         list.errors = pollErrors(list);
     if (list.errors.isEmpty() && list.tags.isEmpty())
         list.errors.append({0, 0, QString(), QStringLiteral("it has no tags")});
-    printErrors(path, list.errors);
-    printWarnings(path, list.warnings);
-    *tags = list.tags;
-    return list.errors.isEmpty();
+    return list;
+}
+
+void printProblems(const QString &path, const TagListResult &list)
+{
+    for (const TagError &error : list.errors)
+        printError(formatTagError(path, error));
+    for (const TagError &warning : list.warnings)
+        printError(QStringLiteral("warning: ") + formatTagError(path, warning));
+}
+
+bool readTags(const QString &path, QVector<Tag> *tags)
+{
+    return takeTags(path, loadTagList(path), tags);
+}
+
+bool readPollableTags(const QString &path, QVector<Tag> *tags)
+{
+    return takeTags(path, loadPollableList(path), tags);
 }
 
 void addNeededTagsOption(QCommandLineParser *parser)

@@ -2,7 +2,7 @@
 #ifndef KVT_APPS_KVT_OPTIONS_H
 #define KVT_APPS_KVT_OPTIONS_H
 
-#include "tags/tag.h"
+#include "tags/tag_list.h"
 
 #include <QCommandLineParser>
 #include <QVector>
@@ -31,12 +31,18 @@ bool readNumber(const QCommandLineParser &parser, const QString &option, int lea
 bool readNumberIfSet(const QCommandLineParser &parser, const QString &option, int least, int most,
                      int *number);
 
+/// Reads a tag list that is to be polled: it is an error, too, that it has no tag, or tags that
+/// cannot be polled together.
+TagListResult loadPollableList(const QString &path);
+
+/// Prints the errors and warnings of a list.
+void printProblems(const QString &path, const TagListResult &list);
+
 /// Reads a tag list. False, with one message for each error, when it has any. Warnings are printed
 /// too.
 bool readTags(const QString &path, QVector<Tag> *tags);
 
-/// The same for a list that is to be polled: it also must have a tag, and no tags that cannot be
-/// polled together.
+/// The same for a list that is to be polled.
 bool readPollableTags(const QString &path, QVector<Tag> *tags);
 
 /// Adds --tags to a command that polls such a list and cannot do without.
