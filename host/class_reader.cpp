@@ -1,5 +1,7 @@
 #include "host/class_reader.h"
 
+#include "host/once_reads.h"
+
 namespace kvt
 {
 
@@ -7,12 +9,8 @@ ClassReader::ClassReader(const QVector<Tag> &tags, const TagIndex &index)
     : plan_(tags, index), scheduler_(plan_, 0)
 {
     for (const ClassEntry &entry : plan_.entries()) {
-        const TagCell &cell = index.cells().at(entry.cell);
         Source source;
-        source.request.ownerSubId = CLASS_READ_ID;
-        source.request.areaType = cell.area;
-        source.request.addressText = cell.addressText;
-        source.request.station = cell.station;
+        source.request = onceRead(index.cells().at(entry.cell), CLASS_READ_ID, 0);
         sources_.push_back(source);
     }
 }

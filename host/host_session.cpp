@@ -185,12 +185,7 @@ bool HostSession::queueRead(int id, int tag, int number)
     const TagCell &cell = index_.cells().at(number);
     if (supervisor_.state(cell.station) == StationState::Off)
         return false;
-    RW_VAR request;
-    request.ownerSubId = id;
-    request.plcNo = setup_.comInfo().localPlcNo;
-    request.areaType = cell.area;
-    request.addressText = cell.addressText;
-    request.station = cell.station;
+    RW_VAR request = onceRead(cell, id, setup_.comInfo().localPlcNo);
     // A full queue does not grow.
     if (api_.AddListOnceReadVar(&request, 0) <= onceReads_.count() + classes_.queued())
         return false;

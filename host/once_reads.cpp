@@ -6,6 +6,17 @@
 namespace kvt
 {
 
+RW_VAR onceRead(const TagCell &cell, int id, int plcNo)
+{
+    RW_VAR request;
+    request.ownerSubId = id;
+    request.plcNo = plcNo;
+    request.areaType = cell.area;
+    request.addressText = cell.addressText;
+    request.station = cell.station;
+    return request;
+}
+
 OnceReads::OnceReads(Report report) : report_(std::move(report)) {}
 
 void OnceReads::queued(int id, int tag, int station)

@@ -2,12 +2,18 @@
 #ifndef KVT_HOST_ONCE_READS_H
 #define KVT_HOST_ONCE_READS_H
 
+#include "driver/records.h"
+#include "host/tag_index.h"
+
 #include <QList>
 
 #include <functional>
 
 namespace kvt
 {
+
+/// Returns the driver's one-time read of a cell, whose end is told under `id`.
+RW_VAR onceRead(const TagCell &cell, int id, int plcNo);
 
 /// Mirrors the driver's queue of one-time reads, so that the end of each is reported once.
 /// Polling thread.
