@@ -24,7 +24,6 @@ namespace
 using namespace kvt;
 
 constexpr int BAUD = 38400;
-constexpr int BITS_PER_CHARACTER = 10;
 constexpr int CALIBRATION_BAUD = 460800;
 constexpr qint64 TURNAROUND_ns = milliseconds(2);
 constexpr double VIRTUAL_LIMIT_percent = 2;

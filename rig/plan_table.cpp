@@ -23,7 +23,6 @@ namespace
 using namespace kvt;
 
 constexpr int SPEEDS[] = {9600, 38400, 115200};
-constexpr int BITS_PER_CHARACTER = 10;
 constexpr qint64 TURNAROUND_ns = milliseconds(2);
 constexpr int CALIBRATION_BAUD = 460800;
 constexpr double VIRTUAL_LIMIT_percent = 2;

@@ -10,7 +10,7 @@ std::unique_ptr<Rig> Rig::make(const RigSettings &settings, HostEvents *events, 
     std::unique_ptr<Rig> rig(new Rig);
     rig->settings_ = settings;
     rig->events_ = events;
-    rig->characterTime_ns_ = settings.baud > 0 ? byteTime_ns(settings.baud, 10) : 0;
+    rig->characterTime_ns_ = settings.baud > 0 ? byteTime_ns(settings.baud, BITS_PER_CHARACTER) : 0;
     if (!rig->startHost(error))
         return nullptr;
     PlcConfig plc = settings.plc;

@@ -10,11 +10,13 @@
 namespace kvt
 {
 
+constexpr int BITS_PER_CHARACTER = 10; // of every line here
+
 /// What a run is made of.
 struct RigSettings {
     QString driverPath; ///< of libKVT.so.1
     QVector<Tag> tags;
-    int baud = 38400;      ///< at 10 bits a character; 0: a line without a pace, such as TCP
+    int baud = 38400;      ///< 0: a line without a pace, such as TCP
     qint64 latency_ns = 0; ///< what the host allows an interface to hold bytes back
     SessionSettings session;
     PlcConfig plc;
