@@ -1,4 +1,5 @@
 // kvt tags: checks a tag list, or prints one to begin with.
+#include "apps/kvt/character_format.h"
 #include "apps/kvt/commands.h"
 #include "apps/kvt/common/counted.h"
 #include "apps/kvt/console.h"
@@ -18,6 +19,7 @@ namespace kvt
 namespace
 {
 
+const QString JSON = QStringLiteral("json");
 constexpr qint64 TURNAROUND_ns = milliseconds(2);
 constexpr qint64 OVERHEAD_ns = microseconds(200);
 
@@ -50,34 +52,85 @@ QString scanText(const ScanPlan &plan)
                                    .arg(timeText(plan.scan_ns));
 }
 
-void printSummary(const QVector<Tag> &tags, const SerialSettings &serial)
+/// What a list takes of the line; nothing when it has errors.
+ScanPlan planOf(const TagListResult &list, const SerialSettings &serial)
 {
     PlanSettings settings;
     settings.engine.characterTime_ns = serial.characterTime_ns();
     settings.turnaround_ns = TURNAROUND_ns;
     settings.overhead_ns = OVERHEAD_ns;
-    const ScanPlan plan = planScan(tags, settings);
-    printOut(QStringLiteral("%1, %2, %3 for all of them\nat %4 baud:\n")
-                 .arg(counted(tags.size(), "tag", "tags"),
-                      counted(plan.stations.size(), "station", "stations"),
-                      counted(plan.reads, "request", "requests"))
-                 .arg(serial.baud) +
-             scanText(plan) + classesText(plan.classes));
+    return list.errors.isEmpty() ? planScan(list.tags, settings) : ScanPlan();
 }
 
-int check(const QString &path, const SerialSettings &serial)
+QString summaryText(const QVector<Tag> &tags, const ScanPlan &plan, const SerialSettings &serial)
 {
-    TagListResult list = loadPollableList(path);
-    const bool isGood = list.errors.isEmpty();
-    if (isGood)
-        warnOfShared(&list);
+    return QStringLiteral("%1, %2, %3 for all of them\nat %4 baud:\n")
+               .arg(counted(tags.size(), "tag", "tags"),
+                    counted(plan.stations.size(), "station", "stations"),
+                    counted(plan.reads, "request", "requests"))
+               .arg(serial.baud) +
+           scanText(plan) + classesText(plan.classes);
+}
+
+void printText(const QString &path, const TagListResult &list, const SerialSettings &serial)
+{
     printProblems(path, list);
-    if (isGood)
-        printSummary(list.tags, serial);
+    if (list.errors.isEmpty())
+        printOut(summaryText(list.tags, planOf(list, serial), serial));
     printOut(QStringLiteral("%1, %2\n")
                  .arg(counted(list.errors.size(), "error", "errors"),
                       counted(list.warnings.size(), "warning", "warnings")));
-    return isGood ? EXIT_GOOD : EXIT_USAGE;
+}
+
+void addProblems(const QString &path, const QVector<TagError> &found, const char *severity,
+                 QJsonArray *problems)
+{
+    for (const TagError &one : found) {
+        QJsonObject problem{{QStringLiteral("severity"), QLatin1String(severity)},
+                            {QStringLiteral("file"), path},
+                            {QStringLiteral("text"), one.text}};
+        if (one.line > 0)
+            problem.insert(QStringLiteral("line"), one.line);
+        if (one.column > 0)
+            problem.insert(QStringLiteral("column"), one.column);
+        if (!one.columnName.isEmpty())
+            problem.insert(QStringLiteral("column_name"), one.columnName);
+        problems->append(problem);
+    }
+}
+
+void printJson(const QString &path, const TagListResult &list, const SerialSettings &serial)
+{
+    QJsonArray problems;
+    addProblems(path, list.errors, "error", &problems);
+    addProblems(path, list.warnings, "warning", &problems);
+    QJsonObject summary{{QStringLiteral("errors"), list.errors.size()},
+                        {QStringLiteral("warnings"), list.warnings.size()}};
+    const ScanPlan plan = planOf(list, serial);
+    if (list.errors.isEmpty()) {
+        summary.insert(QStringLiteral("tags"), list.tags.size());
+        summary.insert(QStringLiteral("stations"), plan.stations.size());
+        summary.insert(QStringLiteral("reads"), plan.reads);
+        summary.insert(QStringLiteral("baud"), serial.baud);
+        summary.insert(QStringLiteral("format"), formatName(serial));
+        summary.insert(QStringLiteral("scan_ms"), millisecondsOf(plan.scan_ns));
+        addClassLoad(plan.classes, &summary);
+    }
+    printOut(jsonLine({{QStringLiteral("problems"), problems},
+                       {QStringLiteral("classes"), classesToJson(plan.classes)},
+                       {QStringLiteral("summary"), summary}}));
+}
+
+int check(const QString &path, const SerialSettings &serial, bool asJson)
+{
+    TagListResult list = loadPollableList(path);
+    if (list.errors.isEmpty())
+        warnOfShared(&list);
+    if (asJson)
+        printJson(path, list, serial);
+    else
+        printText(path, list, serial);
+    return list.errors.isEmpty() ? EXIT_GOOD : EXIT_USAGE;
 }
 
 int usage(const QString &text)
@@ -101,6 +154,7 @@ int runTags(const QStringList &arguments)
                                  QStringLiteral("Prints a list to begin with."),
                                  QStringLiteral("| template"));
     addSpeedOptions(&parser);
+    parser.addOption({JSON, QStringLiteral("Print what check finds as a JSON object.")});
     int exitCode = EXIT_GOOD;
     if (parseOptions(&parser, QStringLiteral("tags"), arguments, &exitCode))
         return exitCode;
@@ -114,7 +168,7 @@ int runTags(const QStringList &arguments)
         return EXIT_GOOD;
     }
     if (what == QLatin1String("check") && words.size() == 2)
-        return check(words.at(1), serial);
+        return check(words.at(1), serial, parser.isSet(JSON));
     if (what == QLatin1String("check"))
         return usage(words.size() == 1 ? QStringLiteral("check takes the name of a list")
                                        : QStringLiteral("what is \"%1\"?").arg(words.at(2)));

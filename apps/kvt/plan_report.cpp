@@ -5,8 +5,6 @@
 #include "apps/kvt/outcome_text.h"
 #include "tags/duration_text.h"
 
-#include <QJsonArray>
-
 namespace kvt
 {
 
@@ -93,17 +91,6 @@ QString speedsText(const PlanReport &report)
     return text;
 }
 
-QJsonArray classesToJson(const LineForecast &forecast)
-{
-    QJsonArray classes;
-    for (const ClassForecast &one : forecast.classes)
-        classes.append(QJsonObject{{QStringLiteral("interval_ms"), millisecondsOf(one.interval_ns)},
-                                   {QStringLiteral("reads"), one.reads},
-                                   {QStringLiteral("expected_ms"), millisecondsOf(one.expected_ns)},
-                                   {QStringLiteral("share_percent"), 100 * one.share}});
-    return classes;
-}
-
 QJsonObject stationToJson(const StationPlan &station)
 {
     return {
@@ -126,11 +113,7 @@ QJsonObject summaryToJson(const PlanReport &report)
         {QStringLiteral("write_alone_ms"), millisecondsOf(report.plan.writeAlone_ns)},
         {QStringLiteral("write_busy_ms"), millisecondsOf(report.plan.writeBusy_ns)},
     };
-    if (!report.plan.classes.classes.isEmpty()) {
-        object.insert(QStringLiteral("class_load_percent"), 100 * report.plan.classes.load);
-        object.insert(QStringLiteral("stretch"), report.plan.classes.stretch);
-        object.insert(QStringLiteral("overloaded"), report.plan.classes.isOverloaded());
-    }
+    addClassLoad(report.plan.classes, &object);
     if (report.asked_ms > 0) {
         object.insert(QStringLiteral("asked_ms"), report.asked_ms);
         object.insert(QStringLiteral("achievable"), isAchievable(report));
@@ -157,6 +140,26 @@ QString classesText(const LineForecast &forecast)
                     .arg(timeText(one.expected_ns), 12)
                     .arg(percentText(one.share), 11);
     return text + QLatin1Char('\n');
+}
+
+QJsonArray classesToJson(const LineForecast &forecast)
+{
+    QJsonArray classes;
+    for (const ClassForecast &one : forecast.classes)
+        classes.append(QJsonObject{{QStringLiteral("interval_ms"), millisecondsOf(one.interval_ns)},
+                                   {QStringLiteral("reads"), one.reads},
+                                   {QStringLiteral("expected_ms"), millisecondsOf(one.expected_ns)},
+                                   {QStringLiteral("share_percent"), 100 * one.share}});
+    return classes;
+}
+
+void addClassLoad(const LineForecast &forecast, QJsonObject *summary)
+{
+    if (forecast.classes.isEmpty())
+        return;
+    summary->insert(QStringLiteral("class_load_percent"), 100 * forecast.load);
+    summary->insert(QStringLiteral("stretch"), forecast.stretch);
+    summary->insert(QStringLiteral("overloaded"), forecast.isOverloaded());
 }
 
 bool isAchievable(const PlanReport &report)

@@ -5,6 +5,7 @@
 #include "host/scan_plan.h"
 #include "host/serial_line.h"
 
+#include <QJsonArray>
 #include <QJsonObject>
 
 namespace kvt
@@ -25,6 +26,12 @@ bool isAchievable(const PlanReport &report);
 /// Returns how often the classes of a list are read and what they take of the line; empty when
 /// there are none.
 QString classesText(const LineForecast &forecast);
+
+/// The same as JSON, an object for each class.
+QJsonArray classesToJson(const LineForecast &forecast);
+
+/// Adds to a summary what keeping all intervals takes of the line; nothing when there are none.
+void addClassLoad(const LineForecast &forecast, QJsonObject *summary);
 
 QString planText(const PlanReport &report);
 

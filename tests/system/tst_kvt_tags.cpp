@@ -1,6 +1,7 @@
 // kvt tags: what is said about a list, and the one to begin with.
 #include "tests/support/kvt_process.h"
 
+#include <QJsonArray>
 #include <QTemporaryDir>
 #include <QtTest>
 
@@ -84,6 +85,63 @@ private Q_SLOTS:
                  text);
         QVERIFY2(text.contains("\n     100 ms        1     100.0 ms      19.1 %\n"), text);
         QVERIFY2(text.endsWith("\n0 errors, 1 warning\n"), text);
+    }
+
+    void aWrongListIsToldInJson()
+    {
+        const QString path = save("wrong.csv", WRONG_LIST);
+        KvtProcess kvt;
+        QCOMPARE(kvt.run({QStringLiteral("tags"), QStringLiteral("check"), path,
+                          QStringLiteral("--json")}),
+                 2);
+        QCOMPARE(kvt.errors(), QByteArray());
+        const QJsonObject found = kvt.outputObject();
+        const QJsonArray problems = found.value(QStringLiteral("problems")).toArray();
+        QCOMPARE(problems.size(), 11);
+        QCOMPARE(problems.first().toObject(),
+                 (QJsonObject{{"severity", "error"},
+                              {"file", path},
+                              {"line", 4},
+                              {"column", 4},
+                              {"column_name", "station"},
+                              {"text", "\"300\" is no station (0 to 255)"}}));
+        QCOMPARE(problems.last().toObject(),
+                 (QJsonObject{{"severity", "warning"},
+                              {"file", path},
+                              {"line", 2},
+                              {"column", 19},
+                              {"column_name", "Scal"},
+                              {"text", "is not known; is \"scale\" meant?"}}));
+        QCOMPARE(found.value(QStringLiteral("classes")).toArray(), QJsonArray());
+        QCOMPARE(found.value(QStringLiteral("summary")).toObject(),
+                 (QJsonObject{{"errors", 10}, {"warnings", 1}}));
+    }
+
+    // The figures of aGoodListIsSummedUp.
+    void aGoodListIsSummedUpInJson()
+    {
+        const QString path = save("good.csv", GOOD_LIST);
+        KvtProcess kvt;
+        QCOMPARE(kvt.run({QStringLiteral("tags"), QStringLiteral("check"), QStringLiteral("--json"),
+                          path}),
+                 0);
+        QCOMPARE(kvt.errors(), QByteArray());
+        const QJsonObject found = kvt.outputObject();
+        QCOMPARE(found.value(QStringLiteral("problems")).toArray().size(), 1);
+        const QJsonObject warning =
+            found.value(QStringLiteral("problems")).toArray().first().toObject();
+        QCOMPARE(warning.value(QStringLiteral("line")).toInt(), 4);
+        QVERIFY(!warning.contains(QStringLiteral("column")));
+        const QJsonArray classes = found.value(QStringLiteral("classes")).toArray();
+        QCOMPARE(classes.size(), 2);
+        QCOMPARE(classes.first().toObject().value(QStringLiteral("interval_ms")).toDouble(), 100.0);
+        const QJsonObject summary = found.value(QStringLiteral("summary")).toObject();
+        QCOMPARE(summary.value(QStringLiteral("tags")).toInt(), 4);
+        QCOMPARE(summary.value(QStringLiteral("stations")).toInt(), 2);
+        QCOMPARE(summary.value(QStringLiteral("reads")).toInt(), 3);
+        QCOMPARE(qRound(10 * summary.value(QStringLiteral("scan_ms")).toDouble()), 294);
+        QCOMPARE(qRound(10 * summary.value(QStringLiteral("class_load_percent")).toDouble()), 353);
+        QCOMPARE(summary.value(QStringLiteral("overloaded")), QJsonValue(false));
     }
 
     void theTemplateIsAListWithoutFault()
