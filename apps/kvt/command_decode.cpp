@@ -2,7 +2,7 @@
 #include "apps/kvt/commands.h"
 #include "apps/kvt/console.h"
 #include "apps/kvt/exit_codes.h"
-#include "apps/kvt/frames/frame_explanation.h"
+#include "apps/kvt/frame_values.h"
 #include "apps/kvt/moment_option.h"
 #include "apps/kvt/options.h"
 #include "apps/kvt/trace_filter.h"
@@ -66,7 +66,9 @@ QStringList frameTexts(const QStringList &words)
 class FrameDecoder
 {
 public:
-    explicit FrameDecoder(const DecodeOptions &options) : options_(options) {}
+    explicit FrameDecoder(const DecodeOptions &options) : options_(options), values_(options.tags)
+    {
+    }
 
     bool decode(const QString &text)
     {
@@ -75,7 +77,8 @@ public:
             printError(QStringLiteral("decode: \"%1\": %2").arg(text.left(60), frameError(text)));
             return false;
         }
-        const FrameExplanation explanation = explainFrame(frame, request_, options_.tags);
+        FrameExplanation explanation = explainFrame(frame, request_, options_.tags);
+        values_.addTo(frame, request_, &explanation);
         printOut(options_.json ? jsonLine(explanationToJson(frame, explanation))
                                : explanationText(frame, explanation));
         request_ = explanation.kind == FrameKind::Request ? frame : QByteArray();
@@ -94,6 +97,7 @@ public:
 
 private:
     DecodeOptions options_;
+    FrameValues values_;
     QByteArray request_;
     int frames_ = 0;
     int wrong_ = 0; // those with problems
@@ -251,9 +255,10 @@ void addOptions(QCommandLineParser *parser)
         QStringLiteral("Bytes in hexadecimal, with or without blanks, at most 4096; \"-\" reads "
                        "frames from standard input, one a line; or the file of a trace."),
         QStringLiteral("FRAME... | - | FILE"));
-    parser->addOption({QStringLiteral("tags"),
-                       QStringLiteral("Name the tags of this list that a request concerns."),
-                       QStringLiteral("FILE")});
+    parser->addOption(
+        {QStringLiteral("tags"),
+         QStringLiteral("Name the tags of this list that a request concerns, and their values."),
+         QStringLiteral("FILE")});
     parser->addOption({QStringLiteral("json"), QStringLiteral("Print JSON, one object per line.")});
     parser->addOption({QStringLiteral("station"),
                        QStringLiteral("Of a trace: only exchanges with this station, 0 to 255."),

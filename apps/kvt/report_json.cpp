@@ -10,23 +10,6 @@
 namespace kvt
 {
 
-namespace
-{
-
-QJsonObject tagToJson(const Tag &tag)
-{
-    QJsonObject object{
-        {QStringLiteral("area"), areaName(tag.area)},
-        {QStringLiteral("address"), tag.address},
-        {QStringLiteral("station"), tag.station},
-    };
-    if (!tag.name.isEmpty())
-        object.insert(QStringLiteral("name"), tag.name);
-    return object;
-}
-
-} // namespace
-
 QJsonObject polledTagToJson(const Tag &tag, const TagValue &value, const TagResult &result,
                             qint64 now_ns)
 {

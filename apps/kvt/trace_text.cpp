@@ -131,11 +131,14 @@ void TraceText::note(const TraceRecord &record)
 }
 
 // What arrives may be a piece of a reply; it is explained where the driver judges the whole.
-FrameExplanation TraceText::explanationOf(const TraceRecord &record) const
+FrameExplanation TraceText::explanationOf(const TraceRecord &record)
 {
     const bool isFrame = record.is(trace::SENT) || record.is(trace::JUDGED);
-    return isFrame && !record.bytes(0).isEmpty() ? explainFrame(record.bytes(0), request_, tags_)
-                                                 : FrameExplanation();
+    if (!isFrame || record.bytes(0).isEmpty())
+        return FrameExplanation();
+    FrameExplanation explanation = explainFrame(record.bytes(0), request_, tags_);
+    values_.addTo(record.bytes(0), request_, &explanation);
+    return explanation;
 }
 
 QString TraceText::textOf(const TraceRecord &record, const FrameExplanation &explanation) const

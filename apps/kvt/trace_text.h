@@ -2,7 +2,7 @@
 #ifndef KVT_APPS_KVT_TRACE_TEXT_H
 #define KVT_APPS_KVT_TRACE_TEXT_H
 
-#include "apps/kvt/frames/frame_explanation.h"
+#include "apps/kvt/frame_values.h"
 #include "host/trace_reader.h"
 
 #include <QJsonObject>
@@ -15,10 +15,10 @@ namespace kvt
 class TraceText
 {
 public:
-    /// Requests name those of `tags` that they concern; may be empty. `startedAt` is the time of
-    /// day from which the stamps count; invalid when it is not known.
+    /// Requests name those of `tags` that they concern, and replies their values; may be empty.
+    /// `startedAt` is the time of day from which the stamps count; invalid when it is not known.
     TraceText(const QVector<Tag> &tags, const QDateTime &startedAt)
-        : tags_(tags), startedAt_(startedAt)
+        : tags_(tags), values_(tags), startedAt_(startedAt)
     {
     }
 
@@ -34,10 +34,11 @@ public:
 
 private:
     void note(const TraceRecord &record);
-    FrameExplanation explanationOf(const TraceRecord &record) const;
+    FrameExplanation explanationOf(const TraceRecord &record);
     QString textOf(const TraceRecord &record, const FrameExplanation &explanation) const;
 
     QVector<Tag> tags_;
+    FrameValues values_;
     QDateTime startedAt_;
     QByteArray request_;
 };

@@ -119,6 +119,18 @@ void ValueTexts::insertInto(int tag, const TagValue &value, QJsonObject *object)
         object->insert(QStringLiteral("unit"), converter(tag).unit());
 }
 
+QJsonObject tagToJson(const Tag &tag)
+{
+    QJsonObject object{
+        {QStringLiteral("area"), areaName(tag.area)},
+        {QStringLiteral("address"), tag.address},
+        {QStringLiteral("station"), tag.station},
+    };
+    if (!tag.name.isEmpty())
+        object.insert(QStringLiteral("name"), tag.name);
+    return object;
+}
+
 QString resultText(const TagResult &result, bool stationIsOff)
 {
     const bool hasFailed = result.code != 0 && result.end != AttemptEnd::Replied;

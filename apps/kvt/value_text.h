@@ -39,6 +39,9 @@ private:
     std::vector<ValueConverter> converters_;
 };
 
+/// Returns what names a tag.
+QJsonObject tagToJson(const Tag &tag);
+
 /// Returns how the latest reading of a tag ended, with its code: "no reply (41)"; empty while there
 /// is none. A station that is off is said to be: "off: no reply (41)", or "off" if the tag itself
 /// has not failed.

@@ -93,8 +93,79 @@ private Q_SLOTS:
             0);
         QVERIFY(kvt.readLineWith("request: ").contains("at station 1: level (D) (8 bytes)"));
         QVERIFY(kvt.readLineWith("request: ").contains("at station 1: recipe (C) (8 bytes)"));
-        QVERIFY(kvt.readLineWith("request: ").contains("at station 1: valve (X) (10 bytes)"));
+        QVERIFY(kvt.readLineWith("request: ")
+                    .contains("at station 1: valve (X): valve = 1 (10 bytes)"));
         QVERIFY(kvt.readLineWith("request: ").contains("at station 1: valve (X) (8 bytes)"));
+    }
+
+    void repliesAndWritesTellTheValuesOfTags_data()
+    {
+        QTest::addColumn<QStringList>("frames");
+        QTest::addColumn<QString>("said"); // behind the station of the last one
+        const QString block =
+            QStringLiteral("063031") +
+            QString(8, QLatin1Char('0')).replace(QLatin1Char('0'), QStringLiteral("30")) +
+            QStringLiteral("3043") +
+            QString(130, QLatin1Char('0')).replace(QLatin1Char('0'), QStringLiteral("30")) +
+            QStringLiteral("0D");
+        QTest::newRow("one word") << QStringList{"053031303532380D", "0630313030 4436 0D"}
+                                  << ": level = 21.4 °C (214)";
+        QTest::newRow("an element of a block")
+            << QStringList{"053031303533300D", block} << ": recipe = 6.0 (12)";
+        QTest::newRow("first word")
+            << QStringList{"053031303630300D", "063031303036340D"} << ": energy, word 1 of 2";
+        QTest::newRow("both words") << QStringList{"053031303630300D", "063031303036340D",
+                                                   "053031303630380D", "063031303030310D"}
+                                    << ": energy = 6563.6 kWh (65636)"; // 0001 0064
+        QTest::newRow("first word again")
+            << QStringList{"053031303630300D", "063031303036340D", "053031303630380D",
+                           "063031303030310D", "053031303630300D", "063031303036340D"}
+            << ": energy, word 1 of 2";
+        QTest::newRow("written word")
+            << QStringList{"05303130353239303044360D"} << ": level (D): level = 21.4 °C (214)";
+        QTest::newRow("first written word")
+            << QStringList{"05303130363031303037440D"} << ": energy (D, word 1 of 2)";
+        QTest::newRow("both written words")
+            << QStringList{"05303130363031303037440D", "05303130363039303030300D"}
+            << ": energy (D, word 2 of 2): energy = 12.5 kWh (125)";
+        QTest::newRow("another area") << QStringList{"053031303532380D", "06303130310D"} << "";
+        QTest::newRow("no request") << QStringList{"063031303044360D"} << "";
+        QTest::newRow("acknowledgement")
+            << QStringList{"05303130353239303044360D", "06303130310D"} << "";
+    }
+
+    void repliesAndWritesTellTheValuesOfTags()
+    {
+        QFETCH(QStringList, frames);
+        QFETCH(QString, said);
+        const QTemporaryDir folder;
+        QFile file(folder.filePath(QStringLiteral("tags.csv")));
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        file.write("name,area,address,station,type,order,scale,unit\n"
+                   "level,D,5.2.1,1,s16,,0.1,°C\nrecipe,C,5.3.0.4,1,u8,,0.5,\n"
+                   "energy,D,6.0.0,1,u32,cdab,0.1,kWh\n");
+        file.close();
+        KvtProcess kvt;
+        QCOMPARE(kvt.run(QStringList{QStringLiteral("decode"), QStringLiteral("--json"),
+                                     QStringLiteral("--tags"), file.fileName()} +
+                         frames),
+                 0);
+        const QByteArrayList lines = kvt.output().trimmed().split('\n');
+        const QJsonObject last = QJsonDocument::fromJson(lines.at(frames.size() - 1)).object();
+        QCOMPARE(problemsOf(last), QString());
+        const QString text = last.value(QStringLiteral("text")).toString();
+        QCOMPARE(text.section(QStringLiteral("station 1"), 1), said);
+        const QJsonArray values = last.value(QStringLiteral("values")).toArray();
+        QCOMPARE(values.size(), said.contains(QLatin1Char('=')) ? 1 : 0);
+        if (values.isEmpty())
+            return;
+        const QJsonObject value = values.first().toObject();
+        QVERIFY2(said.contains(value.value(QStringLiteral("name")).toString() +
+                               QStringLiteral(" = ") +
+                               value.value(QStringLiteral("text")).toString()),
+                 lines.last());
+        QVERIFY(
+            said.endsWith(QStringLiteral("(%1)").arg(value.value(QStringLiteral("raw")).toInt())));
     }
 
     void framesAreReadFromStandardInput()

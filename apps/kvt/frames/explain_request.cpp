@@ -3,10 +3,7 @@
 #include "apps/kvt/frames/explainers.h"
 #include "apps/kvt/frames/field_reader.h"
 #include "apps/kvt/frames/frame_text.h"
-#include "tags/tag_address.h"
-#include "tags/tag_elements.h"
-
-#include <algorithm>
+#include "apps/kvt/frames/request_parts.h"
 
 namespace kvt
 {
@@ -15,23 +12,6 @@ namespace
 {
 
 constexpr int FRAME_AROUND_VALUE_bytes = 8;
-constexpr int NO_VALUE_COMMAND = 18; // together with the address nibble 1
-
-struct RequestParts {
-    int station = -1;
-    int command = -1;
-    int addressByte = -1;
-    int valueDigits = 0;
-    int value = -1;
-
-    bool isWrite() const { return valueDigits > 0; }
-    bool isCommand() const
-    {
-        return !isWrite() && command == NO_VALUE_COMMAND &&
-               (addressByte == 0x11 || addressByte == 0x19);
-    }
-    bool isWhole() const { return station >= 0 && command >= 0 && addressByte >= 0; }
-};
 
 // The address text that asks with this address byte through its nibble; empty when none does.
 QString nibbleText(const RequestParts &parts)
@@ -79,42 +59,16 @@ QString actionText(const RequestParts &parts)
              addressText(parts));
 }
 
-bool concerns(const RequestParts &parts, const Tag &tag, const QString &addressText)
-{
-    TagAddress address;
-    if (tag.station != parts.station ||
-        !parseTagAddress(tag.area, addressText, &address).isEmpty() || address.a != parts.command)
-        return false;
-    if (!parts.isWrite() && !parts.isCommand())
-        return readAddressByte(address) == parts.addressByte;
-    const Area area = parts.valueDigits == 2 ? Area::X : Area::D;
-    return tag.area == area && writeAddressByte(address) == parts.addressByte;
-}
-
-/// Returns which part of a tag the request is about, empty for a tag as a whole; null if it is
-/// about none.
-QString partOf(const RequestParts &parts, const Tag &tag)
-{
-    const QStringList texts = elementTexts(tag);
-    const auto found = std::find_if(texts.begin(), texts.end(), [&](const QString &text) {
-        return concerns(parts, tag, text);
-    });
-    if (found == texts.end())
-        return QString();
-    const bool isWhole = texts.size() == 1 || tag.area == Area::C;
-    return isWhole ? QStringLiteral("")
-                   : QStringLiteral(", word %1 of %2")
-                         .arg(static_cast<int>(found - texts.begin()) + 1)
-                         .arg(texts.size());
-}
-
 QString tagNames(const RequestParts &parts, const QVector<Tag> &tags)
 {
     QStringList names;
-    for (const Tag &tag : tags) {
-        const QString part = partOf(parts, tag);
-        if (!part.isNull())
-            names.append(QStringLiteral("%1 (%2%3)").arg(tag.name, areaName(tag.area), part));
+    for (const TagPart &part : partsMeant(parts, tags)) {
+        const Tag &tag = tags.at(part.tag);
+        const bool isWhole = part.elements == 1 || tag.area == Area::C;
+        const QString word =
+            isWhole ? QString()
+                    : QStringLiteral(", word %1 of %2").arg(part.element + 1).arg(part.elements);
+        names.append(QStringLiteral("%1 (%2%3)").arg(tag.name, areaName(tag.area), word));
     }
     return names.join(QStringLiteral(", "));
 }

@@ -6,8 +6,6 @@
 #include "apps/kvt/frames/frame_text.h"
 #include "driver/records.h"
 
-#include <QJsonArray>
-
 namespace kvt
 {
 
@@ -92,6 +90,8 @@ QJsonObject explanationToJson(const QByteArray &frame, const FrameExplanation &e
         {QStringLiteral("problems"), QJsonArray::fromStringList(explanation.problems)}};
     if (explanation.station >= 0)
         object.insert(QStringLiteral("station"), explanation.station);
+    if (!explanation.values.isEmpty())
+        object.insert(QStringLiteral("values"), explanation.values);
     return object;
 }
 

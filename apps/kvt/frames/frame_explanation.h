@@ -5,6 +5,7 @@
 #include "tags/tag.h"
 
 #include <QByteArray>
+#include <QJsonArray>
 #include <QJsonObject>
 #include <QStringList>
 #include <QVector>
@@ -28,6 +29,7 @@ struct FrameExplanation {
     int station = -1;           ///< -1: none could be read
     QString summary;            ///< one line
     QVector<FrameField> fields; ///< in order; all bytes of the frame
+    QJsonArray values;          ///< of tags, those that it completes
     QStringList problems;       ///< what is wrong with it; empty when all is well
 };
 
