@@ -25,8 +25,6 @@
 #include "tests/fuzz/support/slave_witness.h"
 #include "tests/fuzz/support/story.h"
 
-#include <climits>
-
 namespace
 {
 
@@ -66,7 +64,7 @@ struct Choices {
     LineKind line;
     qint64 hostCharacter_ns;
     qint64 turnaround_ns[2];
-    bool patient;  // waits for a station that is off, however many exchanges that takes
+    bool patient;  // waits for a station that is off, which takes many requests
     bool recovers; // goes on until all is well again: half of an input's time
 };
 
@@ -106,7 +104,8 @@ private:
     void recover()
     {
         faultsEnded_ = true;
-        recoversUntil_ = choices_.patient ? INT_MAX : witness_.request() + MOST_REQUESTS;
+        recoversUntil_ =
+            witness_.request() + (choices_.patient ? 4 * MOST_REQUESTS : MOST_REQUESTS);
         stepUntilWell(RECOVERY_ns);
         const QSet<int> off = witness_.stationsOff();
         stepUntilWell(LAST_READINGS_ns);
@@ -315,7 +314,7 @@ private:
     qint64 mended_ns_ = kvt::NEVER;
     qint64 sentAt_ns_ = 0;
     qint64 provedUntil_ns_ = 0;
-    int recoversUntil_ = 0; // the request from which on an input that is not patient ends
+    int recoversUntil_ = 0; // the request from which on that is given up
     bool awaitsReply_ = false;
     bool faultsEnded_ = false;
     bool faultIsActive_ = false;
