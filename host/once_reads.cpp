@@ -21,19 +21,20 @@ OnceReads::OnceReads(Report report) : report_(std::move(report)) {}
 
 void OnceReads::queued(int id, int tag, int station)
 {
-    queue_.append({id, tag, station});
+    queue_.push_back({id, tag, station});
     asked_ += id > 0 ? 1 : 0;
 }
 
 int OnceReads::ended(int id)
 {
-    for (int i = 0; i < queue_.size(); ++i) {
-        if (queue_.at(i).id != id)
-            continue;
-        asked_ -= id > 0 ? 1 : 0;
-        return queue_.takeAt(i).tag;
-    }
-    return -1;
+    const auto found = std::find_if(queue_.begin(), queue_.end(),
+                                    [id](const Entry &entry) { return entry.id == id; });
+    if (found == queue_.end())
+        return -1;
+    const int tag = found->tag;
+    queue_.erase(found);
+    asked_ -= id > 0 ? 1 : 0;
+    return tag;
 }
 
 bool OnceReads::contains(int id) const
@@ -55,12 +56,12 @@ void OnceReads::stopped()
 template <typename Condition>
 void OnceReads::failWhere(Condition condition)
 {
-    const QList<Entry> before = std::exchange(queue_, QList<Entry>());
-    QList<Entry> failed;
+    const std::vector<Entry> before = std::exchange(queue_, {});
+    std::vector<Entry> failed;
     asked_ = 0;
     for (const Entry &entry : before) {
         if (condition(entry))
-            failed.append(entry);
+            failed.push_back(entry);
         else
             queued(entry.id, entry.tag, entry.station);
     }

@@ -5,9 +5,8 @@
 #include "driver/records.h"
 #include "host/tag_index.h"
 
-#include <QList>
-
 #include <functional>
+#include <vector>
 
 namespace kvt
 {
@@ -39,7 +38,7 @@ public:
     void stopped();
 
     /// Number in the driver's queue.
-    int count() const { return queue_.size(); }
+    int count() const { return static_cast<int>(queue_.size()); }
 
     /// Number of those with ids above 0, for which somebody waits.
     int asked() const { return asked_; }
@@ -57,7 +56,7 @@ private:
     void failWhere(Condition condition);
 
     Report report_;
-    QList<Entry> queue_;
+    std::vector<Entry> queue_; // in which a request more asks nothing of the heap
     int asked_ = 0;
 };
 
