@@ -90,10 +90,10 @@ bool FrameValues::take(const TagPart &part, const QByteArray &digits, Elements *
 {
     const Tag &tag = tags_.at(part.tag);
     const int width = 2 * valueSize(tag.area);
-    const int count = tag.area == Area::C ? part.elements : 1;
-    for (int i = 0; i < count; ++i)
-        (*seen)[static_cast<size_t>(part.element + i)] =
-            hexNumber(digits.mid((placeOf(tag) + i) * width, width));
+    const int end = part.element + (tag.area == Area::C ? part.elements : 1);
+    for (int element = part.element; element < end; ++element)
+        (*seen)[static_cast<size_t>(element)] =
+            hexNumber(digits.mid((placeOf(tag) + element - part.element) * width, width));
     return std::find(seen->begin(), seen->end(), NOT_SEEN) == seen->end();
 }
 
