@@ -3,6 +3,7 @@
 #include "tags/number_text.h"
 
 #include <charconv>
+#include <cmath>
 
 namespace kvt
 {
@@ -154,12 +155,39 @@ int compare(const Decimal &a, const Decimal &b)
 
 double toDouble(const Decimal &number)
 {
-    // Both exact as doubles: one division rounds once.
-    static constexpr double TENS[] = {1,   1e1, 1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
-                                      1e8, 1e9, 1e10, 1e11, 1e12, 1e13, 1e14, 1e15};
-    constexpr Int128 LARGEST_EXACT = Int128(1) << 53;
-    if (number.places < 16 && number.mantissa < LARGEST_EXACT && number.mantissa > -LARGEST_EXACT)
-        return static_cast<double>(number.mantissa) / TENS[number.places];
+    static constexpr qint64 TENS[] = {1,
+                                      10,
+                                      100,
+                                      1000,
+                                      10000,
+                                      100000,
+                                      1000000,
+                                      10000000,
+                                      100000000,
+                                      1000000000,
+                                      10000000000,
+                                      100000000000,
+                                      1000000000000,
+                                      10000000000000,
+                                      100000000000000,
+                                      1000000000000000};
+    constexpr UInt128 LARGEST_EXACT = UInt128(1) << 53;
+    constexpr int ROOM = 63; // bits that a number of 64 has beside it
+    const UInt128 size = magnitude(number.mantissa);
+    if (number.places < 16 && size >> 64 == 0) {
+        const qint64 divisor = TENS[number.places];
+        // Both exact as doubles: one division rounds once.
+        if (size < LARGEST_EXACT)
+            return static_cast<double>(number.mantissa) / static_cast<double>(divisor);
+        // More bits of the quotient than a double has, the last of them for all that follow: they
+        // are rounded once.
+        const UInt128 wide = size << ROOM;
+        const UInt128 quotient = wide / static_cast<UInt128>(divisor);
+        const bool isExact = quotient * static_cast<UInt128>(divisor) == wide;
+        const double result =
+            std::ldexp(static_cast<double>(quotient | (isExact ? 0U : 1U)), -ROOM);
+        return number.mantissa < 0 ? -result : result;
+    }
     NumberText text;
     text.appendDecimal(number.mantissa, number.places);
     double result = 0;

@@ -5,6 +5,7 @@
 
 #include <QtTest>
 
+#include <cstdlib>
 #include <random>
 
 using namespace kvt;
@@ -171,6 +172,34 @@ private Q_SLOTS:
         QCOMPARE(static_cast<int>(divideRounded(-5 * large, 2 * large)), -3);
         QCOMPARE(static_cast<int>(divideRounded(-7 * large, 4 * large)), -2);
         QCOMPARE(static_cast<int>(divideRounded(0, 7)), 0);
+    }
+
+    // Beside the C library's reading of the digits, bit for bit.
+    void theNearestDoubleIsFound()
+    {
+        std::mt19937_64 random(1);
+        for (int i = 0; i < 300000; ++i) {
+            const quint64 size = random() >> random() % 64;
+            const int places = static_cast<int>(random() % 16);
+            const bool isNegative = random() % 2 == 0;
+            const QByteArray text = (isNegative ? "-" : "") + QByteArray::number(size) + "e-" +
+                                    QByteArray::number(places);
+            const Int128 mantissa = isNegative ? -Int128(size) : Int128(size);
+            const double expected = std::strtod(text.constData(), nullptr);
+            if (toDouble({mantissa, places}) != expected)
+                QFAIL(text.constData());
+        }
+    }
+
+    // In the middle of two doubles the even one is taken, and a thousandth beside it that side's.
+    void whatLiesBetweenDoublesIsRoundedOnce()
+    {
+        QVERIFY(toDouble({Int128(9007199254740993), 0}) == 9007199254740992.0);
+        QVERIFY(toDouble({Int128(9007199254740995), 0}) == 9007199254740996.0);
+        QVERIFY(toDouble({Int128(9007199254740993001), 3}) == 9007199254740994.0);
+        QVERIFY(toDouble({Int128(9007199254740992999), 3}) == 9007199254740992.0);
+        QVERIFY(toDouble({-Int128(9007199254740993001), 3}) == -9007199254740994.0);
+        QVERIFY(toDouble({Int128(18446744073709551615ULL), 0}) == 18446744073709551616.0);
     }
 };
 
