@@ -1,22 +1,28 @@
 #include "host/alarm_board.h"
 
-#include "tags/tag_watch.h"
-
 namespace kvt
 {
 
 AlarmBoard::AlarmBoard(const QVector<Tag> &tags)
 {
     for (int tag = 0; tag < tags.size(); ++tag) {
-        const Tag &source = tags.at(tag);
-        QVector<MeaningProblem> problems;
-        const std::optional<AlarmRule> rule = watchOf(source).alarm;
-        place_.append(rule ? static_cast<int>(alarms_.size()) : -1);
-        if (rule)
-            alarms_.push_back(
-                {tag, *ValueConverter::make(source.form, source.area, source.meaning, &problems),
-                 AlarmMachine(*rule)});
+        place_.append(-1);
+        if (!(tags.at(tag).watch == WatchTexts()))
+            add(tag, tags.at(tag));
     }
+}
+
+void AlarmBoard::add(int tag, const Tag &source)
+{
+    QVector<MeaningProblem> meaningProblems;
+    QVector<WatchProblem> problems;
+    const std::optional<ValueConverter> converter =
+        ValueConverter::make(source.form, source.area, source.meaning, &meaningProblems);
+    const std::optional<AlarmRule> rule = readAlarmRule(source, converter, &problems);
+    if (!rule)
+        return;
+    place_[tag] = static_cast<int>(alarms_.size());
+    alarms_.push_back({tag, *converter, AlarmMachine(*rule)});
 }
 
 AlarmBoard::Alarm *AlarmBoard::alarmOf(int tag)

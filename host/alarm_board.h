@@ -65,6 +65,7 @@ private:
         AlarmMachine machine;
     };
 
+    void add(int tag, const Tag &source);
     Alarm *alarmOf(int tag);
     static bool lose(Alarm *alarm, qint64 now_ns);
     void note(const Alarm &alarm, bool changed, qint64 now_ns);

@@ -55,10 +55,13 @@ TagWatch readTagWatch(const Tag &tag, const std::optional<ValueConverter> &conve
 
 TagWatch watchOf(const Tag &tag)
 {
+    if (tag.watch == WatchTexts())
+        return TagWatch();
     QVector<MeaningProblem> meaningProblems;
     QVector<WatchProblem> problems;
-    const std::optional<ValueConverter> converter =
-        ValueConverter::make(tag.form, tag.area, tag.meaning, &meaningProblems);
+    std::optional<ValueConverter> converter; // names are read with it, and nothing else
+    if (!tag.watch[WatchColumn::Alarm].isEmpty())
+        converter = ValueConverter::make(tag.form, tag.area, tag.meaning, &meaningProblems);
     return readTagWatch(tag, converter, &problems);
 }
 

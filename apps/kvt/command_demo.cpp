@@ -95,8 +95,9 @@ class Demo
 public:
     Demo(const DriverApi &api, const QVector<Tag> &tags)
         : tags_(tags), writeTargets_(tagsToWrite(tags)), plc_(tags, plcConfig(), 1),
-          runner_(&plc_, &port_), witness_(tags, &runner_),
-          output_(tags, outputIsScreen() ? PollOutput::Form::Table : PollOutput::Form::Lines),
+          runner_(&plc_, &port_), witness_(tags, &runner_), alarms_(tags),
+          output_(tags, alarms_,
+                  outputIsScreen() ? PollOutput::Form::Table : PollOutput::Form::Lines),
           api_(api)
     {
     }
@@ -114,6 +115,7 @@ private:
     PtyPort port_;
     PlcRunner runner_;
     DemoWitness witness_;
+    AlarmTexts alarms_;
     PollOutput output_;
     qint64 startedAt_ns_ = 0;
     DriverApi api_;

@@ -46,8 +46,9 @@ class Poll
 public:
     Poll(const PollOptions &options, const QVector<Tag> &tags)
         : options_(options), tags_(tags), lineName_(lineName(options.line)), form_(formOf(options)),
-          watcher_(tags, options.cycles, form_ != PollOutput::Form::Table, options.line.isTcp),
-          output_(tags, form_)
+          alarms_(tags), watcher_(tags, alarms_, options.cycles, form_ != PollOutput::Form::Table,
+                                  options.line.isTcp),
+          output_(tags, alarms_, form_)
     {
     }
 
@@ -67,6 +68,7 @@ private:
     QVector<Tag> tags_;
     QString lineName_;
     PollOutput::Form form_;
+    AlarmTexts alarms_;
     PollWatcher watcher_;
     EchoReport echo_;
     PollOutput output_;

@@ -40,8 +40,8 @@ QString ageText(const TagValue &value, qint64 now_ns)
 
 } // namespace
 
-LiveView::LiveView(const QVector<Tag> &tags)
-    : tags_(tags), texts_(tags), screen_(std::make_unique<Screen>(
+LiveView::LiveView(const QVector<Tag> &tags, const ValueTexts &texts)
+    : tags_(tags), texts_(texts), screen_(std::make_unique<Screen>(
                                      [this](Key key, QChar character) {
                                          if (!table_.press(key, character))
                                              QCoreApplication::quit();

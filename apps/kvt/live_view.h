@@ -28,7 +28,8 @@ struct Snapshot {
 class LiveView
 {
 public:
-    explicit LiveView(const QVector<Tag> &tags);
+    /// `texts` are those of the tags and outlive the object.
+    LiveView(const QVector<Tag> &tags, const ValueTexts &texts);
 
     /// Shows the snapshot below a line about the whole and, if it is not empty, one about what is
     /// wrong.
@@ -42,7 +43,7 @@ private:
     void draw();
 
     QVector<Tag> tags_;
-    ValueTexts texts_;
+    const ValueTexts &texts_;
     LiveTable table_;
     std::unique_ptr<HeldMessages> messages_; // goes after the screen
     std::unique_ptr<Screen> screen_;

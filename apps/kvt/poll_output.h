@@ -29,7 +29,8 @@ class PollOutput
 public:
     enum class Form { Table, Lines, Json };
 
-    PollOutput(const QVector<Tag> &tags, Form form);
+    /// `alarms` are those of the tags and outlive the object.
+    PollOutput(const QVector<Tag> &tags, const AlarmTexts &alarms, Form form);
 
     /// Table: draws it anew. Lines: those tags whose value, quality or result has changed. Json:
     /// one object with all tags, and with the summary, which is empty but at the end.
@@ -47,7 +48,7 @@ private:
 
     QVector<Tag> tags_;
     ValueTexts texts_;
-    AlarmTexts alarms_;
+    const AlarmTexts &alarms_;
     Form form_;
     std::unique_ptr<LiveView> view_; // Table
     QStringList shown_;              // the latest line of each tag

@@ -8,9 +8,10 @@
 namespace kvt
 {
 
-PollWatcher::PollWatcher(const QVector<Tag> &tags, int scans, bool verbose, bool isTcp)
-    : results_(tags), lastScan_(scans), verbose_(verbose), isTcp_(isTcp), counter_(tags),
-      alarms_(tags)
+PollWatcher::PollWatcher(const QVector<Tag> &tags, const AlarmTexts &alarms, int scans,
+                         bool verbose, bool isTcp)
+    : results_(tags), alarms_(alarms), lastScan_(scans), verbose_(verbose), isTcp_(isTcp),
+      counter_(tags)
 {
 }
 

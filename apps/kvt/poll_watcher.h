@@ -23,7 +23,9 @@ class PollWatcher : public HostEvents
 {
 public:
     /// Ends after `scans` scans; 0: never. Prints what happens to line and stations if `verbose`.
-    PollWatcher(const QVector<Tag> &tags, int scans, bool verbose, bool isTcp);
+    /// `alarms` are those of the tags and outlive the object.
+    PollWatcher(const QVector<Tag> &tags, const AlarmTexts &alarms, int scans, bool verbose,
+                bool isTcp);
 
     /// To be called, on the polling thread, when the last scan is over; set it before the start.
     std::function<void()> lastScanDone;
@@ -54,6 +56,7 @@ private:
     void endIfDone();
 
     TagResults results_;
+    const AlarmTexts &alarms_;
     int lastScan_;
     bool verbose_;
     bool isTcp_;
@@ -68,7 +71,6 @@ private:
     bool isProved_ = true; // no reading waits for a proof
     QString lineError_;
     bool wasUp_ = false;
-    AlarmTexts alarms_; // does not change
 };
 
 } // namespace kvt
