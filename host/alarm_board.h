@@ -54,7 +54,6 @@ public:
     /// The state of a tag's alarm; none for a tag that has none.
     std::optional<AlarmStatus> status(int tag) const;
 
-    bool hasEvents() const { return !events_.empty(); }
     /// Moves what has changed to `*events`, in order.
     void takeEvents(std::vector<AlarmEvent> *events);
 

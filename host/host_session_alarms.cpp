@@ -11,8 +11,7 @@ void HostSession::followAlarms(qint64 now_ns)
         const std::lock_guard<std::mutex> lock(mutex_);
         if (alarms_.isDue(now_ns))
             alarms_.look(now_ns, [&](int tag) { return valueOf(tag, now_ns).quality; });
-        if (!alarms_.hasEvents())
-            return;
+        alarms_.takeEvents(&alarmEvents_);
     }
     tellAlarms();
 }
@@ -24,6 +23,7 @@ void HostSession::loseAlarms(qint64 now_ns)
     {
         const std::lock_guard<std::mutex> lock(mutex_);
         alarms_.look(now_ns, [](int) { return Quality::Stale; });
+        alarms_.takeEvents(&alarmEvents_);
     }
     tellAlarms();
 }
@@ -36,16 +36,14 @@ void HostSession::tellRead(int tag, const Reading &reading)
     {
         const std::lock_guard<std::mutex> lock(mutex_);
         alarms_.read(tag, reading, reading.readAt_ns);
+        alarms_.takeEvents(&alarmEvents_);
     }
     tellAlarms();
 }
 
+/// Tells what has been taken from the board.
 void HostSession::tellAlarms()
 {
-    {
-        const std::lock_guard<std::mutex> lock(mutex_);
-        alarms_.takeEvents(&alarmEvents_);
-    }
     for (const AlarmEvent &event : alarmEvents_)
         events_->alarmChanged(event);
     alarmEvents_.clear();
