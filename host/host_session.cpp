@@ -97,7 +97,7 @@ int HostSession::post(Command command)
     return command.id;
 }
 
-/// A tag's value without what is the same for all. The lock is held.
+/// A tag's value without writes that are pending and what is the same for all. The lock is held.
 TagValue HostSession::valueOf(int tag, qint64 now_ns) const
 {
     const qint64 limit_ns = staleAfter_ns_.at(tag);
@@ -111,10 +111,12 @@ QVector<TagValue> HostSession::values(qint64 now_ns) const
     values.reserve(tags_.size());
     const std::lock_guard<std::mutex> lock(mutex_);
     for (int tag = 0; tag < tags_.size(); ++tag) {
-        values.append(valueOf(tag, now_ns));
-        for (const int cell : index_.cellsOf(tag))
-            values.last().writePending = values.last().writePending || values_.isWritePending(cell);
-        values.last().provedUntil_ns = statistics_.provedUntil_ns;
+        TagValue value = valueOf(tag, now_ns);
+        const QVector<int> &cells = index_.cellsOf(tag);
+        value.writePending = std::any_of(cells.begin(), cells.end(),
+                                         [this](int cell) { return values_.isWritePending(cell); });
+        value.provedUntil_ns = statistics_.provedUntil_ns;
+        values.append(value);
     }
     return values;
 }

@@ -92,7 +92,6 @@ TagValue ValueTable::value(int cell, qint64 now_ns, qint64 staleAfter_ns) const
     value.readAt_ns = entry.readAt_ns;
     value.newestAt_ns = entry.readAt_ns;
     value.provable = entry.provable;
-    value.writePending = entry.pendingWrites > 0;
     if (isFresh(value.quality) && now_ns - entry.readAt_ns > staleAfter_ns)
         value.quality = Quality::Stale;
     return value;

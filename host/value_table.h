@@ -74,7 +74,7 @@ public:
     void writeEnded(int cell);
 
     /// The value at `now_ns` of a tag that is the cell's bits; good and doubtful readings older
-    /// than `staleAfter_ns` are Stale.
+    /// than `staleAfter_ns` are Stale. Whether a write to the tag is pending is not in it.
     TagValue value(int cell, qint64 now_ns, qint64 staleAfter_ns) const;
 
     /// True while a write to the cell has not ended.

@@ -85,12 +85,12 @@ void TestValueTable::aReadingIsHeldBackWhileAWriteIsPending()
     ValueTable table(1);
     table.read(0, {7, seconds(1), false});
     table.writeRequested(0);
-    QVERIFY(table.value(0, seconds(1), LIMIT_NS).writePending);
+    QVERIFY(table.isWritePending(0));
     QVERIFY(!table.read(0, {8, seconds(2), false}));
     QCOMPARE(table.value(0, seconds(2), LIMIT_NS).raw, quint64(7));
     QCOMPARE(table.value(0, seconds(2), LIMIT_NS).readAt_ns, seconds(1));
     table.writeEnded(0);
-    QVERIFY(!table.value(0, seconds(2), LIMIT_NS).writePending);
+    QVERIFY(!table.isWritePending(0));
     QVERIFY(table.read(0, {9, seconds(3), false}));
 }
 
