@@ -1,6 +1,7 @@
 #include "tags/tag_watch.h"
 
 #include "tags/duration_text.h"
+#include "tags/value_reach.h"
 
 namespace kvt
 {
@@ -50,6 +51,8 @@ TagWatch readTagWatch(const Tag &tag, const std::optional<ValueConverter> &conve
     readInterval(tag.watch[WatchColumn::Interval], &watch, problems);
     readDeadband(tag, &watch, problems);
     watch.alarm = readAlarmRule(tag, converter, problems);
+    if (converter)
+        warnOfReach(tag, *converter, watch.deadband, problems);
     return watch;
 }
 
@@ -59,7 +62,7 @@ TagWatch watchOf(const Tag &tag)
         return TagWatch();
     QVector<MeaningProblem> meaningProblems;
     QVector<WatchProblem> problems;
-    std::optional<ValueConverter> converter; // names are read with it, and nothing else
+    std::optional<ValueConverter> converter; // reads names; doubts are not asked for
     if (!tag.watch[WatchColumn::Alarm].isEmpty())
         converter = ValueConverter::make(tag.form, tag.area, tag.meaning, &meaningProblems);
     return readTagWatch(tag, converter, &problems);

@@ -48,8 +48,7 @@ bool ValueConverter::prepare(const MeaningTexts &texts, QVector<MeaningProblem> 
     const bool isRaw = !meaning_.ratio && !meaning_.decimals;
     if (!isRaw && !prepareExact(texts, problems))
         return false;
-    if (isNumeric(form_.type))
-        warnOfLimits(problems);
+    warnOfLimits(problems);
     return true;
 }
 
@@ -82,21 +81,30 @@ bool ValueConverter::prepareExact(const MeaningTexts &texts, QVector<MeaningProb
 
 void ValueConverter::warnOfLimits(QVector<MeaningProblem> *problems) const
 {
-    const RawRange range = rawRange(form_.type, area_);
-    Decimal lowest = decimalOf(range.lowest);
-    Decimal highest = decimalOf(range.highest);
-    if (compare(lowest, highest) > 0)
-        std::swap(lowest, highest);
+    const std::optional<DecimalRange> all = range();
+    if (!all)
+        return;
     const auto warn = [&](MeaningColumn column, const std::optional<Decimal> &limit) {
-        if (limit && (compare(*limit, lowest) < 0 || compare(*limit, highest) > 0))
+        if (limit && (compare(*limit, all->low) < 0 || compare(*limit, all->high) > 0))
             problems->append(
                 {column,
                  QStringLiteral("%1 is beyond all values (%2 to %3)")
-                     .arg(decimalText(*limit), decimalText(lowest), decimalText(highest)),
+                     .arg(decimalText(*limit), decimalText(all->low), decimalText(all->high)),
                  true});
     };
     warn(MeaningColumn::Min, meaning_.min);
     warn(MeaningColumn::Max, meaning_.max);
+}
+
+std::optional<DecimalRange> ValueConverter::range() const
+{
+    if (!isNumeric(form_.type) || isFloat(form_.type))
+        return std::nullopt;
+    const RawRange raw = rawRange(form_.type, area_);
+    DecimalRange range{decimalOf(raw.lowest), decimalOf(raw.highest)};
+    if (compare(range.low, range.high) > 0)
+        std::swap(range.low, range.high);
+    return range;
 }
 
 /// Returns the engineering value of a raw number, as it is shown.

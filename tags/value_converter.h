@@ -35,6 +35,10 @@ public:
     const ValueForm &form() const { return form_; }
     const QString &unit() const { return meaning_.unit; }
 
+    /// Returns the lowest and the highest value, as they are shown. None for floats, which have
+    /// infinities, and for types that are not scaled.
+    std::optional<DecimalRange> range() const;
+
     /// Appends the number that the bits of a value stand for, without its unit. Returns false, and
     /// appends nothing, when they stand for none: BCD with a digit above 9. Not for strings.
     /// Nothing is allocated.

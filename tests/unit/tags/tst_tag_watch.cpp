@@ -214,6 +214,58 @@ private Q_SLOTS:
         QVERIFY(!watchOf(list.tags.at(0)).alarm.has_value());
     }
 
+    void whatNoValueReachesIsDoubtful_data()
+    {
+        QTest::addColumn<QString>("type");
+        QTest::addColumn<QString>("fields");
+        QTest::addColumn<QString>("warning");
+        const auto row = [](const char *name, const char *type, const char *fields,
+                            const char *warning) {
+            QTest::newRow(name) << QString(QLatin1String(type)) << QString(QLatin1String(fields))
+                                << QString(QLatin1String(warning));
+        };
+        row("hihi", "u16", "scale=0.01 hi=655.34 hihi=700",
+            "t:2: column 19 \"hihi\": no value is above 700; they go from 0.00 to 655.35");
+        row("hi at the end", "u16", "hi=65535",
+            "t:2: column 18 \"hi\": no value is above 65535; they go from 0 to 65535");
+        row("hi below the start", "u16", "hi=-1",
+            "t:2: column 18 \"hi\": all values are above -1; they go from 0 to 65535");
+        row("hi at the start", "u16", "hi=0", "");
+        row("lo", "s16", "scale=0.1 lo=-3276.8",
+            "t:2: column 17 \"lo\": no value is below -3276.8; they go from -3276.8 to 3276.7");
+        row("lo in reach", "s16", "scale=0.1 lolo=-3276.7 lo=3276.7", "");
+        row("lolo above the end", "bcd16", "lolo=10000",
+            "t:2: column 16 \"lolo\": all values are below 10000; they go from 0 to 9999");
+        row("falling", "u16", "scale=-1 lolo=-65535 hi=0",
+            "t:2: column 16 \"lolo\": no value is below -65535; they go from -65535 to 0\n"
+            "t:2: column 18 \"hi\": no value is above 0; they go from -65535 to 0");
+        row("wide", "u64", "hi=18446744073709551614", "");
+        row("too wide", "u64", "hi=18446744073709551615",
+            "t:2: column 18 \"hi\": no value is above 18446744073709551615; they go from 0 to "
+            "18446744073709551615");
+        row("float", "f32", "hi=1e35 deadband=1e35", "");
+        row("deadband", "u16", "deadband=65535",
+            "t:2: column 14 \"deadband\": no value is ever farther from another than 65535; they "
+            "go from 0 to 65535");
+        row("deadband in reach", "u16", "deadband=65534", "");
+        row("deadband in percent", "u16", "raw_low=0 raw_high=65535 low=0 high=10 deadband=100%",
+            "t:2: column 14 \"deadband\": no value is ever farther from another than 100%; they "
+            "go from 0.0000 to 10.0000");
+        row("deadband of a part", "u16", "raw_low=0 raw_high=27648 low=0 high=10 deadband=100%",
+            "");
+    }
+
+    void whatNoValueReachesIsDoubtful()
+    {
+        QFETCH(QString, type);
+        QFETCH(QString, fields);
+        QFETCH(QString, warning);
+        const TagListResult list = parseTagList(listOf(type, fields));
+        QCOMPARE(shown(list.errors), QString());
+        QCOMPARE(shown(list.warnings), warning);
+        QCOMPARE(list.tags.size(), 1);
+    }
+
     void decimalCommasAreUnderstood()
     {
         const TagListResult list =
