@@ -33,6 +33,9 @@ public:
     /// True when it is time to look at all of them, a tenth of a second after the last time.
     bool isDue(qint64 now_ns) const { return now_ns >= due_ns_; }
 
+    /// It is time now: a value is not good any more.
+    void lookNext() { due_ns_ = 0; }
+
     /// Looks at all of them: delays that are over, and values that are not good any more, as
     /// `qualityOf` says of a tag.
     template <typename QualityOf>

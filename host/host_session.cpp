@@ -272,6 +272,7 @@ void HostSession::withdraw(qint64 provedUntil_ns)
         const std::lock_guard<std::mutex> lock(mutex_);
         cells = values_.withdraw(provedUntil_ns);
         assembled = assembly_.withdraw(provedUntil_ns);
+        alarms_.lookNext();
     }
     for (const int cell : std::as_const(cells))
         for (const int tag : index_.cells().at(cell).tags)

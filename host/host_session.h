@@ -148,6 +148,7 @@ private:
     void setLimits();
     TagValue valueOf(int tag, qint64 now_ns) const;
     void tellRead(int tag, const Reading &reading);
+    void tellTorn(int tag);
     void followAlarms(qint64 now_ns);
     void loseAlarms(qint64 now_ns);
     void tellAlarms();

@@ -41,6 +41,16 @@ void HostSession::tellRead(int tag, const Reading &reading)
     tellAlarms();
 }
 
+/// What is torn, failed or suspect is known to its alarm before the next request.
+void HostSession::tellTorn(int tag)
+{
+    {
+        const std::lock_guard<std::mutex> lock(mutex_);
+        alarms_.lookNext();
+    }
+    events_->tagTorn(tag);
+}
+
 /// Tells what has been taken from the board.
 void HostSession::tellAlarms()
 {

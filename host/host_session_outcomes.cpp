@@ -91,6 +91,7 @@ void HostSession::readingsFailed(const QVector<int> &cells)
             values_.readFailed(cell);
             assembly_.readFailed(cell);
         }
+        alarms_.lookNext();
     }
     followAssembly();
 }

@@ -73,7 +73,7 @@ void HostSession::followAssembly()
         if (event.outcome == ValueAssembly::Outcome::Assembled)
             tellRead(event.tag, assembly_.readingOf(event.tag));
         else if (event.outcome == ValueAssembly::Outcome::Torn)
-            events_->tagTorn(event.tag);
+            tellTorn(event.tag);
         endAskedReads(event.tag, event.outcome == ValueAssembly::Outcome::Assembled);
     }
     assembly_.clear();

@@ -107,6 +107,27 @@ private Q_SLOTS:
         QVERIFY(read.output().isEmpty());
     }
 
+    // The widest deadband that there is, and an alarm beyond half of all values.
+    void aDeadbandDoesNotHideThatAValueIsTornAndAnAlarmDoesNotSeeIt()
+    {
+        const SimulatedLine line(SimulatedLine::Kind::Pty, more({"--value", RESTLESS}));
+        QTemporaryDir folder;
+        const QString watched = folder.filePath(QStringLiteral("watched.csv"));
+        QFile file(watched);
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        file.write("name,area,address,station,type,deadband,hi\n"
+                   "wild,D,5.4.0,1,u32,4294967294,2000000000\n");
+        file.close();
+        KvtProcess poll;
+        QCOMPARE(poll.run(line.arguments(QStringLiteral("poll --seconds 1 --interval 50 --tags ") +
+                                         watched)),
+                 1);
+        const QByteArray output = poll.output();
+        QVERIFY2(output.count("  wild  -  torn  ok\n") == 1, output);
+        const QByteArray errors = poll.errors();
+        QVERIFY2(!errors.contains("alarm of wild"), errors);
+    }
+
     void warningsOfTheListAreToldOnce()
     {
         const SimulatedLine line(SimulatedLine::Kind::Pty, more());

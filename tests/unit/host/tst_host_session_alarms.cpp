@@ -36,15 +36,19 @@ public:
     QStringList texts;
 };
 
-/// One word, scaled by 0.1, with a limit of 10.
+/// One value, by itself a word, scaled by 0.1, with a limit of 10.
 class AlarmBench : public SessionBench
 {
 public:
-    explicit AlarmBench(const char *onDelay = "") : SessionBench({"D1/5.2.1", "D1/6.2.1"})
+    explicit AlarmBench(const char *onDelay = "", ValueType type = ValueType::U16)
+        : SessionBench({})
     {
-        tags[0].meaning[MeaningColumn::Scale] = QStringLiteral("0.1");
-        tags[0].watch[WatchColumn::Hi] = QStringLiteral("10");
-        tags[0].watch[WatchColumn::OnDelay] = QLatin1String(onDelay);
+        Tag tag = benchTag("D1/5.2.1");
+        tag.form = type;
+        tag.meaning[MeaningColumn::Scale] = QStringLiteral("0.1");
+        tag.watch[WatchColumn::Hi] = QStringLiteral("10");
+        tag.watch[WatchColumn::OnDelay] = QLatin1String(onDelay);
+        tags = {tag, benchTag("D1/6.2.1")};
         session = std::make_unique<HostSession>(library.api(), settings, tags, &recorder);
         session->engine().lineUp(now_ns);
         passDeadline();
@@ -105,6 +109,38 @@ private Q_SLOTS:
         QCOMPARE(bench.recorder.told(), QString("0 suppressed hi"));
         bench.exchange("0065");
         QCOMPARE(bench.recorder.told(), QString("0 unacknowledged hi"));
+    }
+
+    // Before the next request, whenever it was that all alarms were looked at last.
+    void aTornValueSuppressesItAtOnce()
+    {
+        for (int before = 0; before < 12; ++before) {
+            AlarmBench bench("", ValueType::U32);
+            for (int i = 0; i < before || bench.value(0).quality != Quality::Good; ++i)
+                bench.exchange("0001"); // 6553.7
+            QCOMPARE(bench.recorder.told(), QString("0 unacknowledged hi"));
+            for (int word = 2; bench.value(0).quality != Quality::Torn; ++word) {
+                QCOMPARE(bench.recorder.told(), QString());
+                bench.exchange(QByteArray::number(1000 + word)); // no two alike
+            }
+            QCOMPARE(bench.recorder.told(), QString("0 suppressed hi"));
+            while (bench.value(0).quality != Quality::Good)
+                bench.exchange("0001");
+            QCOMPARE(bench.recorder.told(), QString("0 unacknowledged hi"));
+        }
+    }
+
+    void aFailureSuppressesItAtOnce()
+    {
+        for (int before = 1; before < 12; ++before) {
+            AlarmBench bench;
+            for (int i = 0; i < before; ++i)
+                bench.exchange("0065");
+            QCOMPARE(bench.recorder.told(), QString("0 unacknowledged hi"));
+            while (bench.value(0).quality != Quality::Failed)
+                bench.failure();
+            QCOMPARE(bench.recorder.told(), QString("0 suppressed hi"));
+        }
     }
 
     void aLineThatIsDownSuppressesIt()
