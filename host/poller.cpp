@@ -85,6 +85,13 @@ int Poller::readOnce(int tag)
     return id;
 }
 
+bool Poller::acknowledgeAlarm(int tag)
+{
+    const bool hasAlarm = session_.acknowledgeAlarm(tag, monotonicNow_ns());
+    wakeUp_.ring(); // the event does not wait for the next request
+    return hasAlarm;
+}
+
 QVector<TagValue> Poller::values() const
 {
     return session_.values(monotonicNow_ns());

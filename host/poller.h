@@ -61,6 +61,9 @@ public:
     /// Every tag's alarm, none where the list says none, in the order of the tags.
     QVector<std::optional<AlarmStatus>> alarms() const { return session_.alarms(); }
 
+    /// Somebody has seen to a tag's alarm. False for a tag without alarm.
+    bool acknowledgeAlarm(int tag);
+
     /// A copy of the statistics.
     Statistics statistics() const { return session_.statistics(); }
 

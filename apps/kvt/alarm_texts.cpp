@@ -5,6 +5,18 @@
 namespace kvt
 {
 
+QString briefText(const AlarmStatus &status)
+{
+    QString state = alarmStateName(status.state);
+    if (status.state == AlarmState::Unacknowledged)
+        state = QStringLiteral("unack");
+    else if (status.state == AlarmState::Acknowledged)
+        state = QStringLiteral("acked");
+    return status.level == AlarmLevel::None
+               ? state
+               : alarmLevelName(status.level) + QLatin1Char(' ') + state;
+}
+
 AlarmTexts::AlarmTexts(const QVector<Tag> &tags)
 {
     for (const Tag &tag : tags) {

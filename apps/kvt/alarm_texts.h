@@ -9,6 +9,10 @@
 namespace kvt
 {
 
+/// Returns what fits a column: "normal", "hi unack", "hihi acked", "returned", "lo shelved",
+/// "lolo suppressed".
+QString briefText(const AlarmStatus &status);
+
 /// Knows the names, priorities and texts of the alarms of tags. Does not change: any thread.
 class AlarmTexts
 {

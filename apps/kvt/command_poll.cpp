@@ -48,7 +48,7 @@ public:
         : options_(options), tags_(tags), lineName_(lineName(options.line)), form_(formOf(options)),
           alarms_(tags), watcher_(tags, alarms_, options.cycles, form_ != PollOutput::Form::Table,
                                   options.line.isTcp),
-          output_(tags, alarms_, form_)
+          output_(tags, alarms_, form_, [this](const QVector<int> &seen) { acknowledge(seen); })
     {
     }
 
@@ -57,6 +57,7 @@ public:
 private:
     QVector<TagValue> show(const QJsonObject &summary = QJsonObject());
     void showUnlessStuck();
+    void acknowledge(const QVector<int> &tags);
     int conclude();
     int judge(const QVector<TagValue> &values) const;
     qint64 limitingCharacterTime_ns() const;
@@ -105,6 +106,13 @@ void Poll::showUnlessStuck()
         ++skipped_;
     else
         show();
+}
+
+void Poll::acknowledge(const QVector<int> &tags)
+{
+    for (const int tag : tags)
+        link_.poller()->acknowledgeAlarm(tag);
+    showUnlessStuck();
 }
 
 // Returns the values that it has shown.

@@ -29,9 +29,12 @@ constexpr qint64 QUEUE_bytes = 1024 * 1024;
 constexpr qint64 ORDER_ns = milliseconds(100);
 constexpr qint64 SHORT_DRAIN_ns = milliseconds(300);
 
-std::mutex messageMutex; // for the two below
+constexpr int MOST_HELD = 100; // more would drive the table off the terminal
+
+std::mutex messageMutex; // for the three below
 bool messagesAreHeld = false;
 QStringList heldMessages;
+int lostMessages = 0;
 
 const QString LINE_ENDS_AND_TABS = QStringLiteral("\n\t");
 
@@ -92,6 +95,16 @@ void print(Outlet *outlet, const QString &text)
 void writeMessage(const QString &text)
 {
     print(&errors(), QStringLiteral("kvt: %1\n").arg(printable(text)));
+}
+
+// The latest count.
+void holdMessage(const QString &text)
+{
+    heldMessages.append(text);
+    if (heldMessages.size() <= MOST_HELD)
+        return;
+    heldMessages.removeFirst();
+    ++lostMessages;
 }
 
 // Why standard output is not complete; empty when it is.
@@ -168,7 +181,7 @@ void printError(const QString &text)
 {
     const std::lock_guard<std::mutex> lock(messageMutex);
     if (messagesAreHeld)
-        heldMessages.append(text);
+        holdMessage(text);
     else
         writeMessage(text);
 }
@@ -192,9 +205,13 @@ HeldMessages::HeldMessages()
 HeldMessages::~HeldMessages()
 {
     const std::lock_guard<std::mutex> lock(messageMutex);
+    if (lostMessages > 0)
+        writeMessage(counted(lostMessages, "message ahead of these was left out",
+                             "messages ahead of these were left out"));
     for (const QString &text : heldMessages)
         writeMessage(text);
     heldMessages.clear();
+    lostMessages = 0;
     messagesAreHeld = false;
 }
 

@@ -52,7 +52,7 @@ void printEvent(const QString &text);
 void printProgress(const QString &text);
 
 /// While it lives, messages are kept, because the terminal is drawn on; at its end they are
-/// written. One at a time.
+/// written, the latest hundred of them. One at a time.
 class HeldMessages
 {
 public:

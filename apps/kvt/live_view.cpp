@@ -1,11 +1,13 @@
 #include "apps/kvt/live_view.h"
 
+#include "apps/kvt/alarm_texts.h"
 #include "apps/kvt/outcome_text.h"
 #include "apps/kvt/table/printable.h"
 
 #include <QCoreApplication>
 
 #include <algorithm>
+#include <utility>
 
 namespace kvt
 {
@@ -31,6 +33,30 @@ Concern concernOf(Quality quality)
     return Concern::None;
 }
 
+// Only what the table shows as such is acknowledged: one that is suppressed is not.
+bool isUnacknowledged(const AlarmStatus &alarm)
+{
+    return alarm.state == AlarmState::Unacknowledged ||
+           alarm.state == AlarmState::ReturnedUnacknowledged;
+}
+
+Concern concernOf(const AlarmStatus &alarm)
+{
+    switch (alarm.state) {
+    case AlarmState::Unacknowledged:
+        return Concern::Bad;
+    case AlarmState::Acknowledged:
+    case AlarmState::ReturnedUnacknowledged:
+        return Concern::Stale;
+    case AlarmState::Suppressed:
+        return Concern::Unknown;
+    case AlarmState::Normal:
+    case AlarmState::Shelved:
+        break;
+    }
+    return Concern::None;
+}
+
 QString ageText(const TagValue &value, qint64 now_ns)
 {
     if (!value.isKnown)
@@ -40,15 +66,21 @@ QString ageText(const TagValue &value, qint64 now_ns)
 
 } // namespace
 
-LiveView::LiveView(const QVector<Tag> &tags, const ValueTexts &texts)
-    : tags_(tags), texts_(texts), screen_(std::make_unique<Screen>(
-                                     [this](Key key, QChar character) {
-                                         if (!table_.press(key, character))
-                                             QCoreApplication::quit();
-                                         draw();
-                                     },
-                                     [this] { draw(); }))
+LiveView::LiveView(const QVector<Tag> &tags, const ValueTexts &texts, Acknowledge acknowledge)
+    : tags_(tags), texts_(texts), acknowledge_(std::move(acknowledge)),
+      screen_(std::make_unique<Screen>([this](Key key, QChar character) { press(key, character); },
+                                       [this] { draw(); }))
 {
+}
+
+void LiveView::press(Key key, QChar character)
+{
+    const TableWish wish = table_.press(key, character);
+    if (wish == TableWish::End)
+        QCoreApplication::quit();
+    else if (wish == TableWish::Acknowledge && acknowledge_)
+        acknowledge_(table_.unacknowledged());
+    draw();
 }
 
 void LiveView::show(const Snapshot &snapshot, const QString &status, const QString &trouble)
@@ -104,6 +136,11 @@ TableRow LiveView::row(int tag, const Snapshot &snapshot) const
         QStringLiteral("%1:%2").arg(description.station).arg(description.address);
     row.cell(Column::Value) = texts_.text(tag, value);
     row.cell(Column::Quality) = qualityName(value.quality);
+    if (const std::optional<AlarmStatus> alarm = snapshot.alarms.value(tag)) {
+        row.cell(Column::Alarm) = briefText(*alarm);
+        row.alarmConcern = concernOf(*alarm);
+        row.isUnacknowledged = isUnacknowledged(*alarm);
+    }
     row.cell(Column::Age) = ageText(value, snapshot.at_ns);
     row.cell(Column::Result) =
         resultText(snapshot.results.at(tag), snapshot.stationsOff.contains(description.station));

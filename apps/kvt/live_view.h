@@ -11,6 +11,8 @@
 
 #include <QSet>
 
+#include <functional>
+
 namespace kvt
 {
 
@@ -23,13 +25,18 @@ struct Snapshot {
     QVector<std::optional<AlarmStatus>> alarms = {}; ///< none where a tag has none; or empty
 };
 
+/// Takes indices of tags.
+using Acknowledge = std::function<void(const QVector<int> &tags)>;
+
 /// A table on the terminal, which it takes at the first snapshot; messages wait until it gives the
-/// terminal back. The user scrolls, filters, and ends the event loop with "q".
+/// terminal back. The user scrolls, filters, acknowledges alarms, and ends the event loop
+/// with "q".
 class LiveView
 {
 public:
-    /// `texts` are those of the tags and outlive the object.
-    LiveView(const QVector<Tag> &tags, const ValueTexts &texts);
+    /// `texts` are those of the tags and outlive the object; `acknowledge`, if any, is called with
+    /// the tags whose alarms the user has seen to.
+    LiveView(const QVector<Tag> &tags, const ValueTexts &texts, Acknowledge acknowledge);
 
     /// Shows the snapshot below a line about the whole and, if it is not empty, one about what is
     /// wrong.
@@ -39,11 +46,13 @@ public:
     void finish();
 
 private:
+    void press(Key key, QChar character);
     TableRow row(int tag, const Snapshot &snapshot) const;
     void draw();
 
     QVector<Tag> tags_;
     const ValueTexts &texts_;
+    Acknowledge acknowledge_;
     LiveTable table_;
     std::unique_ptr<HeldMessages> messages_; // goes after the screen
     std::unique_ptr<Screen> screen_;

@@ -49,11 +49,12 @@ QString troubleText(const Snapshot &snapshot, const PollState &state)
 
 } // namespace
 
-PollOutput::PollOutput(const QVector<Tag> &tags, const AlarmTexts &alarms, Form form)
+PollOutput::PollOutput(const QVector<Tag> &tags, const AlarmTexts &alarms, Form form,
+                       const Acknowledge &acknowledge)
     : tags_(tags), texts_(tags), alarms_(alarms), form_(form)
 {
     if (form == Form::Table)
-        view_ = std::make_unique<LiveView>(tags, texts_);
+        view_ = std::make_unique<LiveView>(tags, texts_, acknowledge);
     for (int i = 0; i < tags.size(); ++i) {
         shown_.append(QString());
         shownResults_.append(QString());

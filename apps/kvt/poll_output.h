@@ -29,8 +29,10 @@ class PollOutput
 public:
     enum class Form { Table, Lines, Json };
 
-    /// `alarms` are those of the tags and outlive the object.
-    PollOutput(const QVector<Tag> &tags, const AlarmTexts &alarms, Form form);
+    /// `alarms` are those of the tags and outlive the object. Table: `acknowledge`, if any, is
+    /// called with the tags whose alarms the user has seen to.
+    PollOutput(const QVector<Tag> &tags, const AlarmTexts &alarms, Form form,
+               const Acknowledge &acknowledge = Acknowledge());
 
     /// Table: draws it anew. Lines: those tags whose value, quality or result has changed. Json:
     /// one object with all tags, and with the summary, which is empty but at the end.

@@ -129,8 +129,7 @@ void PollWatcher::stationDoubtful(int station)
 
 void PollWatcher::alarmChanged(const AlarmEvent &event)
 {
-    if (verbose_)
-        printEvent(alarms_.eventText(event));
+    printEvent(alarms_.eventText(event));
 }
 
 void PollWatcher::classPaceChanged(const ClassPace &pace)

@@ -22,7 +22,8 @@ namespace kvt
 class PollWatcher : public HostEvents
 {
 public:
-    /// Ends after `scans` scans; 0: never. Prints what happens to line and stations if `verbose`.
+    /// Ends after `scans` scans; 0: never. Prints each change of an alarm, and what happens to
+    /// line and stations if `verbose`.
     /// `alarms` are those of the tags and outlive the object.
     PollWatcher(const QVector<Tag> &tags, const AlarmTexts &alarms, int scans, bool verbose,
                 bool isTcp);

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <iterator>
+#include <utility>
 
 namespace kvt
 {
@@ -14,8 +15,13 @@ namespace
 constexpr int LINES_AROUND_ROWS = 2; // heading and footer
 
 // Values and ages change too often to look for.
-constexpr Column FILTERED[] = {Column::Tag, Column::Area, Column::Address, Column::Quality,
-                               Column::Result};
+constexpr Column FILTERED[] = {Column::Tag,     Column::Area,  Column::Address,
+                               Column::Quality, Column::Alarm, Column::Result};
+
+Concern worst(const TableRow &row)
+{
+    return std::min(row.concern, row.alarmConcern);
+}
 
 } // namespace
 
@@ -32,11 +38,11 @@ void LiveTable::setRows(const QVector<TableRow> &rows)
     arrange();
 }
 
-bool LiveTable::press(Key key, QChar character)
+TableWish LiveTable::press(Key key, QChar character)
 {
     if (isTyping_) {
         typeFilter(key, character);
-        return true;
+        return TableWish::Nothing;
     }
     const int page = std::max(windowHeight() - 1, 1);
     switch (key) {
@@ -63,17 +69,32 @@ bool LiveTable::press(Key key, QChar character)
         arrange();
         break;
     case Key::Character:
-        isTyping_ = character == QLatin1Char('/');
-        if (character == QLatin1Char('s')) {
-            badFirst_ = !badFirst_;
-            arrange();
-        }
-        return character != QLatin1Char('q');
+        return type(character);
     case Key::Backspace:
     case Key::Enter:
         break;
     }
-    return true;
+    return TableWish::Nothing;
+}
+
+TableWish LiveTable::type(QChar character)
+{
+    isTyping_ = character == QLatin1Char('/');
+    if (character == QLatin1Char('s')) {
+        badFirst_ = !badFirst_;
+        arrange();
+    }
+    if (character == QLatin1Char('a'))
+        return TableWish::Acknowledge;
+    return character == QLatin1Char('q') ? TableWish::End : TableWish::Nothing;
+}
+
+QVector<int> LiveTable::unacknowledged() const
+{
+    QVector<int> rows;
+    std::copy_if(order_.begin(), order_.end(), std::back_inserter(rows),
+                 [this](int row) { return rows_.at(row).isUnacknowledged; });
+    return rows;
 }
 
 void LiveTable::typeFilter(Key key, QChar character)
@@ -97,7 +118,7 @@ void LiveTable::arrange()
             order_.append(i);
     if (badFirst_)
         std::stable_sort(order_.begin(), order_.end(), [this](int one, int other) {
-            return rows_.at(one).concern < rows_.at(other).concern;
+            return worst(rows_.at(one)) < worst(rows_.at(other));
         });
     scrollTo(top_);
 }
@@ -154,8 +175,10 @@ TableLine LiveTable::rowLine(const TableRow &row, const QVector<PlacedColumn> &c
         if (!line.isEmpty())
             line.append({QString(COLUMN_GAP, QLatin1Char(' ')), Concern::None, true});
         const int width = std::min(placed.width, left);
+        const bool isAlarm = placed.column == Column::Alarm;
         line.append({fitted(row.cell(placed.column), width, alignmentOf(placed.column)),
-                     row.concern, !coloured || placed.column != Column::Quality});
+                     isAlarm ? row.alarmConcern : row.concern,
+                     !coloured || !(isAlarm || placed.column == Column::Quality)});
         left -= width + COLUMN_GAP;
     }
     return line;
@@ -170,7 +193,14 @@ QString LiveTable::positionText() const
     const auto bad = std::count_if(rows_.begin(), rows_.end(), [](const TableRow &row) {
         return row.concern != Concern::None;
     });
-    return bad == 0 ? range : range + QStringLiteral(", %1 not good").arg(bad);
+    const auto unacknowledged = std::count_if(
+        rows_.begin(), rows_.end(), [](const TableRow &row) { return row.isUnacknowledged; });
+    QString text = range;
+    if (bad > 0)
+        text += QStringLiteral(", %1 not good").arg(bad);
+    if (unacknowledged > 0)
+        text += QStringLiteral(", %1 unacknowledged").arg(unacknowledged);
+    return text;
 }
 
 QString LiveTable::footer() const
@@ -181,10 +211,12 @@ QString LiveTable::footer() const
     if (!filter_.isEmpty())
         text += QStringLiteral(", filter \"%1\"").arg(filter_);
     QString separator = QStringLiteral("  ");
-    for (const QString &hint :
-         {QStringLiteral("q end"), QStringLiteral("/ filter"),
-          badFirst_ ? QStringLiteral("s list order") : QStringLiteral("s bad first"),
-          QStringLiteral("arrows scroll")}) {
+    QStringList hints = {QStringLiteral("q end"), QStringLiteral("/ filter"),
+                         badFirst_ ? QStringLiteral("s list order") : QStringLiteral("s bad first"),
+                         QStringLiteral("arrows scroll")};
+    if (!unacknowledged().isEmpty())
+        hints.insert(1, QStringLiteral("a acknowledge"));
+    for (const QString &hint : std::as_const(hints)) {
         if (displayWidth(text + separator + hint) > columns_)
             break;
         text += separator + hint;

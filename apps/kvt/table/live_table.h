@@ -22,6 +22,9 @@ using TableLine = QVector<TableSpan>;
 /// A key that was pressed.
 enum class Key { Up, Down, PageUp, PageDown, Home, End, Backspace, Enter, Escape, Character };
 
+/// What a key asks for beyond the table.
+enum class TableWish { Nothing, Acknowledge, End };
+
 /// Rows under a header, of which a window is shown. Bad rows come first until the order of the
 /// list is asked for. No thread, no terminal.
 class LiveTable
@@ -37,9 +40,13 @@ public:
     void setRows(const QVector<TableRow> &rows);
 
     /// A key was pressed; `character` is that of Key::Character. Arrows and pages scroll, "/"
-    /// begins a filter, which Enter ends and Escape takes away, "s" changes the order. Returns
-    /// false for "q", which ends the program.
-    bool press(Key key, QChar character = QChar());
+    /// begins a filter, which Enter ends and Escape takes away, "s" changes the order. "a"
+    /// acknowledges alarms, "q" ends the program.
+    TableWish press(Key key, QChar character = QChar());
+
+    /// The rows whose alarm nobody has seen to and which the filter leaves, by their place in the
+    /// list: those that "a" is about.
+    QVector<int> unacknowledged() const;
 
     /// Every line of the terminal, from the top.
     QVector<TableLine> lines() const;
@@ -49,6 +56,7 @@ public:
 
 private:
     void typeFilter(Key key, QChar character);
+    TableWish type(QChar character);
     void arrange();
     bool matches(const TableRow &row) const;
     void scrollTo(int top);

@@ -17,10 +17,12 @@ constexpr int LEAST_RESULT = 13; // "no reply (41)"
 // What comes and goes does not move the columns beside it: these hold all that usually occurs.
 constexpr int VALUE_WIDTH = 8;
 constexpr int QUALITY_WIDTH = 10;
+constexpr int ALARM_WIDTH = 15; // "hihi suppressed"
 constexpr int AGE_WIDTH = 8;
 
 constexpr Column LEAST_IMPORTANT_FIRST[] = {Column::Area,   Column::Address, Column::Age,
-                                            Column::Result, Column::Quality, Column::Value};
+                                            Column::Result, Column::Alarm,   Column::Quality,
+                                            Column::Value};
 
 int widestOf(const QVector<TableRow> &rows, Column column)
 {
@@ -42,6 +44,8 @@ int leastWidth(const QVector<TableRow> &rows, Column column)
         return VALUE_WIDTH;
     case Column::Quality:
         return QUALITY_WIDTH;
+    case Column::Alarm:
+        return ALARM_WIDTH;
     case Column::Age:
         return AGE_WIDTH;
     case Column::Result:
@@ -56,6 +60,13 @@ int totalOf(const QVector<PlacedColumn> &columns)
     for (const PlacedColumn &placed : columns)
         total += placed.width;
     return total;
+}
+
+bool isShown(const QVector<TableRow> &rows, Column column)
+{
+    return column != Column::Alarm ||
+           std::any_of(rows.begin(), rows.end(),
+                       [](const TableRow &row) { return !row.cell(Column::Alarm).isEmpty(); });
 }
 
 // The tag gets its whole name first, the result whatever is left then.
@@ -73,8 +84,8 @@ void spread(const QVector<TableRow> &rows, int width, QVector<PlacedColumn> *col
 TableRow headingRow()
 {
     return {{QStringLiteral("tag"), QStringLiteral("area"), QStringLiteral("address"),
-             QStringLiteral("value"), QStringLiteral("quality"), QStringLiteral("age"),
-             QStringLiteral("result")},
+             QStringLiteral("value"), QStringLiteral("quality"), QStringLiteral("alarm"),
+             QStringLiteral("age"), QStringLiteral("result")},
             Concern::None};
 }
 
@@ -82,7 +93,8 @@ QVector<PlacedColumn> layOut(const QVector<TableRow> &rows, int width)
 {
     QVector<PlacedColumn> columns;
     for (int i = 0; i < COLUMNS; ++i)
-        columns.append({static_cast<Column>(i), leastWidth(rows, static_cast<Column>(i))});
+        if (isShown(rows, static_cast<Column>(i)))
+            columns.append({static_cast<Column>(i), leastWidth(rows, static_cast<Column>(i))});
     for (const Column least : LEAST_IMPORTANT_FIRST) {
         if (totalOf(columns) <= width)
             break;

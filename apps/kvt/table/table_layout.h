@@ -11,8 +11,8 @@ namespace kvt
 {
 
 /// The columns, from left to right.
-enum class Column { Tag, Area, Address, Value, Quality, Age, Result };
-constexpr int COLUMNS = 7;
+enum class Column { Tag, Area, Address, Value, Quality, Alarm, Age, Result };
+constexpr int COLUMNS = 8;
 
 /// How much a row needs a look; the first comes first where bad rows do.
 enum class Concern { Bad, Stale, Unknown, None };
@@ -20,7 +20,9 @@ enum class Concern { Bad, Stale, Unknown, None };
 /// One row; the texts are printable.
 struct TableRow {
     std::array<QString, COLUMNS> cells;
-    Concern concern = Concern::None;
+    Concern concern = Concern::None;      ///< about its quality
+    Concern alarmConcern = Concern::None; ///< about its alarm
+    bool isUnacknowledged = false;        ///< a person has to see to its alarm
 
     const QString &cell(Column column) const { return cells.at(static_cast<size_t>(column)); }
     QString &cell(Column column) { return cells.at(static_cast<size_t>(column)); }
@@ -39,7 +41,8 @@ constexpr int COLUMN_GAP = 2;
 TableRow headingRow();
 
 /// Which columns are shown in a terminal of `width` columns, and how wide: the least important are
-/// left out until the others fit. From 40 columns on, tag, value and quality are always there.
+/// left out until the others fit. From 40 columns on, tag, value and quality are always there, and
+/// from 55 on the whole alarm, which is a column if any row has one.
 QVector<PlacedColumn> layOut(const QVector<TableRow> &rows, int width);
 
 /// Values and ages stand on the right of their columns.

@@ -4,6 +4,8 @@
 
 #include <QtTest>
 
+#include <algorithm>
+
 using namespace kvt;
 
 namespace
@@ -14,9 +16,20 @@ TableRow makeRow(const QString &tag, Concern concern = Concern::None,
 {
     const bool good = concern == Concern::None;
     return {{tag, QStringLiteral("D"), address, QStringLiteral("1200"),
-             good ? QStringLiteral("good") : QStringLiteral("failed"), QStringLiteral("12 ms"),
+             good ? QStringLiteral("good") : QStringLiteral("failed"), QString(),
+             QStringLiteral("12 ms"),
              good ? QStringLiteral("ok") : QStringLiteral("reply of another station (41)")},
             concern};
+}
+
+// One with an alarm.
+TableRow alarmRow(const QString &tag, const QString &alarm, Concern concern, bool isUnacknowledged)
+{
+    TableRow row = makeRow(tag);
+    row.cell(Column::Alarm) = alarm;
+    row.alarmConcern = concern;
+    row.isUnacknowledged = isUnacknowledged;
+    return row;
 }
 
 QVector<TableRow> makeRows(int count)
@@ -55,7 +68,7 @@ QString footerOf(const LiveTable &table)
 void type(LiveTable *table, const QString &text)
 {
     for (const QChar character : text)
-        QVERIFY(table->press(Key::Character, character));
+        QVERIFY(table->press(Key::Character, character) == TableWish::Nothing);
 }
 
 } // namespace
@@ -145,7 +158,7 @@ private Q_SLOTS:
                      {Key::Home, "tag0", "tag7"},      {Key::End, "tag12", "tag19"},
                      {Key::Up, "tag11", "tag18"}};
         for (const auto &step : steps) {
-            QVERIFY(table.press(step.key));
+            QVERIFY(table.press(step.key) == TableWish::Nothing);
             QCOMPARE(shownTags(table).first(), QLatin1String(step.first));
             QCOMPARE(shownTags(table).last(), QLatin1String(step.last));
         }
@@ -189,7 +202,7 @@ private Q_SLOTS:
         QCOMPARE(shownTags(table), QStringList({"tag0", "tag1"}));
         type(&table, QStringLiteral("s"));
         QCOMPARE(shownTags(table), QStringList({"tag1", "tag0"}));
-        QVERIFY(!table.press(Key::Character, QLatin1Char('q')));
+        QVERIFY(table.press(Key::Character, QLatin1Char('q')) == TableWish::End);
     }
 
     void aFilterLeavesWhatContainsIt()
@@ -259,6 +272,71 @@ private Q_SLOTS:
         QVERIFY(textOf(table.lines().first()).startsWith(QLatin1String("\\x1b[2J")));
     }
 
+    void alarmsHaveAColumnWhereThereAreAny()
+    {
+        LiveTable table;
+        table.setRows({makeRow("tag0"), alarmRow("tag1", "normal", Concern::None, false)});
+        table.resize(100, 10);
+        QCOMPARE(textOf(table.lines().at(0)).simplified(),
+                 QString("tag area address value quality alarm age result"));
+        table.setRows(makeRows(2));
+        QVERIFY(!textOf(table.lines().at(0)).contains(QLatin1String("alarm")));
+    }
+
+    // The longest there is, beside the longest of everything else.
+    void theWholeAlarmIsThereFrom55ColumnsOn()
+    {
+        LiveTable table;
+        TableRow row =
+            alarmRow(QString(60, QLatin1Char('n')), "hihi suppressed", Concern::Unknown, false);
+        row.cell(Column::Address) = QStringLiteral("255:255.15.255");
+        row.cell(Column::Quality) = QStringLiteral("never read");
+        table.setRows({row});
+        for (int columns = 55; columns <= 200; ++columns) {
+            table.resize(columns, 10);
+            QVERIFY2(textOf(table.lines().at(1)).contains("  never read  hihi suppressed"),
+                     qPrintable(QString::number(columns)));
+        }
+        table.resize(80, 10);
+        QCOMPARE(textOf(table.lines().at(0)).simplified(),
+                 QString("tag value quality alarm age result"));
+    }
+
+    void alarmsComeFirstAndAreCounted()
+    {
+        LiveTable table;
+        table.setRows({alarmRow("tag0", "normal", Concern::None, false),
+                       alarmRow("tag1", "hi acked", Concern::Stale, false),
+                       alarmRow("tag2", "lo unack", Concern::Bad, true), makeRow("tag3")});
+        table.resize(100, 10);
+        QCOMPARE(shownTags(table), QStringList({"tag2", "tag1", "tag0", "tag3"}));
+        QVERIFY2(footerOf(table).startsWith("1-4 of 4, 1 unacknowledged  q end, a acknowledge, "),
+                 qPrintable(footerOf(table)));
+        table.setRows({alarmRow("tag0", "hi acked", Concern::Stale, false)});
+        QVERIFY(footerOf(table).startsWith("1-1 of 1  q end, / filter, "));
+    }
+
+    void aKeyAcknowledgesWhatTheFilterLeaves()
+    {
+        LiveTable table;
+        table.setRows({alarmRow("tagPump", "returned", Concern::Stale, true),
+                       alarmRow("tagOven", "hi unack", Concern::Bad, true),
+                       alarmRow("tagFan", "hi acked", Concern::Stale, false)});
+        table.resize(80, 10);
+        QVERIFY(table.press(Key::Character, QLatin1Char('a')) == TableWish::Acknowledge);
+        QVector<int> all = table.unacknowledged();
+        std::sort(all.begin(), all.end());
+        QCOMPARE(all, QVector<int>({0, 1}));
+        type(&table, QStringLiteral("/pump"));
+        table.press(Key::Enter);
+        QCOMPARE(table.unacknowledged(), QVector<int>({0}));
+        type(&table, QStringLiteral("/a")); // text, as long as it is typed
+        table.press(Key::Escape);
+        type(&table, QStringLiteral("/hi "));
+        table.press(Key::Enter);
+        QCOMPARE(table.unacknowledged(), QVector<int>({1}));
+    }
+
     void onlyTheQualityIsColoured()
     {
         LiveTable table;
@@ -270,6 +348,19 @@ private Q_SLOTS:
                 if (!span.isPlain)
                     coloured.append(span.text.trimmed());
         QCOMPARE(coloured, QStringList("failed"));
+    }
+
+    void anAlarmIsColouredByItself()
+    {
+        LiveTable table;
+        table.setRows({alarmRow("tag0", "hi unack", Concern::Bad, true)});
+        table.resize(80, 10);
+        QVector<Concern> concerns;
+        const TableLine row = table.lines().at(1);
+        for (const TableSpan &span : row)
+            if (!span.isPlain)
+                concerns.append(span.concern);
+        QCOMPARE(concerns, QVector<Concern>({Concern::None, Concern::Bad}));
     }
 };
 
