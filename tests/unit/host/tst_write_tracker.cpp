@@ -138,6 +138,18 @@ private Q_SLOTS:
                               QStringLiteral("3 sent")}));
     }
 
+    void aFrameOfNoWriteInTheQueueDropsThemAll()
+    {
+        Bench bench({{1, 10}});
+        bench.tracker.sent(9);
+        QCOMPARE(bench.taken(),
+                 QStringList({QStringLiteral("1 dropped the station is switched off")}));
+        bench.queue(2, 1, 10);
+        bench.taken();
+        bench.tracker.stopped();
+        QCOMPARE(bench.taken(), QStringList({QStringLiteral("2 dropped the host was stopped")}));
+    }
+
     void aFailurePurgesItsStationOnly()
     {
         Bench bench({{1, 10}, {2, 10}, {1, 11}});
