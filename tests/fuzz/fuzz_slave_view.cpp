@@ -15,10 +15,10 @@
 //
 // Not asked for, because docs/line.md says that nothing on the line can tell: that a value whose
 // digits were changed into other digits on the way is found out ("Damaged digits"; bytes put into
-// the middle of a reply count as that where one of them is a digit, and so do bytes that are a
-// whole reply of the station, with its true one some time behind them); that a value is withdrawn
-// whose slip was ended by a second fault (so that the first promise is made for one fault at a
-// time); that a station's doubtful values are its own.
+// the middle of a reply count as that where one of them is a digit, and so do bytes that
+// hold a whole reply of the station, with its true one some time behind them); that a value is
+// withdrawn whose slip was ended by a second fault (so that the first promise is made for one fault
+// at a time); that a station's doubtful values are its own.
 #include "tags/tag_address.h"
 #include "tests/fuzz/support/linked_driver.h"
 #include "tests/fuzz/support/slave_plant.h"

@@ -41,11 +41,20 @@ bool hasDigit(const QByteArray &bytes)
     return std::any_of(bytes.cbegin(), bytes.cend(), isDigit);
 }
 
-// Whether bytes are all that the station of `reply` can be told by.
+// Whether bytes are a reply that nothing tells from `reply` but its digits.
 bool looksLike(const QByteArray &bytes, const QByteArray &reply)
 {
     return bytes.size() == reply.size() && bytes.startsWith(reply.left(DIGITS_AT)) &&
            bytes.endsWith(CR) && std::all_of(bytes.cbegin() + DIGITS_AT, bytes.cend() - 1, isDigit);
+}
+
+// Whether there is one among the bytes.
+bool holdsReplyLike(const QByteArray &reply, const QByteArray &bytes)
+{
+    for (int at = 0; at + reply.size() <= bytes.size(); ++at)
+        if (looksLike(bytes.mid(at, reply.size()), reply))
+            return true;
+    return false;
 }
 
 } // namespace
@@ -125,7 +134,7 @@ void HostileSlave::commitToReply(SlaveFault fault, const QByteArray &reply, qint
         const QByteArray bytes = noise();
         line_.send(begin_ns, bytes);
         line_.send(begin_ns + time_ns(), reply);
-        if (looksLike(bytes, reply))
+        if (holdsReplyLike(reply, bytes))
             damaged_.insert(request);
         break;
     }
