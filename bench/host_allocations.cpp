@@ -108,7 +108,7 @@ bool measure(const Plant &plant, QTextStream &out)
     api.ComCommunication = nextRequest;
     api.DataCom = judge;
     api.AddListOnceReadVar = queueRead;
-    NoEvents events;
+    HostEvents events;
     HostSession session(api, SessionSettings(), tagsOf(plant), &events);
     qint64 now_ns = seconds(1);
     session.engine().lineUp(now_ns);

@@ -85,7 +85,7 @@ double host(const QString &path, int baud, const QVector<Tag> &tags, QString *er
     serial.path = path;
     serial.baud = baud;
     serial.pacing = Pacing::Paced;
-    NoEvents events;
+    HostEvents events;
     Poller poller(library.api(), PollerSettings(), tags, std::make_unique<SerialLine>(serial),
                   &events);
     poller.start();

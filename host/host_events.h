@@ -15,26 +15,26 @@ namespace kvt
 /// Receives a host's events on its polling thread, without any lock held. A receiver must be
 /// quick, for the line waits for it, and must not stop the host from here; the host's other calls
 /// are allowed. Each change is reported once, never once per poll; attempts alone are reported
-/// each.
+/// each. A receiver overrides what it wants to know.
 class HostEvents
 {
 public:
     virtual ~HostEvents() = default;
 
-    /// A station was switched off, or on again after a probe succeeded.
-    virtual void stationSwitched(int station, bool on) = 0;
+    /// A station was switched off, or on again (true) after a probe succeeded.
+    virtual void stationSwitched(int, bool) {}
 
     /// A write has come to another state of its life.
-    virtual void writeChanged(const WriteReport &report) = 0;
+    virtual void writeChanged(const WriteReport &) {}
 
-    /// The one-time read `id` of a tag has ended.
-    virtual void onceReadEnded(int id, int tag, bool good) = 0;
+    /// A one-time read has ended: its id, its tag, and whether there was a value.
+    virtual void onceReadEnded(int, int, bool) {}
 
-    /// The line can be used, or no longer; `reason` says why it cannot.
-    virtual void lineChanged(bool up, const QString &reason) = 0;
+    /// The line can be used (true), or no longer; the text says why it cannot.
+    virtual void lineChanged(bool, const QString &) {}
 
     /// A tag has a new reading.
-    virtual void tagRead(int tag, const Reading &reading) = 0;
+    virtual void tagRead(int, const Reading &) {}
 
     /// The latest reading of a tag may be another tag's: its value is no longer good. Until it has
     /// been read again it is Suspect.

@@ -71,7 +71,7 @@ ScanPlan planOf(const QVector<Tag> &tags, int baud, qint64 turnaround_ns, qint64
 }
 
 // Measures the readings of each part of a plant from a certain time on.
-class PartWatch final : public NoEvents
+class PartWatch final : public HostEvents
 {
 public:
     PartWatch(const Plant &plant, qint64 from_ns) : plant_(plant), from_ns_(from_ns), tags_(TAGS) {}
@@ -188,7 +188,7 @@ bool tryOnVirtualClock(QTextStream &out, const Plant &plant)
 
 double useOf(const Plant &plant, bool pauses)
 {
-    NoEvents events;
+    HostEvents events;
     const std::unique_ptr<Rig> rig = makeRig(tagsOf(plant), 0, pauses, &events);
     if (!rig)
         return 0;
@@ -240,7 +240,7 @@ Statistics pollPty(const QVector<Tag> &tags, int baud, qint64 duration_ns, HostE
 /// What host and pseudo-terminal add to each exchange on this machine, as it is now.
 qint64 ptyOverhead_ns()
 {
-    NoEvents events;
+    HostEvents events;
     const QVector<Tag> tags = makePlant({1, 20, 0, 0});
     const Statistics statistics = pollPty(tags, CALIBRATION_BAUD, seconds(5), &events);
     const ScanPlan plan = planOf(tags, CALIBRATION_BAUD, TURNAROUND_ns, 0);

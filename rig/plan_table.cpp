@@ -60,7 +60,7 @@ Case makeCase(const Plant &plant, int baud, qint64 overhead_ns)
 
 // Keeps one-time reads waiting, and requests a write as soon as the one before it is on the line:
 // the worst that can happen to a write in front of the queue.
-class BusyOperator final : public NoEvents
+class BusyOperator final : public HostEvents
 {
 public:
     // The first reading tells that the line is in use.
@@ -127,7 +127,7 @@ std::unique_ptr<Rig> makeRig(const Case &what, HostEvents *events)
 
 qint64 scanOnVirtualClock_ns(const Case &what)
 {
-    NoEvents events;
+    HostEvents events;
     const std::unique_ptr<Rig> rig = makeRig(what, &events);
     if (!rig)
         return 0;
@@ -150,7 +150,7 @@ qint64 longestWriteOnVirtualClock_ns(const Case &what)
 }
 
 // Measures scans, from one reading of a tag to its next.
-class ScanWatch final : public NoEvents
+class ScanWatch final : public HostEvents
 {
 public:
     void tagRead(int tag, const Reading &reading) override

@@ -10,7 +10,7 @@ namespace
 
 constexpr int DEAD_STATION = 10;
 
-class ReadingCounter : public NoEvents
+class ReadingCounter : public HostEvents
 {
 public:
     void tagRead(int, const Reading &) override { ++readings; }

@@ -10,7 +10,7 @@ namespace
 
 double utilisationAt(const ProofRun &run, int baud, bool pauses, QString *error)
 {
-    NoEvents events;
+    HostEvents events;
     RigSettings settings;
     settings.driverPath = run.driverPath;
     settings.tags = makePlant({1, 100, 0, 0});

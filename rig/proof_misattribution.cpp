@@ -10,7 +10,7 @@ namespace
 {
 
 // Compares every value that reaches a tag with the one place it can have come from.
-class Witness : public NoEvents
+class Witness : public HostEvents
 {
 public:
     void watch(const QVector<Tag> &tags, const PlcMemory *memory)

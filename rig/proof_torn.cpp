@@ -32,7 +32,7 @@ QVector<Tag> valuesOfWords(bool acceptsTorn)
 
 // Changes some words of a tag at once, or all, and knows which values there were. A word that
 // changes is given a number that it does not get again before 65,536 changes.
-class Changer : public NoEvents
+class Changer : public HostEvents
 {
 public:
     Changer(const QVector<Tag> &tags, quint64 seed) : random_(seed)

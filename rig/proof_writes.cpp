@@ -16,7 +16,7 @@ constexpr const char *FAULTS = "noreply=1%,late=1%:65ms~40ms,truncate=1%,duplica
                                "refuse=1%,silence=0.01%:20s";
 
 // Follows every write from its request to its end.
-class Ledger : public NoEvents
+class Ledger : public HostEvents
 {
 public:
     struct Entry {

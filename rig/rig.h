@@ -57,17 +57,6 @@ private:
     std::unique_ptr<VirtualLine> line_;
 };
 
-/// Ignores every event; the base of receivers that want but a few.
-class NoEvents : public HostEvents
-{
-public:
-    void stationSwitched(int, bool) override {}
-    void writeChanged(const WriteReport &) override {}
-    void onceReadEnded(int, int, bool) override {}
-    void lineChanged(bool, const QString &) override {}
-    void tagRead(int, const Reading &) override {}
-};
-
 } // namespace kvt
 
 #endif

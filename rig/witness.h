@@ -11,7 +11,7 @@ namespace kvt
 {
 
 /// Base of those who judge what a host shows and says. One thread.
-class Witness : public NoEvents
+class Witness : public HostEvents
 {
 public:
     explicit Witness(const QVector<Tag> &tags);

@@ -68,11 +68,9 @@ public:
     int reportStop() const;
 
 private:
-    void stationSwitched(int, bool) override {}
     void writeChanged(const WriteReport &report) override;
     void onceReadEnded(int id, int tag, bool good) override;
     void lineChanged(bool up, const QString &reason) override;
-    void tagRead(int, const Reading &) override {}
     void attemptEnded(const Attempt &attempt) override;
 
     void begin();

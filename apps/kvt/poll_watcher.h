@@ -40,12 +40,8 @@ public:
     bool wasUp() const;            ///< the line could be opened
 
     void stationSwitched(int station, bool on) override;
-    void writeChanged(const WriteReport &) override {}
-    void onceReadEnded(int, int, bool) override {}
     void lineChanged(bool up, const QString &reason) override;
-    void tagRead(int, const Reading &) override {}
     void attemptEnded(const Attempt &attempt) override;
-    void tagSuspect(int) override {}
     void stationDoubtful(int station) override;
     void outOfStep() override;
     void alarmChanged(const AlarmEvent &event) override;

@@ -27,10 +27,6 @@ public:
         return error_;
     }
 
-    void stationSwitched(int, bool) override {}
-    void writeChanged(const WriteReport &) override {}
-    void onceReadEnded(int, int, bool) override {}
-    void tagRead(int, const Reading &) override {}
     void lineChanged(bool up, const QString &reason) override
     {
         const std::lock_guard<std::mutex> lock(mutex_);

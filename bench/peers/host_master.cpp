@@ -32,11 +32,6 @@ public:
             end(false);
     }
 
-    void stationSwitched(int, bool) override {}
-    void writeChanged(const WriteReport &) override {}
-    void onceReadEnded(int, int, bool) override {}
-    void lineChanged(bool, const QString &) override {}
-
 private:
     void end(bool good)
     {

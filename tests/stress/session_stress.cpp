@@ -68,15 +68,12 @@ void answerRequests(int socket)
 class Ends final : public kvt::HostEvents
 {
 public:
-    void stationSwitched(int, bool) override {}
     void writeChanged(const kvt::WriteReport &report) override
     {
         if (report.isFinal())
             noteEnd(report.id);
     }
     void onceReadEnded(int id, int, bool) override { noteEnd(id); }
-    void lineChanged(bool, const QString &) override {}
-    void tagRead(int, const kvt::Reading &) override {}
 
     std::atomic<int> ended{0};
     std::atomic<int> endedTwice{0};

@@ -18,7 +18,7 @@ constexpr const char *FAULTS = "noreply=2%,late=1%:80ms,truncate=1%,extra=1%,bad
                                "break=0.05%:500ms";
 
 // Requests writes and one-time reads between the cyclic ones.
-class Operator final : public NoEvents
+class Operator final : public HostEvents
 {
 public:
     void tagRead(int, const Reading &) override

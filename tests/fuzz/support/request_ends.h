@@ -7,7 +7,7 @@
 
 #include <QSet>
 
-class RequestEnds : public kvt::NoEvents
+class RequestEnds : public kvt::HostEvents
 {
 public:
     void writeRequested(int id) { writes_.insert(id); }

@@ -1,4 +1,5 @@
 // Values and stations of a host session.
+#include "tests/support/frames.h"
 #include "tests/support/session_bench.h"
 
 #include <QtTest>
@@ -10,10 +11,8 @@ using namespace kvt;
 namespace
 {
 
-const QByteArray READ_ONE("\x05"
-                          "010528\r");
-const QByteArray READ_TWO("\x05"
-                          "020528\r");
+const QByteArray READ_ONE = request("010528");
+const QByteArray READ_TWO = request("020528");
 
 } // namespace
 

@@ -12,11 +12,6 @@ namespace
 class AlarmRecorder final : public HostEvents
 {
 public:
-    void stationSwitched(int, bool) override {}
-    void writeChanged(const WriteReport &) override {}
-    void onceReadEnded(int, int, bool) override {}
-    void lineChanged(bool, const QString &) override {}
-    void tagRead(int, const Reading &) override {}
     void alarmChanged(const AlarmEvent &event) override
     {
         texts.append(

@@ -1,4 +1,5 @@
 // Tags with an interval in a host session.
+#include "tests/support/frames.h"
 #include "tests/support/session_bench.h"
 
 #include <QtTest>
@@ -8,22 +9,14 @@ using namespace kvt;
 namespace
 {
 
-const QByteArray READ_ONE("\x05"
-                          "010528\r");
-const QByteArray READ_TWO("\x05"
-                          "020528\r");
-const QByteArray READ_SIX("\x05"
-                          "010628\r");
+const QByteArray READ_ONE = request("010528");
+const QByteArray READ_TWO = request("020528");
+const QByteArray READ_SIX = request("010628");
 
 /// Keeps what is told of classes.
 class PaceRecorder final : public HostEvents
 {
 public:
-    void stationSwitched(int, bool) override {}
-    void writeChanged(const WriteReport &) override {}
-    void onceReadEnded(int, int, bool) override {}
-    void lineChanged(bool, const QString &) override {}
-    void tagRead(int, const Reading &) override {}
     void classPaceChanged(const ClassPace &pace) override { texts.append(pace.text()); }
     QStringList texts;
 };

@@ -1,4 +1,5 @@
 // Every fate of a write.
+#include "tests/support/frames.h"
 #include "tests/support/session_bench.h"
 
 #include <QtTest>
@@ -8,8 +9,7 @@ using namespace kvt;
 namespace
 {
 
-const QByteArray READ_ONE("\x05"
-                          "010528\r");
+const QByteArray READ_ONE = request("010528");
 const QByteArray WRITE_ONE("\x05"
                            "0105291234\r");
 const QByteArray VALUE = QByteArray::fromHex("3412");

@@ -23,6 +23,9 @@ Request requestOf(int station, int length)
 // A reply of station 1 to a request for a word, and to one for a bit.
 const QByteArray WORD = QByteArray::fromHex("06 30 31 31 32 41 42 0D");
 const QByteArray BIT = QByteArray::fromHex("06 30 31 30 31 0D");
+// The same of station 0.
+const QByteArray WORD_OF_0 = QByteArray(WORD).replace(1, 2, "00");
+const QByteArray BIT_OF_0 = QByteArray(BIT).replace(1, 2, "00");
 
 // Station 1 answers a request for a word after 8 ms; a pause then takes 11.
 bool exchange(StepWatch *watch, qint64 *now_ns, int station = 1, int length = 8,
@@ -49,6 +52,17 @@ bool beginBehind(StepWatch *watch, qint64 *now_ns)
     watch->sent(requestOf(1, 6), *now_ns, TIMEOUT);
     const bool isFound = watch->showsBehind(WORD);
     watch->outOfStep(*now_ns);
+    return isFound;
+}
+
+// The same of station 0, behind a request for a bit.
+bool beginBehindAtStationZero(StepWatch *watch, qint64 now_ns)
+{
+    watch->lineUp(now_ns);
+    watch->sent(requestOf(0, 8), now_ns, TIMEOUT);
+    watch->sent(requestOf(0, 6), now_ns, TIMEOUT);
+    const bool isFound = watch->showsBehind(WORD_OF_0);
+    watch->outOfStep(now_ns);
     return isFound;
 }
 
@@ -388,30 +402,20 @@ private Q_SLOTS:
 
     void requestsToStationZeroCountAsAnyOther()
     {
-        const QByteArray word = QByteArray(WORD).replace(1, 2, "00");
         StepWatch watch(ONE_PERCENT, false);
         qint64 now_ns = 0;
-        watch.lineUp(now_ns);
-        watch.sent(requestOf(0, 8), now_ns, TIMEOUT);
-        watch.sent(requestOf(0, 6), now_ns, TIMEOUT);
-        QVERIFY(watch.showsBehind(word));
-        watch.outOfStep(now_ns);
-        exchange(&watch, &now_ns, 0, 8, word); // behind a request that differs
+        QVERIFY(beginBehindAtStationZero(&watch, now_ns));
+        exchange(&watch, &now_ns, 0, 8, WORD_OF_0); // behind a request that differs
         QVERIFY(watch.pauseWasSilent(now_ns, now_ns + 11 * MS));
     }
 
     void twoAlikeRequestsToStationZeroProveNothing()
     {
-        const QByteArray word = QByteArray(WORD).replace(1, 2, "00");
         StepWatch watch(ONE_PERCENT, false);
         qint64 now_ns = 0;
-        watch.lineUp(now_ns);
-        watch.sent(requestOf(0, 8), now_ns, TIMEOUT);
+        QVERIFY(beginBehindAtStationZero(&watch, now_ns));
         watch.sent(requestOf(0, 6), now_ns, TIMEOUT);
-        QVERIFY(watch.showsBehind(word));
-        watch.outOfStep(now_ns);
-        watch.sent(requestOf(0, 6), now_ns, TIMEOUT);
-        exchange(&watch, &now_ns, 0, 6, QByteArray(BIT).replace(1, 2, "00"));
+        exchange(&watch, &now_ns, 0, 6, BIT_OF_0);
         QVERIFY(!watch.pauseWasSilent(now_ns, now_ns + 11 * MS));
     }
 
