@@ -35,6 +35,7 @@ void LiveTable::resize(int columns, int lines)
 void LiveTable::setRows(const QVector<TableRow> &rows)
 {
     rows_ = rows;
+    widestValue_ = std::max(widestValue_, widestValueOf(rows));
     arrange();
 }
 
@@ -151,7 +152,7 @@ QVector<TableLine> LiveTable::lines() const
 
 QVector<TableLine> LiveTable::finalLines() const
 {
-    const QVector<PlacedColumn> columns = layOut(rows_, columns_);
+    const QVector<PlacedColumn> columns = layOut(rows_, columns_, widestValue_);
     QVector<TableLine> lines;
     for (const QString &text : header_)
         lines.append(headerLine(text));

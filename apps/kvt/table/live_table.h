@@ -71,8 +71,9 @@ private:
     int lines_ = 24;
     QStringList header_;
     QVector<TableRow> rows_;
-    QVector<int> order_; // indices of the rows that are shown, in the order in which they are
-    int top_ = 0;        // index in order_ of the first row in the window
+    int widestValue_ = 0; // so far: columns move once at most
+    QVector<int> order_;  // indices of the rows that are shown, in the order in which they are
+    int top_ = 0;         // index in order_ of the first row in the window
     QString filter_;
     bool isTyping_ = false; // the filter
     bool badFirst_ = true;

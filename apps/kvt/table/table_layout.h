@@ -40,10 +40,14 @@ constexpr int COLUMN_GAP = 2;
 /// The texts above the columns.
 TableRow headingRow();
 
+/// Returns how wide the widest value of the rows is, in columns of a terminal.
+int widestValueOf(const QVector<TableRow> &rows);
+
 /// Which columns are shown in a terminal of `width` columns, and how wide: the least important are
 /// left out until the others fit. From 40 columns on, tag, value and quality are always there, and
-/// from 55 on the whole alarm, which is a column if any row has one.
-QVector<PlacedColumn> layOut(const QVector<TableRow> &rows, int width);
+/// from 55 on the whole alarm, which is a column if any row has one. Values have room for
+/// `widestValue` columns unless quality or alarm would have to make it.
+QVector<PlacedColumn> layOut(const QVector<TableRow> &rows, int width, int widestValue);
 
 /// Values and ages stand on the right of their columns.
 Qt::Alignment alignmentOf(Column column);

@@ -140,6 +140,39 @@ private Q_SLOTS:
                     .startsWith(QLatin1String("pump_station_north_setpoint  D ")));
     }
 
+    void aLongValueIsShownWholeWhereThereIsRoom()
+    {
+        const QString value = QString::fromUtf8("21.4 \u00b0C (214)");
+        QVector<TableRow> rows = {makeRow(QStringLiteral("water"))};
+        const QString usual = rows.first().cell(Column::Value);
+        rows.first().cell(Column::Value) = value;
+        LiveTable table;
+        table.setRows(rows);
+        for (int columns = 45; columns <= 200; ++columns) {
+            table.resize(columns, 5);
+            const QString row = textOf(table.lines().at(1));
+            QVERIFY2(row.contains(value + QLatin1String("  good")), qPrintable(row));
+        }
+        const int end = textOf(table.lines().at(1)).indexOf(QLatin1String("good"));
+        rows.first().cell(Column::Value) = usual; // the columns stay where they are
+        table.setRows(rows);
+        QCOMPARE(textOf(table.lines().at(1)).indexOf(QLatin1String("good")), end);
+    }
+
+    void aValueOfAnyLengthLeavesTheQualityThere()
+    {
+        QVector<TableRow> rows = {makeRow(QStringLiteral("doors"))};
+        rows.first().cell(Column::Value) = QString(60, QLatin1Char('v'));
+        LiveTable table;
+        table.setRows(rows);
+        for (int columns = 40; columns <= 200; ++columns) {
+            table.resize(columns, 5);
+            const QString row = textOf(table.lines().at(1));
+            QVERIFY2(row.contains(QLatin1String("  good")), qPrintable(row));
+            QVERIFY(columns < 200 || row.contains(QString(60, QLatin1Char('v'))));
+        }
+    }
+
     // Eight rows have room.
     void keysScroll()
     {
