@@ -47,6 +47,8 @@ void AlarmBoard::read(int tag, const Reading &reading, qint64 now_ns)
     Alarm *const alarm = alarmOf(tag);
     if (alarm == nullptr)
         return;
+    // The value before held until now; what came of it is news of its own.
+    note(*alarm, alarm->machine.passed(now_ns), now_ns);
     AlarmInput input;
     input.bits = reading.raw;
     const std::optional<double> number = alarm->converter.number(reading.raw);

@@ -91,6 +91,18 @@ private Q_SLOTS:
         QCOMPARE(bench.recorder.told(), QString("0 normal none"));
     }
 
+    // It was beyond for as long as anybody knows.
+    void anAlarmThatIsOverWithItsDelayIsToldAsWell()
+    {
+        AlarmBench bench("70ms");
+        bench.exchange("0065");
+        bench.exchange();
+        QCOMPARE(bench.recorder.told(), QString());
+        bench.now_ns += milliseconds(60);
+        bench.exchange("0001");
+        QCOMPARE(bench.recorder.told(), QString("0 unacknowledged hi, 0 returned none"));
+    }
+
     void aValueThatIsNotGoodSuppressesIt()
     {
         AlarmBench bench;
