@@ -50,6 +50,8 @@ bool StepWatch::replied(const QByteArray &reply, qint64 now_ns, qint64 turnaroun
             doubtedTime_ns_ = turnaround_ns;
         else
             times_.add(current_.station, turnaround_ns);
+    } else {
+        doubtTimeIfUnknown();
     }
     answersDue_ns_ = std::max(answersDue_ns_, sentAt_ns_ + pause_ns());
     const bool unproven = listens() && (odd_ || provesEachReply());
@@ -61,8 +63,13 @@ void StepWatch::somethingOdd()
 {
     odd_ = true;
     wary_ = WARY_REPLIES;
-    // What answers first may not be the answer, and a pause of its time too short to find that
-    // out: the time counts once it is proved.
+    doubtTimeIfUnknown();
+}
+
+// What answers first may not be the answer, and a pause of its time too short to find that out: the
+// time counts once it is proved.
+void StepWatch::doubtTimeIfUnknown()
+{
     if (current_.station >= 0 && !times_.isKnown(current_.station))
         doubtedTimes_.set(stationIndex());
 }

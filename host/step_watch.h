@@ -78,6 +78,7 @@ private:
     qint64 pauseBehindReply_ns() const;
     size_t stationIndex() const { return static_cast<size_t>(current_.station); }
     bool cannotAnswerPrevious(const QByteArray &goodReply) const;
+    void doubtTimeIfUnknown();
 
     struct Shape {
         int station = -1;
