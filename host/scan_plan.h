@@ -26,7 +26,7 @@ struct PlanSettings {
 struct StationPlan {
     int station = 0;
     int reads = 0;                   ///< entries of the read list
-    qint64 share_ns = 0;             ///< of the scan
+    qint64 share_ns = 0;             ///< to read all of them once
     qint64 deathOnce_ns = 0;         ///< lost while it dies, until it is switched off
     qint64 deathProbe_ns = 0;        ///< lost at each probe from then on
     qint64 deathUnsupervised_ns = 0; ///< added to every scan if it were not switched off

@@ -6,6 +6,7 @@
 #include "tags/value_elements.h"
 
 #include <algorithm>
+#include <cmath>
 
 namespace kvt
 {
@@ -19,15 +20,51 @@ constexpr qint64 MOST_STEPS = 1000; // that are caught up with when nobody has r
 constexpr int USUAL_LIMIT = 1000000;
 constexpr double USUAL_FLOAT_LIMIT = 100;
 
+/// Of the tag without limits: a sensor may say what nobody may enter.
 std::optional<ValueConverter> converterOf(const Tag &tag)
 {
+    MeaningTexts meaning = tag.meaning;
+    meaning[MeaningColumn::Min].clear();
+    meaning[MeaningColumn::Max].clear();
     QVector<MeaningProblem> problems;
-    return ValueConverter::make(tag.form, tag.area, tag.meaning, &problems);
+    return ValueConverter::make(tag.form, tag.area, meaning, &problems);
 }
 
-/// Returns the ends of the range of a tag without one of its own.
+/// Returns the nearest value of a number that cannot be had exactly; none where there is none.
+std::optional<quint64> nearestBits(const Tag &tag, const ValueConverter &converter,
+                                   const QString &text)
+{
+    Decimal wanted;
+    if (!isNumeric(tag.form.type) || isFloat(tag.form.type) ||
+        readDecimal(text, &wanted) != NumberReading::Good)
+        return std::nullopt;
+    const double first = *converter.number(rawBits(tag.form.type, 0));
+    const double step = *converter.number(rawBits(tag.form.type, 1)) - first;
+    const double raw = std::round((toDouble(wanted) - first) / step);
+    const RawRange range = rawRange(tag.form.type, tag.area);
+    if (!(raw >= static_cast<double>(range.lowest) && raw <= static_cast<double>(range.highest)))
+        return std::nullopt;
+    return rawBits(tag.form.type, std::min(static_cast<Int128>(raw), range.highest));
+}
+
+/// Reads an end of a signal's range.
+EnteredValue enteredEnd(const Tag &tag, const QString &text)
+{
+    const std::optional<ValueConverter> converter = converterOf(tag);
+    EnteredValue entered = converter->enter(text);
+    const std::optional<quint64> nearest =
+        entered.error.isEmpty() ? std::nullopt : nearestBits(tag, *converter, text);
+    return nearest ? EnteredValue{*nearest, QString()} : entered;
+}
+
+/// Returns the ends of the range of a tag without one of its own: what may be entered, or what its
+/// type holds.
 quint64 usualEnd(const Tag &tag, bool high)
 {
+    const QString &limit = tag.meaning[high ? MeaningColumn::Max : MeaningColumn::Min];
+    const EnteredValue allowed = limit.isEmpty() ? EnteredValue() : enteredEnd(tag, limit);
+    if (!limit.isEmpty() && allowed.error.isEmpty())
+        return allowed.bits;
     if (isFloat(tag.form.type))
         return floatBits(tag.form.type, high ? USUAL_FLOAT_LIMIT : -USUAL_FLOAT_LIMIT);
     if (tag.form.type == ValueType::String)
@@ -40,7 +77,7 @@ quint64 usualEnd(const Tag &tag, bool high)
 
 quint64 endOf(const Tag &tag, const QString &text, bool high)
 {
-    return text.isEmpty() ? usualEnd(tag, high) : converterOf(tag)->enter(text).bits;
+    return text.isEmpty() ? usualEnd(tag, high) : enteredEnd(tag, text).bits;
 }
 
 } // namespace
@@ -54,7 +91,7 @@ QString signalFault(const SignalRule &rule, const Tag &tag)
     if (tag.form.type == ValueType::String)
         return QStringLiteral("a string has no range");
     for (const QString &text : {rule.low, rule.high}) {
-        const EnteredValue entered = converterOf(tag)->enter(text);
+        const EnteredValue entered = enteredEnd(tag, text);
         if (!entered.error.isEmpty())
             return entered.error;
     }

@@ -54,7 +54,7 @@ QString stationsText(const PlanReport &report)
 {
     QString text = QStringLiteral("\n%1 %2 %3   one dead station costs %4 %5 %6\n")
                        .arg(QStringLiteral("station"), QStringLiteral("reads"))
-                       .arg(QStringLiteral("of the scan"), 12)
+                       .arg(QStringLiteral("all of them"), 12)
                        .arg(QStringLiteral("until it is off"), 16)
                        .arg(QStringLiteral("each probe"), 12)
                        .arg(QStringLiteral("each scan if never off"), 23);
@@ -78,9 +78,12 @@ QString percentText(double part)
 
 QString scanText(const PlanReport &report)
 {
-    return report.plan.scan_ns == 0 && !report.plan.classes.classes.isEmpty()
-               ? QStringLiteral("scan: every tag has an interval\n")
-               : QStringLiteral("scan: %1\n").arg(timeText(report.plan.scan_ns));
+    const bool hasClasses = !report.plan.classes.classes.isEmpty();
+    if (report.plan.scan_ns == 0 && hasClasses)
+        return QStringLiteral("scan: every tag has an interval\n");
+    return QStringLiteral("scan%1: %2\n")
+        .arg(hasClasses ? QStringLiteral(" of the tags without interval") : QString(),
+             timeText(report.plan.scan_ns));
 }
 
 QString speedsText(const PlanReport &report)

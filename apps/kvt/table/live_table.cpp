@@ -23,6 +23,15 @@ Concern worst(const TableRow &row)
     return std::min(row.concern, row.alarmConcern);
 }
 
+// A raw value that is cut looks like another one: it goes as a whole where there is no room for it.
+QString withoutRaw(const QString &value, int width)
+{
+    const int raw = value.lastIndexOf(QLatin1String(" ("));
+    if (displayWidth(value) <= width || raw < 0 || !value.endsWith(QLatin1Char(')')))
+        return value;
+    return value.left(raw) + QLatin1Char('~');
+}
+
 } // namespace
 
 void LiveTable::resize(int columns, int lines)
@@ -177,7 +186,9 @@ TableLine LiveTable::rowLine(const TableRow &row, const QVector<PlacedColumn> &c
             line.append({QString(COLUMN_GAP, QLatin1Char(' ')), Concern::None, true});
         const int width = std::min(placed.width, left);
         const bool isAlarm = placed.column == Column::Alarm;
-        line.append({fitted(row.cell(placed.column), width, alignmentOf(placed.column)),
+        const QString &cell = row.cell(placed.column);
+        const QString text = placed.column == Column::Value ? withoutRaw(cell, width) : cell;
+        line.append({fitted(text, width, alignmentOf(placed.column)),
                      isAlarm ? row.alarmConcern : row.concern,
                      !coloured || !(isAlarm || placed.column == Column::Quality)});
         left -= width + COLUMN_GAP;

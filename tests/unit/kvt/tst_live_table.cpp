@@ -159,6 +159,21 @@ private Q_SLOTS:
         QCOMPARE(textOf(table.lines().at(1)).indexOf(QLatin1String("good")), end);
     }
 
+    void aRawValueIsThereAsAWholeOrNotAtAll()
+    {
+        QVector<TableRow> rows = {makeRow(QStringLiteral("speed_of_the_pump"))};
+        rows.first().cell(Column::Value) = QStringLiteral("1000.0 1/min (10000)");
+        LiveTable table;
+        table.setRows(rows);
+        for (int columns = 46; columns <= 80; ++columns) {
+            table.resize(columns, 5);
+            const QString row = textOf(table.lines().at(1));
+            QVERIFY2(row.contains(QLatin1String("1000.0 1/min~  good")) ||
+                         row.contains(QLatin1String("1000.0 1/min (10000)  good")),
+                     qPrintable(row));
+        }
+    }
+
     void aValueOfAnyLengthLeavesTheQualityThere()
     {
         QVector<TableRow> rows = {makeRow(QStringLiteral("doors"))};

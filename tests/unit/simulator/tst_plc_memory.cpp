@@ -171,6 +171,8 @@ private Q_SLOTS:
         QTest::newRow("within") << "0.5" << true;
         QTest::newRow("too low") << "-1" << false;
         QTest::newRow("no number") << "x" << false;
+        QTest::newRow("between two values") << "0.56" << true;
+        QTest::newRow("below what may be entered") << "0.1" << true;
     }
 
     void aRuleIsHeldAgainstItsTag()
@@ -179,9 +181,51 @@ private Q_SLOTS:
         QFETCH(bool, good);
         Tag tag = makeTag(Area::D, "5.2.0", 1, ValueType::U16);
         tag.meaning[MeaningColumn::Scale] = QStringLiteral("0.1");
+        tag.meaning[MeaningColumn::Min] = QStringLiteral("0.3");
         const SignalRule rule{SignalKind::Ramp, low, QStringLiteral("20"), 0};
         QCOMPARE(signalFault(rule, tag).isEmpty(), good);
         QVERIFY(!signalFault({SignalKind::Serial, {}, {}, 0}, tag).isEmpty());
+    }
+
+    void theRangeOfASignal_data()
+    {
+        QTest::addColumn<QString>("min");
+        QTest::addColumn<QString>("max");
+        QTest::addColumn<QString>("low");
+        QTest::addColumn<QByteArray>("values");
+        QTest::newRow("what the type holds") << ""
+                                             << ""
+                                             << "" << QByteArray("ffff0000");
+        QTest::newRow("what may be entered") << "1"
+                                             << "2.5"
+                                             << "" << QByteArray("0019000a");
+        QTest::newRow("what is told") << "1"
+                                      << "2.5"
+                                      << "0.3" << QByteArray("00190003");
+        QTest::newRow("the nearest value") << ""
+                                           << ""
+                                           << "0.37" << QByteArray("ffff0004");
+        QTest::newRow("no more than the type") << ""
+                                               << "9999"
+                                               << "" << QByteArray("ffff0000");
+    }
+
+    void theRangeOfASignal()
+    {
+        QFETCH(QString, min);
+        QFETCH(QString, max);
+        QFETCH(QString, low);
+        Tag tag = makeTag(Area::D, "5.2.0", 1, ValueType::U16);
+        tag.meaning[MeaningColumn::Scale] = QStringLiteral("0.1");
+        tag.meaning[MeaningColumn::Min] = min;
+        tag.meaning[MeaningColumn::Max] = max;
+        SignalPlan plan;
+        plan.byTag.insert(tag.name, {SignalKind::Step, low, QString(), 100});
+        PlcMemory memory({tag}, plan, 1);
+        const PlcTarget word = *memory.findRead(1, 5, 0x20);
+        QByteArray values = memory.read(word, 0);
+        values += memory.read(word, 50);
+        QTEST(values.toHex(), "values");
     }
 
     void serialCellsTellWhoseAValueIs()
