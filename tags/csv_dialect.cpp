@@ -17,7 +17,28 @@ struct Line {
     int to = 0; // its end is not in it
 };
 
-/// Returns the first line that is neither blank nor a comment.
+bool isSeparator(char character)
+{
+    return std::count(std::begin(SEPARATORS), std::end(SEPARATORS), character) > 0;
+}
+
+/// True when there is nothing but separators and blanks: cells of a spreadsheet without text.
+bool holdsNothing(const QByteArray &text)
+{
+    return std::all_of(text.cbegin(), text.cend(),
+                       [](char character) { return character == ' ' || isSeparator(character); });
+}
+
+/// Comments may be quoted: a spreadsheet does so where a separator or a quote is in them.
+bool isComment(const QByteArray &line)
+{
+    if (line.startsWith('#'))
+        return true;
+    return line.startsWith('"') && line.mid(1).trimmed().startsWith('#') &&
+           holdsNothing(line.mid(line.lastIndexOf('"') + 1));
+}
+
+/// Returns the first line that is neither without text nor a comment.
 Line firstLine(const QByteArray &text)
 {
     for (Line line; line.from < text.size(); line.from = line.to + 1) {
@@ -26,7 +47,7 @@ Line firstLine(const QByteArray &text)
                          [](char character) { return character == '\n' || character == '\r'; });
         line.to = static_cast<int>(end - text.cbegin());
         const QByteArray content = text.mid(line.from, line.to - line.from).trimmed();
-        if (!content.isEmpty() && !content.startsWith('#'))
+        if (!holdsNothing(content) && !isComment(content))
             return line;
     }
     return {};
@@ -42,21 +63,27 @@ bool hasTitle(QByteArray header, char separator, const QByteArray &title)
 
 } // namespace
 
+char separatorOf(const QByteArray &header, const QByteArray &title)
+{
+    const auto *const separator =
+        std::find_if(std::begin(SEPARATORS), std::end(SEPARATORS),
+                     [&](char one) { return hasTitle(header, one, title); });
+    return separator == std::end(SEPARATORS) ? '\0' : *separator;
+}
+
 char takeSeparator(QByteArray *text, const QByteArray &title)
 {
     const Line line = firstLine(*text);
     const QByteArray content = text->mid(line.from, line.to - line.from);
     QByteArray word = content;
     word.replace('"', QByteArray());
-    if (word.left(4).toLower() == "sep=" && word.size() >= 5 && word.mid(5).trimmed().isEmpty() &&
-        std::count(std::begin(SEPARATORS), std::end(SEPARATORS), word.at(4)) > 0) {
+    if (word.left(4).toLower() == "sep=" && word.size() >= 5 && isSeparator(word.at(4)) &&
+        holdsNothing(word.mid(5))) {
         text->remove(line.from, line.to - line.from);
         return word.at(4);
     }
-    for (const char separator : SEPARATORS)
-        if (hasTitle(content, separator, title))
-            return separator;
-    return ',';
+    const char separator = separatorOf(content, title);
+    return separator == '\0' ? ',' : separator;
 }
 
 } // namespace kvt

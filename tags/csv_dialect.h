@@ -9,9 +9,13 @@ namespace kvt
 
 /// Returns what parts the fields of a text, ',', ';' or a tab. A first line "sep=;" decides; it is
 /// taken out of `*text` up to its end, so that lines keep their numbers. Else it is what parts the
-/// header line, the first that is neither blank nor a comment, into titles one of which is
+/// header line, the first that is neither without text nor a comment, into titles one of which is
 /// `title`, in any case; a comma when nothing does.
 char takeSeparator(QByteArray *text, const QByteArray &title);
+
+/// Returns what parts a header line into titles one of which is `title`, in any case; NUL when
+/// nothing does.
+char separatorOf(const QByteArray &header, const QByteArray &title);
 
 } // namespace kvt
 

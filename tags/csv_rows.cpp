@@ -29,6 +29,14 @@ void onField(void *data, size_t size, void *reader)
         r->tooManyFields = true;
 }
 
+/// A spreadsheet quotes a comment with what parts the fields in it.
+bool isComment(const CsvRow &row)
+{
+    return row.fields.first().trimmed().startsWith('#') &&
+           std::all_of(row.fields.cbegin() + 1, row.fields.cend(),
+                       [](const QByteArray &field) { return field.isEmpty(); });
+}
+
 void onRow(int, void *reader)
 {
     auto *r = static_cast<Reader *>(reader);
@@ -37,7 +45,7 @@ void onRow(int, void *reader)
         return;
     const bool empty = std::all_of(r->row.fields.cbegin(), r->row.fields.cend(),
                                    [](const QByteArray &field) { return field.isEmpty(); });
-    if (!empty)
+    if (!empty && !isComment(r->row))
         r->result.rows.append(r->row);
     r->row.fields.clear();
 }

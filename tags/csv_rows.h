@@ -16,7 +16,7 @@ struct CsvRow {
 };
 
 /// The rows up to the first malformed one. Lines that are blank, hold only empty fields or begin
-/// with `#` are left out.
+/// with `#` are left out, and so are rows whose only text is a quoted field that begins with `#`.
 struct CsvRows {
     QVector<CsvRow> rows;
     int errorLine = 0;   ///< line of the malformed row; 0 when there is none

@@ -1,5 +1,6 @@
 #include "tags/tag_address.h"
 
+#include <QRegularExpression>
 #include <QStringList>
 
 #include <algorithm>
@@ -36,6 +37,18 @@ QString rangeError(int index, const QString &part, int highest)
         .arg(QString::number(index), part, QString::number(highest));
 }
 
+/// Spreadsheets take 5.2.1 for a day and save it as 05.02.2001, 2001-02-05, 5/2/01 or 05-Feb-01.
+QString dateHint(const QString &text)
+{
+    static const QRegularExpression date(
+        QStringLiteral("\\A([0-9]{1,2}\\.[0-9]{1,2}\\.(19|20)[0-9]{2}"
+                       "|[0-9]{1,4}([-/])([0-9]{1,2}|\\pL{3,9}\\.?)\\3[0-9]{1,4})\\z"),
+        QRegularExpression::UseUnicodePropertiesOption);
+    return date.match(text).hasMatch() ? QStringLiteral("; did a spreadsheet make a date of it? "
+                                                        "Format the column as text")
+                                       : QString();
+}
+
 QString rangeErrors(Area area, const QStringList &parts, const TagAddress &address)
 {
     if (address.a > 255)
@@ -44,8 +57,11 @@ QString rangeErrors(Area area, const QStringList &parts, const TagAddress &addre
         return rangeError(2, parts[1], 15);
     if (area == Area::C && address.c > 1)
         return rangeError(3, parts[2], 1);
-    if (address.c > 255)
+    if (address.c > 255 && address.b == 0)
         return rangeError(3, parts[2], 255);
+    if (address.c > 255)
+        return QStringLiteral("field 3 is %1, not 0 or 1 (2 to 255 where field 2 is 0)")
+            .arg(parts[2]);
     if (address.c > 1 && address.b != 0)
         return QStringLiteral("field 2 must be 0 when field 3 is 2 or more: it would not be sent");
     if (address.d >= ELEMENTS_PER_BLOCK)
@@ -63,15 +79,16 @@ QString commandError(const TagAddress &address)
         .arg(address.c == COMMAND_18_1_0 ? 0 : 1);
 }
 
-} // namespace
-
-QString parseTagAddress(Area area, const QString &text, TagAddress *address)
+QString parseParts(Area area, const QString &text, TagAddress *address)
 {
     const int count = area == Area::C ? 4 : 3;
     const QStringList parts = text.split(QLatin1Char('.'));
     if (parts.size() != count)
-        return QStringLiteral("\"%1\" has %2 parts; area %3 takes %4")
-            .arg(text, QString::number(parts.size()), areaName(area), QString::number(count));
+        return QStringLiteral("\"%1\" has %2; area %3 takes %4")
+            .arg(text,
+                 parts.size() == 1 ? QStringLiteral("1 part")
+                                   : QStringLiteral("%1 parts").arg(parts.size()),
+                 areaName(area), QString::number(count));
     int values[4] = {};
     for (int i = 0; i < count; ++i) {
         values[i] = parsePart(parts[i]);
@@ -82,6 +99,14 @@ QString parseTagAddress(Area area, const QString &text, TagAddress *address)
     *address = TagAddress{values[0], values[1], values[2], values[3]};
     const QString error = rangeErrors(area, parts, *address);
     return error.isEmpty() ? commandError(*address) : error;
+}
+
+} // namespace
+
+QString parseTagAddress(Area area, const QString &text, TagAddress *address)
+{
+    const QString error = parseParts(area, text, address);
+    return error.isEmpty() ? error : error + dateHint(text);
 }
 
 bool isCommand(Area area, const QString &text)

@@ -7,11 +7,11 @@
 #include "tags/tag_columns.h"
 #include "tags/tag_conflicts.h"
 #include "tags/tag_elements.h"
+#include "tags/tag_header.h"
 #include "tags/tag_span.h"
 #include "tags/tag_watch.h"
 
 #include <algorithm>
-#include <array>
 
 namespace kvt
 {
@@ -32,8 +32,6 @@ public:
 
 private:
     bool readHeader(const CsvRow &row);
-    void readTitle(int field, const QString &title);
-    void readDefaultOrder(int field, const QString &text);
     void readRows(const QVector<CsvRow> &rows);
     void readRow(const CsvRow &row);
     QString field(int column);
@@ -54,14 +52,15 @@ private:
     void sortErrors(int from);
     void fail(int column, const QString &text);
     void failIf(int column, const QString &fault);
+    void failEncoding(int column);
     void failRow(const CsvRows &rows);
 
     TagListResult result_;
-    std::array<int, COLUMN_COUNT> fieldOf_ = {}; ///< index in a row; -1: no such column
+    TagHeader header_;
     char separator_ = ',';
-    WordOrder order_ = WordOrder::Abcd; ///< of tags that name none
-    int headerFields_ = 0;
     CsvRow row_; ///< the row being read
+    bool rowIsDecoded_ = true;
+    bool encodingIsTold_ = false;
     QHash<QString, int> lineOfName_;
     TagConflicts conflicts_;
 };
@@ -69,7 +68,7 @@ private:
 void ListReader::fail(int column, const QString &text)
 {
     result_.errors.append(
-        {row_.line, fieldOf_[static_cast<size_t>(column)] + 1, tagColumnName(column), text});
+        {row_.line, header_.fieldOf[static_cast<size_t>(column)] + 1, tagColumnName(column), text});
 }
 
 void ListReader::failIf(int column, const QString &fault)
@@ -78,67 +77,33 @@ void ListReader::failIf(int column, const QString &fault)
         fail(column, fault);
 }
 
-/// "order=cdab" names the order of all tags that have none of their own.
-void ListReader::readDefaultOrder(int field, const QString &text)
-{
-    const std::optional<WordOrder> order = parseWordOrder(text);
-    if (order)
-        order_ = *order;
-    else
-        result_.errors.append({row_.line, field + 1, tagColumnName(ORDER), wordOrderFault(text)});
-}
-
-void ListReader::readTitle(int field, const QString &title)
-{
-    const QString order = QStringLiteral("order=");
-    const bool hasOrder = title.startsWith(order, Qt::CaseInsensitive);
-    const int column = hasOrder ? static_cast<int>(ORDER) : tagColumnOf(title);
-    if (column < 0) {
-        const QString likely = likelyColumnName(title);
-        result_.warnings.append(
-            {row_.line, field + 1, title,
-             likely.isEmpty() ? QStringLiteral("is not known")
-                              : QStringLiteral("is not known; is \"%1\" meant?").arg(likely)});
-        return;
-    }
-    if (fieldOf_[static_cast<size_t>(column)] >= 0)
-        result_.errors.append(
-            {row_.line, field + 1, title, QStringLiteral("this column is there twice")});
-    fieldOf_[static_cast<size_t>(column)] = field;
-    if (hasOrder)
-        readDefaultOrder(field, title.mid(order.size()).trimmed());
-}
-
 bool ListReader::readHeader(const CsvRow &row)
 {
-    row_ = row;
-    headerFields_ = row.fields.size();
-    fieldOf_.fill(-1);
-    for (int i = 0; i < row.fields.size(); ++i) {
-        const QString title = QString::fromUtf8(row.fields[i]).trimmed();
-        if (!title.isEmpty())
-            readTitle(i, title);
-    }
-    for (int column = 0; column < DESCRIPTION; ++column) {
-        if (fieldOf_[static_cast<size_t>(column)] < 0)
-            result_.errors.append({row.line, 0, QString(),
-                                   QStringLiteral("column \"%1\" is missing from the header")
-                                       .arg(tagColumnName(column))});
-    }
-    result_.addressColumn = fieldOf_[ADDRESS] + 1;
+    header_ = readTagHeader(row, separator_, &result_);
+    result_.addressColumn = header_.fieldOf[ADDRESS] + 1;
     return result_.errors.isEmpty();
 }
 
 QString ListReader::field(int column)
 {
-    const int index = fieldOf_[static_cast<size_t>(column)];
+    const int index = header_.fieldOf[static_cast<size_t>(column)];
     if (index < 0 || index >= row_.fields.size())
         return QString();
     bool good = false;
     QString text = decodedField(row_.fields[index], &good);
     if (!good)
-        fail(column, QStringLiteral("is not UTF-8 text"));
+        failEncoding(column);
     return text;
+}
+
+/// The whole file is in another encoding, so that once is enough.
+void ListReader::failEncoding(int column)
+{
+    rowIsDecoded_ = false;
+    if (!encodingIsTold_)
+        fail(column,
+             QStringLiteral("is not UTF-8 text: save the list as \"CSV UTF-8\" (told once)"));
+    encodingIsTold_ = true;
 }
 
 bool ListReader::readArea(Tag *tag)
@@ -172,15 +137,15 @@ bool ListReader::readOrder(ValueForm *form)
 {
     const QString text = field(ORDER);
     const std::optional<WordOrder> order =
-        text.isEmpty() ? std::make_optional(order_) : parseWordOrder(text);
-    form->order = order.value_or(order_);
+        text.isEmpty() ? std::make_optional(header_.order) : parseWordOrder(text);
+    form->order = order.value_or(header_.order);
     if (!order)
         fail(ORDER, wordOrderFault(text));
     const bool isTurned = form->type == ValueType::String && reversesWords(form->order);
     if (isTurned && !text.isEmpty())
         fail(ORDER, QStringLiteral("the words of a string are in order: abcd or badc"));
     else if (isTurned)
-        form->order = swapsBytes(order_) ? WordOrder::Badc : WordOrder::Abcd;
+        form->order = swapsBytes(header_.order) ? WordOrder::Badc : WordOrder::Abcd;
     return order.has_value();
 }
 
@@ -210,8 +175,8 @@ void ListReader::note(const QVector<ColumnProblem<Column>> &problems)
     for (const ColumnProblem<Column> &problem : problems) {
         const int column = columnOf(problem.column);
         QVector<TagError> &list = problem.isWarning ? result_.warnings : result_.errors;
-        list.append({row_.line, fieldOf_[static_cast<size_t>(column)] + 1, tagColumnName(column),
-                     problem.text});
+        list.append({row_.line, header_.fieldOf[static_cast<size_t>(column)] + 1,
+                     tagColumnName(column), problem.text});
     }
 }
 
@@ -279,7 +244,7 @@ QString ListReader::conflictOf(const Tag &tag, const TagSpan &span)
 
 void ListReader::checkLength()
 {
-    for (int i = headerFields_; i < row_.fields.size(); ++i) {
+    for (int i = header_.fields; i < row_.fields.size(); ++i) {
         if (row_.fields[i].isEmpty())
             continue;
         result_.errors.append({row_.line, i + 1, QString(),
@@ -293,6 +258,7 @@ void ListReader::checkLength()
 void ListReader::readRow(const CsvRow &row)
 {
     row_ = row;
+    rowIsDecoded_ = true;
     const int errorsBefore = result_.errors.size();
     Tag tag;
     TagSpan span;
@@ -314,7 +280,7 @@ void ListReader::readRow(const CsvRow &row)
         failIf(ADDRESS, conflict);
     }
     sortErrors(errorsBefore);
-    if (result_.errors.size() == errorsBefore) {
+    if (rowIsDecoded_ && result_.errors.size() == errorsBefore) {
         result_.tags.append(tag);
         result_.lines.append(row.line);
     }
@@ -330,11 +296,12 @@ void ListReader::sortErrors(int from)
 // Names the column of a malformed row, if the header could be read.
 void ListReader::failRow(const CsvRows &rows)
 {
-    const auto *const column = std::find(fieldOf_.cbegin(), fieldOf_.cend(), rows.errorColumn - 1);
-    const bool isNamed = column != fieldOf_.cend();
+    const auto *const column =
+        std::find(header_.fieldOf.cbegin(), header_.fieldOf.cend(), rows.errorColumn - 1);
+    const bool isNamed = column != header_.fieldOf.cend();
     result_.errors.append(
         {rows.errorLine, rows.errorColumn,
-         isNamed ? tagColumnName(static_cast<int>(column - fieldOf_.cbegin())) : QString(),
+         isNamed ? tagColumnName(static_cast<int>(column - header_.fieldOf.cbegin())) : QString(),
          rows.errorText});
 }
 
@@ -360,7 +327,6 @@ TagListResult ListReader::read(const QByteArray &csv)
     }
     QByteArray text = csv.startsWith(BYTE_ORDER_MARK) ? csv.mid(3) : csv;
     separator_ = takeSeparator(&text, tagColumnName(NAME).toLatin1());
-    fieldOf_.fill(-1);
     const CsvRows rows = splitCsv(text, separator_);
     if (rows.rows.isEmpty() && rows.errorLine == 0)
         result_.errors.append({0, 0, QString(), QStringLiteral("there is no header line")});

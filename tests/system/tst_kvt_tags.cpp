@@ -161,6 +161,29 @@ private Q_SLOTS:
         QVERIFY2(text.endsWith("0 errors, 0 warnings\n"), text);
     }
 
+    // As a spreadsheet of a country with decimal commas saves it.
+    void theTemplateMayBeSavedWithSemicolons()
+    {
+        KvtProcess kvt;
+        QCOMPARE(kvt.run({QStringLiteral("tags"), QStringLiteral("template")}), 0);
+        QByteArray saved;
+        for (const QByteArray &line : kvt.output().split('\n')) {
+            if (line.startsWith('#'))
+                QVERIFY2(!line.contains(',') && !line.contains(';') && !line.contains('"'), line);
+            QByteArrayList cells = line.split(',');
+            for (QByteArray &cell : cells)
+                if (cell.contains(';'))
+                    cell = '"' + cell + '"';
+            saved += cells.join(';') + QByteArray(line.startsWith('#') ? ";;;;" : "") + "\r\n";
+        }
+        KvtProcess again;
+        QCOMPARE(again.run({QStringLiteral("tags"), QStringLiteral("check"),
+                            save("saved.csv", "\"# kept; in 2026\";;;;\r\n" + saved)}),
+                 0);
+        QCOMPARE(again.errors(), QByteArray());
+        QVERIFY(again.output().startsWith("8 tags, 2 stations, 12 requests"));
+    }
+
     void aListThatCannotBePolledIsWrong()
     {
         KvtProcess none;

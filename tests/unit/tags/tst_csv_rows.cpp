@@ -77,6 +77,9 @@ private Q_SLOTS:
         QTest::newRow("blank lines") << QByteArray("\n  \na\n\r\n\t\nb\n") << QByteArray("3:a 6:b");
         QTest::newRow("comment lines")
             << QByteArray("#a,\"b\r\n # c\nd,#e\n\"f\n#g\",h\n#") << QByteArray("3:d|#e 4:f\n#g|h");
+        QTest::newRow("quoted comments")
+            << QByteArray("\"# b, \"\"c\"\"\",,\nd,e\n\" # f,\"\r\n\"#g\",,h\n")
+            << QByteArray("2:d|e 4:#g||h");
         QTest::newRow("rows of empty fields")
             << QByteArray("a,b\n,,\nc,d\n") << QByteArray("1:a|b 3:c|d");
         QTest::newRow("empty field at the end") << QByteArray("a,\n") << QByteArray("1:a|");
@@ -142,9 +145,9 @@ private Q_SLOTS:
         QByteArray row;
         appendCsvField(&row, field);
         QTEST(row, "written");
-        const CsvRows rows = splitCsv(row + '\n');
+        const CsvRows rows = splitCsv(row + ",x\n");
         QCOMPARE(rows.rows.size(), 1);
-        QCOMPARE(rows.rows[0].fields, QVector<QByteArray>{field});
+        QCOMPARE(rows.rows[0].fields, (QVector<QByteArray>{field, "x"}));
     }
 
     void aDamagedTextHasItsRowsOrAnErrorWithItsPlace()

@@ -55,7 +55,7 @@ private Q_SLOTS:
         QTest::addColumn<QString>("text");
         QTest::addColumn<QString>("error");
         QTest::newRow("nothing") << Area::D << ""
-                                 << "\"\" has 1 parts; area D takes 3";
+                                 << "\"\" has 1 part; area D takes 3";
         QTest::newRow("too few parts") << Area::X << "5.2"
                                        << "\"5.2\" has 2 parts; area X takes 3";
         QTest::newRow("too many parts") << Area::X << "5.2.1.0"
@@ -85,6 +85,20 @@ private Q_SLOTS:
                            << "field 2 is 16, not 0 to 15";
         QTest::newRow("c") << Area::X << "0.0.256"
                            << "field 3 is 256, not 0 to 255";
+        QTest::newRow("c beside another block")
+            << Area::D << "5.2.256"
+            << "field 3 is 256, not 0 or 1 (2 to 255 where field 2 is 0)";
+        const QString date = "; did a spreadsheet make a date of it? Format the column as text";
+        QTest::newRow("German date")
+            << Area::D << "05.02.2001"
+            << "field 3 is 2001, not 0 or 1 (2 to 255 where field 2 is 0)" + date;
+        QTest::newRow("date, year first") << Area::X << "2001-02-05"
+                                          << "\"2001-02-05\" has 1 part; area X takes 3" + date;
+        QTest::newRow("American date") << Area::D << "5/2/01"
+                                       << "\"5/2/01\" has 1 part; area D takes 3" + date;
+        QTest::newRow("date with a month's name")
+            << Area::D << "05-Feb-01"
+            << "\"05-Feb-01\" has 1 part; area D takes 3" + date;
         QTest::newRow("c of C") << Area::C << "0.0.2.0"
                                 << "field 3 is 2, not 0 to 1";
         QTest::newRow("d") << Area::C << "0.0.1.70"

@@ -103,6 +103,9 @@ private Q_SLOTS:
                                 << "t: is UTF-16 text; UTF-8 is needed";
         QTest::newRow("column twice") << QByteArray("name,area,address,station,type,Name\n")
                                       << "t:1: column 6 \"Name\": this column is there twice";
+        QTest::newRow("a line sep= that the header does not keep to")
+            << QByteArray("sep=,\nname;area;address;station;type\na;D;5.2.1;1;u16\n")
+            << "t:2: is parted by semicolons, but the line \"sep=\" above says commas";
         QTest::newRow("stray quote in the header")
             << QByteArray("na\"me,area\n") << "t:1: column 1: a quote stands where none may be";
     }
@@ -172,14 +175,17 @@ private Q_SLOTS:
         QTest::newRow("comma without quotes")
             << QByteArray("a,D,5.2.1,1,u16,tank, north")
             << "t:2: column 7: the header has no such column; a text with a comma must be quoted";
-        QTest::newRow("not UTF-8")
-            << QByteArray("a\xFF,D,5.2.1,1,u16") << "t:2: column 1 \"name\": is not UTF-8 text";
+        QTest::newRow("not UTF-8") << QByteArray("a\xFF,D,5.2.1,1,u16")
+                                   << "t:2: column 1 \"name\": is not UTF-8 text: save the list as "
+                                      "\"CSV UTF-8\" (told once)";
         QTest::newRow("UTF-8 that ends early")
             << QByteArray("a,D,5.2.1,1,u16,\xC3")
-            << "t:2: column 6 \"description\": is not UTF-8 text";
+            << "t:2: column 6 \"description\": is not UTF-8 text: save the list as \"CSV UTF-8\" "
+               "(told once)";
         QTest::newRow("several in one row")
             << QByteArray("a,D,5.2.300,x,u8")
-            << "t:2: column 3 \"address\": field 3 is 300, not 0 to 255\n"
+            << "t:2: column 3 \"address\": field 3 is 300, not 0 or 1 (2 to 255 where field 2 is "
+               "0)\n"
                "t:2: column 4 \"station\": \"x\" is no station (0 to 255)\n"
                "t:2: column 5 \"type\": type u8 does not fit area D";
     }
@@ -190,6 +196,18 @@ private Q_SLOTS:
         const TagListResult result = parseTagList(HEADER + row + '\n');
         QCOMPARE(result.tags.size(), 0);
         QTEST(errorsOf(result), "errors");
+    }
+
+    void textOfAnotherEncodingIsToldOnce()
+    {
+        const TagListResult result =
+            parseTagList(QByteArray(HEADER) + "Beh\xE4lter,D,5.2.1,1,u16,F\xFCllstand\n"
+                                              "T\xFCr,X,1.0.0,1,bool,\nb,Y,5.2.0,1,u16,\n");
+        QCOMPARE(errorsOf(result),
+                 QString("t:2: column 1 \"name\": is not UTF-8 text: save the list as \"CSV "
+                         "UTF-8\" (told once)\n"
+                         "t:4: column 2 \"area\": \"Y\" is no area (X, D or C)"));
+        QCOMPARE(result.tags.size(), 0);
     }
 
     void allErrorsAreReportedAndGoodTagsKept()

@@ -87,6 +87,13 @@ private Q_SLOTS:
         QTest::newRow("comments, quotes, a mark") << QByteArray(
             "\xEF\xBB\xBF# plant; tank\n\n\"Area\";\"Name\";address;station;type;scale\n"
             "D;a;5.2.1;1;u16;\"0,5\"\n");
+        QTest::newRow("comments that a spreadsheet has quoted")
+            << QByteArray("\"# tanks; \"\"north\"\"\";;;;;\r\n;;;;;\r\n"
+                          "name;area;address;station;type;scale\r\n"
+                          "\"# pump; old\";;;;;\r\na;D;5.2.1;1;u16;0,5\r\n");
+        QTest::newRow("sep= with empty cells behind")
+            << QByteArray("sep=;;;;;\r\nname;area;address;station;type;scale\r\n"
+                          "a;D;5.2.1;1;u16;0,5\r\n");
         QTest::newRow("sep=,") << QByteArray("sep=,\nname,area,address,station,type,scale\n"
                                              "a,D,5.2.1,1,u16,0.5\n");
         QTest::newRow("sep=TAB, quoted, CR")
