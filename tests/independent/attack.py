@@ -98,6 +98,7 @@ class Stage:
 def complaints(row, verdict, bound):
     """Why a row is not as it should be; none if it is."""
     found = list(verdict.faults)
+    bound = max(bound, row.bound)
     stayed = verdict.longest > bound or verdict.wrong and not bound  # the last output brought it
     if stayed and not row.physics:
         found.append("wrong values")
