@@ -17,11 +17,16 @@ struct Rate {
     speed_t code;
 };
 
-const Rate RATES[] = {{1200, B1200},     {2400, B2400},     {4800, B4800},    {9600, B9600},
-                      {19200, B19200},   {38400, B38400},   {57600, B57600},  {115200, B115200},
-                      {230400, B230400}, {460800, B460800}, {921600, B921600}};
+// Those that hosts have too.
+const Rate RATES[] = {{1200, B1200},       {2400, B2400},       {4800, B4800},
+                      {9600, B9600},       {19200, B19200},     {38400, B38400},
+                      {57600, B57600},     {115200, B115200},   {230400, B230400},
+                      {460800, B460800},   {500000, B500000},   {576000, B576000},
+                      {921600, B921600},   {1000000, B1000000}, {1152000, B1152000},
+                      {1500000, B1500000}, {2000000, B2000000}, {2500000, B2500000},
+                      {3000000, B3000000}, {3500000, B3500000}, {4000000, B4000000}};
 
-/// Sets both speeds; false when `baud` is no standard rate.
+/// Sets both speeds; false when `baud` is none of the usual ones.
 bool setSpeed(termios *settings, int baud)
 {
     for (const Rate &rate : RATES) {
@@ -71,7 +76,7 @@ bool SerialPort::configure(QString *error)
     }
     cfmakeraw(&settings);
     if (!setSpeed(&settings, settings_.baud)) {
-        *error = QStringLiteral("%1 baud is no standard rate").arg(settings_.baud);
+        *error = QStringLiteral("%1 baud is none of the usual speeds").arg(settings_.baud);
         return false;
     }
     setFrame(&settings, settings_);

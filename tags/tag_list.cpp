@@ -4,6 +4,7 @@
 #include "tags/csv_dialect.h"
 #include "tags/csv_rows.h"
 #include "tags/field_text.h"
+#include "tags/row_shape.h"
 #include "tags/tag_columns.h"
 #include "tags/tag_conflicts.h"
 #include "tags/tag_elements.h"
@@ -45,10 +46,11 @@ private:
     template <typename Column, int COUNT>
     void readTexts(ColumnTexts<Column, COUNT> *texts);
     template <typename Column>
+    QString textOf(const ColumnProblem<Column> &problem);
+    template <typename Column>
     void note(const QVector<ColumnProblem<Column>> &problems);
     QString conflictOf(const Tag &tag, const TagSpan &span);
     void checkName(const QString &name);
-    void checkLength();
     void sortErrors(int from);
     void fail(int column, const QString &text);
     void failIf(int column, const QString &fault);
@@ -169,6 +171,21 @@ void ListReader::readTexts(ColumnTexts<Column, COUNT> *texts)
     }
 }
 
+/// Quotes a number as it stands in the list, and names the comma that it may not have there.
+template <typename Column>
+QString ListReader::textOf(const ColumnProblem<Column> &problem)
+{
+    if (problem.isWarning || !isNumberColumn(problem.column))
+        return problem.text;
+    const QString entered = field(columnOf(problem.column));
+    const QString pointed = withPoint(entered);
+    if (pointed != entered && separator_ == ',')
+        return QStringLiteral("\"%1\" has a comma where a point is needed").arg(entered);
+    QString text = problem.text;
+    return text.replace(QLatin1Char('"') + pointed + QLatin1Char('"'),
+                        QLatin1Char('"') + entered + QLatin1Char('"'));
+}
+
 template <typename Column>
 void ListReader::note(const QVector<ColumnProblem<Column>> &problems)
 {
@@ -176,7 +193,7 @@ void ListReader::note(const QVector<ColumnProblem<Column>> &problems)
         const int column = columnOf(problem.column);
         QVector<TagError> &list = problem.isWarning ? result_.warnings : result_.errors;
         list.append({row_.line, header_.fieldOf[static_cast<size_t>(column)] + 1,
-                     tagColumnName(column), problem.text});
+                     tagColumnName(column), textOf(problem)});
     }
 }
 
@@ -242,23 +259,15 @@ QString ListReader::conflictOf(const Tag &tag, const TagSpan &span)
     return QString();
 }
 
-void ListReader::checkLength()
-{
-    for (int i = header_.fields; i < row_.fields.size(); ++i) {
-        if (row_.fields[i].isEmpty())
-            continue;
-        result_.errors.append({row_.line, i + 1, QString(),
-                               QStringLiteral("the header has no such column; a text with a "
-                                              "%1 must be quoted")
-                                   .arg(separatorName(separator_))});
-        return;
-    }
-}
-
 void ListReader::readRow(const CsvRow &row)
 {
     row_ = row;
     rowIsDecoded_ = true;
+    const std::optional<TagError> shape = shapeFault(row, header_, separator_);
+    if (shape) {
+        result_.errors.append(*shape);
+        return;
+    }
     const int errorsBefore = result_.errors.size();
     Tag tag;
     TagSpan span;
@@ -274,7 +283,6 @@ void ListReader::readRow(const CsvRow &row)
     tag.description = field(DESCRIPTION);
     if (formGood)
         readMeaning(&tag);
-    checkLength();
     if (addressGood && stationGood && formGood) {
         const QString conflict = conflictOf(tag, span);
         failIf(ADDRESS, conflict);

@@ -52,7 +52,7 @@ QString unknownType(const QString &text)
 {
     return QStringLiteral(
                "\"%1\" is no type (bool, u8, s8, u16, s16, hex, u32, s32, f32, u64, s64, "
-               "f64, bcd16, bcd32, string:N or bit:N)")
+               "f64, bcd16, bcd32, string:N, string:N:utf8, bit:N or bit:N:rmw)")
         .arg(text);
 }
 

@@ -228,7 +228,8 @@ void addOptions(QCommandLineParser *parser)
                        QStringLiteral("MS"), QStringLiteral("500")});
     parser->addOption({QStringLiteral("stale"),
                        QStringLiteral("Age at which a value is no longer good but stale, in "
-                                      "milliseconds, 100 to 3600000 (default: 5000). Raise it "
+                                      "milliseconds, 100 to 3600000 (default: 5000); of a tag "
+                                      "with an interval three of them, if that is more. Raise it "
                                       "where a scan takes longer."),
                        QStringLiteral("MS"), QStringLiteral("5000")});
 }
@@ -252,7 +253,7 @@ int runPoll(const QStringList &arguments)
         "the latest reading: as a table on a terminal, as lines for what has changed in a pipe, "
         "or as one JSON object per line. Ends with a summary. The exit status is 0 if the line is "
         "up at the end and the value of every tag good: its latest reading did not fail and is no "
-        "older than --stale."));
+        "older than --stale or three intervals of the tag."));
     addOptions(&parser);
     int exitCode = EXIT_GOOD;
     if (parseOptions(&parser, QStringLiteral("poll"), arguments, &exitCode))

@@ -82,28 +82,27 @@ void printText(const QString &path, const TagListResult &list, const SerialSetti
                       counted(list.warnings.size(), "warning", "warnings")));
 }
 
-void addProblems(const QString &path, const QVector<TagError> &found, const char *severity,
-                 QJsonArray *problems)
+QJsonObject problemToJson(const QString &path, const ListProblem &found)
 {
-    for (const TagError &one : found) {
-        QJsonObject problem{{QStringLiteral("severity"), QLatin1String(severity)},
-                            {QStringLiteral("file"), path},
-                            {QStringLiteral("text"), one.text}};
-        if (one.line > 0)
-            problem.insert(QStringLiteral("line"), one.line);
-        if (one.column > 0)
-            problem.insert(QStringLiteral("column"), one.column);
-        if (!one.columnName.isEmpty())
-            problem.insert(QStringLiteral("column_name"), one.columnName);
-        problems->append(problem);
-    }
+    const TagError &error = found.error;
+    QJsonObject problem{{QStringLiteral("severity"),
+                         found.isWarning ? QStringLiteral("warning") : QStringLiteral("error")},
+                        {QStringLiteral("file"), path},
+                        {QStringLiteral("text"), error.text}};
+    if (error.line > 0)
+        problem.insert(QStringLiteral("line"), error.line);
+    if (error.column > 0)
+        problem.insert(QStringLiteral("column"), error.column);
+    if (!error.columnName.isEmpty())
+        problem.insert(QStringLiteral("column_name"), error.columnName);
+    return problem;
 }
 
 void printJson(const QString &path, const TagListResult &list, const SerialSettings &serial)
 {
     QJsonArray problems;
-    addProblems(path, list.errors, "error", &problems);
-    addProblems(path, list.warnings, "warning", &problems);
+    for (const ListProblem &found : problemsOf(list))
+        problems.append(problemToJson(path, found));
     QJsonObject summary{{QStringLiteral("errors"), list.errors.size()},
                         {QStringLiteral("warnings"), list.warnings.size()}};
     const ScanPlan plan = planOf(list, serial);
@@ -147,7 +146,9 @@ int runTags(const QStringList &arguments)
     parser.setApplicationDescription(QStringLiteral(
         "check prints all that is wrong or doubtful about a tag list, how many requests it takes, "
         "and how often its tags will be read at a speed. The exit status is 2 if something is "
-        "wrong. template prints a commented list to begin with."));
+        "wrong. template prints a commented list to begin with. The columns of a list are "
+        "described "
+        "in man kvt and, with examples, in docs/values.md of the sources."));
     parser.addPositionalArgument(QStringLiteral("check LIST"),
                                  QStringLiteral("Checks a CSV file."));
     parser.addPositionalArgument(QStringLiteral("template"),

@@ -48,11 +48,15 @@ QString badText(const Tag &tag, const RequestOutcome &outcome)
     return text;
 }
 
-void printJson(const Tag &tag, const TagValue &value, const RequestOutcome &outcome)
+// `fault` is what kept the value from being sent; else empty.
+void printJson(const Tag &tag, const TagValue &value, const RequestOutcome &outcome,
+               const QString &fault = QString())
 {
-    const QJsonArray writes = {writeToJson(tag, value, outcome)};
+    QJsonObject write = writeToJson(tag, value, outcome);
+    if (!fault.isEmpty())
+        write.insert(QStringLiteral("reason"), fault);
     printOut(
-        jsonLine({{QStringLiteral("writes"), writes},
+        jsonLine({{QStringLiteral("writes"), QJsonArray{write}},
                   {QStringLiteral("summary"), requestSummary({outcome}, !outcome.interrupted)}}));
 }
 
@@ -99,21 +103,17 @@ QString writeObstacle(const Tag &tag)
     return elementTexts(tag).size() > 1 ? writeFault(tag) : QString();
 }
 
-// What an entered value is to the host.
-bool readValue(const Tag &tag, const QString &entered, QByteArray *bytes, TagValue *value)
+// What an entered value is to the host. Returns what is wrong with it; empty when all is well.
+QString readValue(const Tag &tag, const QString &entered, QByteArray *bytes, TagValue *value)
 {
     const QString obstacle = writeObstacle(tag);
-    if (!obstacle.isEmpty()) {
-        printError(obstacle);
-        return false;
-    }
+    if (!obstacle.isEmpty())
+        return obstacle;
     const ValueTexts texts({tag});
     QVector<quint16> elements(elementCount(tag.form, tag.area));
     const QString error = texts.converter(0).enterInto(entered, elements.data());
-    if (!error.isEmpty()) {
-        printError(QStringLiteral("value \"%1\": %2").arg(entered, error));
-        return false;
-    }
+    if (!error.isEmpty())
+        return QStringLiteral("value \"%1\": %2").arg(entered, error);
     for (const quint16 element : elements) {
         bytes->append(static_cast<char>(element & 0xFF));
         if (tag.area == Area::D)
@@ -123,7 +123,18 @@ bool readValue(const Tag &tag, const QString &entered, QByteArray *bytes, TagVal
     value->elements = elements;
     if (tag.form.type != ValueType::String)
         value->raw = joinElements(tag.form, tag.area, elements.constData());
-    return true;
+    return QString();
+}
+
+// A value that cannot be written has its object too: it was not sent.
+int refuseValue(const Tag &tag, const QString &fault, bool json)
+{
+    printError(fault);
+    RequestOutcome outcome;
+    outcome.write.state = WriteState::Dropped;
+    if (json)
+        printJson(tag, TagValue(), outcome, fault);
+    return EXIT_USAGE;
 }
 
 // Puts a negative number behind all else, where it is not taken for an option. `arguments` are the
@@ -191,8 +202,11 @@ int runWrite(const QStringList &arguments)
         QStringLiteral("VALUE"),
         QStringLiteral("A decimal number, or 0x and hexadecimal digits; for hex these digits with "
                        "or without 0x, so that 10 means 0x10; for bool 0, 1, true, false, on, off. "
-                       "A negative number is of type s16 unless another is given. D 18.1.0 and D "
-                       "18.1.1 are commands and take no value."),
+                       "A negative number is of type s16 unless another is given. With --tags as "
+                       "the list has it: a scaled number, with its unit or not, a label or names "
+                       "of bits, in any case; a text as it is. One that begins with - and is no "
+                       "number stands last, behind --. D 18.1.0 and D 18.1.1 are commands and "
+                       "take no value. See docs/values.md."),
         QStringLiteral("[VALUE]"));
     addTargetOptions(&parser, QStringLiteral("How the value is entered"));
     addLineOptions(&parser);
@@ -204,8 +218,12 @@ int runWrite(const QStringList &arguments)
     QString value;
     QByteArray bytes;
     TagValue written;
-    if (!readTarget(parser, &tag, &value) || !readValue(tag, value, &bytes, &written) ||
-        !readLineOptions(parser, &options))
+    if (!readTarget(parser, &tag, &value))
+        return EXIT_USAGE;
+    const QString fault = readValue(tag, value, &bytes, &written);
+    if (!fault.isEmpty())
+        return refuseValue(tag, fault, parser.isSet(QStringLiteral("json")));
+    if (!readLineOptions(parser, &options))
         return EXIT_USAGE;
     return writeOne(options, tag, bytes, written);
 }

@@ -89,17 +89,22 @@ void addSpeedOptions(QCommandLineParser *parser)
     addFormatOption(parser);
 }
 
+bool checkUsualSpeed(int baud)
+{
+    SerialSettings speed;
+    speed.path = QStringLiteral("-"); // only the speed is looked at here
+    speed.baud = baud;
+    if (!speed.error().isEmpty())
+        printError(QStringLiteral("--baud: %1").arg(speed.error()));
+    return speed.error().isEmpty();
+}
+
 bool readSpeedOptions(const QCommandLineParser &parser, SerialSettings *serial)
 {
     if (!readNumber(parser, BAUD, 1200, 4000000, &serial->baud))
         return false;
-    SerialSettings speed;
-    speed.path = QStringLiteral("-"); // only the speed is looked at here
-    speed.baud = serial->baud;
-    if (!speed.error().isEmpty()) {
-        printError(QStringLiteral("--baud: %1").arg(speed.error()));
+    if (!checkUsualSpeed(serial->baud))
         return false;
-    }
     CharacterFormat format;
     if (!readFormatOption(parser, &format))
         return false;

@@ -34,6 +34,9 @@ struct LineOptions {
 /// Adds --baud and --format, for commands that need to know the speed of a line but not which.
 void addSpeedOptions(QCommandLineParser *parser);
 
+/// True when `baud` is one of the usual speeds; else there is a message.
+bool checkUsualSpeed(int baud);
+
 /// Reads them. False, with a message that names the option, when a value is wrong.
 bool readSpeedOptions(const QCommandLineParser &parser, SerialSettings *serial);
 

@@ -45,6 +45,9 @@ QString usage()
                     .arg(QLatin1String(command.summary));
     text += QStringLiteral("  %1 tell the options of a command: kvt help COMMAND\n")
                 .arg(QLatin1String("help"), -8);
+    text += QStringLiteral("\nManual pages: man kvt, and man kvt-COMMAND of each command. "
+                           "docs/kvt.md of the\nsources tells all of it, docs/values.md what a tag "
+                           "list says about values.\n");
     return text;
 }
 

@@ -7,6 +7,8 @@
 #include <QCoreApplication>
 #include <QRegularExpression>
 
+#include <algorithm>
+
 namespace kvt
 {
 
@@ -113,12 +115,26 @@ TagListResult loadPollableList(const QString &path)
     return list;
 }
 
+QVector<ListProblem> problemsOf(const TagListResult &list)
+{
+    QVector<ListProblem> problems;
+    for (const TagError &error : list.errors)
+        problems.append({error, false});
+    for (const TagError &warning : list.warnings)
+        problems.append({warning, true});
+    std::stable_sort(problems.begin(), problems.end(),
+                     [](const ListProblem &a, const ListProblem &b) {
+                         return a.error.line != b.error.line ? a.error.line < b.error.line
+                                                             : a.error.column < b.error.column;
+                     });
+    return problems;
+}
+
 void printProblems(const QString &path, const TagListResult &list)
 {
-    for (const TagError &error : list.errors)
-        printError(formatTagError(path, error));
-    for (const TagError &warning : list.warnings)
-        printError(QStringLiteral("warning: ") + formatTagError(path, warning));
+    for (const ListProblem &problem : problemsOf(list))
+        printError((problem.isWarning ? QStringLiteral("warning: ") : QString()) +
+                   formatTagError(path, problem.error));
 }
 
 bool readTags(const QString &path, QVector<Tag> *tags)

@@ -35,7 +35,16 @@ bool readNumberIfSet(const QCommandLineParser &parser, const QString &option, in
 /// cannot be polled together.
 TagListResult loadPollableList(const QString &path);
 
-/// Prints the errors and warnings of a list.
+/// Something wrong about a list, or only doubtful.
+struct ListProblem {
+    TagError error;
+    bool isWarning = false;
+};
+
+/// Returns the errors and warnings of a list in the order of its lines and fields.
+QVector<ListProblem> problemsOf(const TagListResult &list);
+
+/// Prints the errors and warnings of a list in the order of its lines.
 void printProblems(const QString &path, const TagListResult &list);
 
 /// Reads a tag list. False, with one message for each error, when it has any. Warnings are printed

@@ -2,6 +2,7 @@
 
 #include "apps/kvt/character_format.h"
 #include "apps/kvt/console.h"
+#include "apps/kvt/line_options.h"
 #include "apps/kvt/options.h"
 #include "apps/kvt/run_end.h"
 #include "host/host_time.h"
@@ -73,10 +74,11 @@ bool readSpeed(const QCommandLineParser &parser, SimOptions *options)
     if (!readFormatOption(parser, &format) || !readNumber(parser, BAUD, 0, 4000000, &baud))
         return false;
     format.copyTo(&options->serial);
-    if (options->line == SimOptions::Line::Serial)
+    if (options->line == SimOptions::Line::Serial) {
         options->serial.baud = baud > 0 ? baud : HARDWARE_BAUD;
-    else
-        options->plc.byteTime_ns = byteTime_ns(baud, options->serial.bitsPerByte());
+        return checkUsualSpeed(options->serial.baud);
+    }
+    options->plc.byteTime_ns = byteTime_ns(baud, options->serial.bitsPerByte());
     return true;
 }
 
@@ -139,7 +141,7 @@ bool readRules(const QCommandLineParser &parser, SimOptions *options)
     return true;
 }
 
-void addLineOptions(QCommandLineParser *parser)
+void addSimulatedLine(QCommandLineParser *parser)
 {
     parser->addOption({PTY,
                        QStringLiteral("Use a pseudo-terminal and make a symbolic link to it "
@@ -155,7 +157,7 @@ void addLineOptions(QCommandLineParser *parser)
                        QStringLiteral("Bits per second, 0 to 4000000. A pseudo-terminal and TCP "
                                       "keep the pace of this speed; 0 is as fast as can be "
                                       "(default: 0). A serial port takes one of the usual speeds "
-                                      "(default: 9600)."),
+                                      "from 1200 on (default: 9600)."),
                        QStringLiteral("N"), QStringLiteral("0")});
     addFormatOption(parser);
 }
@@ -164,7 +166,7 @@ void addLineOptions(QCommandLineParser *parser)
 
 void addSimOptions(QCommandLineParser *parser)
 {
-    addLineOptions(parser);
+    addSimulatedLine(parser);
     parser->addOption({TAGS,
                        QStringLiteral("Tag list that says which cells exist (default: a sample "
                                       "of three stations)."),

@@ -123,6 +123,8 @@ private Q_SLOTS:
         QTest::addColumn<QString>("named");
         QTest::newRow("sim --baud fast") << "--baud";
         QTest::newRow("sim --baud -1") << "--baud";
+        QTest::newRow("sim --serial /dev/null --baud 12345") << "--baud";
+        QTest::newRow("sim --serial /dev/null --baud 1") << "--baud";
         QTest::newRow("sim --format 9N1") << "--format";
         QTest::newRow("sim --faults late=1%") << "--faults: fault \"late=1%\"";
         QTest::newRow("sim --values wild") << "--values";

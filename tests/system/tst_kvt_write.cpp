@@ -146,6 +146,28 @@ private Q_SLOTS:
         QVERIFY2(errors.endsWith("kvt: standard output: No space left on device\n"), errors);
     }
 
+    void aValueThatCannotBeWrittenHasItsObject()
+    {
+        KvtProcess kvt;
+        QCOMPARE(kvt.run(QStringLiteral("write D 5.2.1 70000 --serial /dev/null --json")
+                             .split(QLatin1Char(' '))),
+                 2);
+        const QJsonObject object = kvt.outputObject();
+        const QJsonArray writes = object.value(QStringLiteral("writes")).toArray();
+        QCOMPARE(writes.size(), 1);
+        const QJsonObject write = writes.first().toObject();
+        QCOMPARE(write.value(QStringLiteral("ok")), QJsonValue(false));
+        QCOMPARE(write.value(QStringLiteral("outcome")), QJsonValue("not_sent"));
+        QCOMPARE(write.value(QStringLiteral("state")), QJsonValue("dropped"));
+        QCOMPARE(write.value(QStringLiteral("times_sent")), QJsonValue(0));
+        const QString reason = write.value(QStringLiteral("reason")).toString();
+        QVERIFY(reason.startsWith(QLatin1String("value \"70000\": ")));
+        QCOMPARE(kvt.errors(), "kvt: " + reason.toUtf8() + '\n');
+        QCOMPARE(
+            object.value(QStringLiteral("summary")),
+            QJsonValue(QJsonObject{{"asked", 0}, {"ok", 0}, {"failed", 0}, {"complete", true}}));
+    }
+
     void hexadecimalNumbersAreValues()
     {
         const SimulatedLine line(SimulatedLine::Kind::Pty);

@@ -113,7 +113,26 @@ private Q_SLOTS:
         SerialPortSettings odd;
         odd.baud = 12345;
         QVERIFY(!SerialPort(cable.name(), odd).open(&error));
-        QCOMPARE(error, QString("12345 baud is no standard rate"));
+        QCOMPARE(error, QString("12345 baud is none of the usual speeds"));
+    }
+
+    // Those of host/serial_line.h, which a simulated PLC has to keep up with.
+    void allSpeedsOfHostsAreTaken()
+    {
+        QVector<int> refused;
+        QVector<int> taken;
+        PtyPort cable;
+        QString error;
+        QVERIFY(cable.open(&error));
+        for (const int baud : {1200,    2400,    4800,    9600,    19200,   38400,   57600,
+                               115200,  230400,  460800,  500000,  576000,  921600,  1000000,
+                               1152000, 1500000, 2000000, 2500000, 3000000, 3500000, 4000000}) {
+            SerialPortSettings settings;
+            settings.baud = baud;
+            (SerialPort(cable.name(), settings).open(&error) ? taken : refused).append(baud);
+        }
+        QCOMPARE(refused, QVector<int>());
+        QCOMPARE(taken.size(), 21);
     }
 
     void aByteHasItsBits()

@@ -159,11 +159,10 @@ private Q_SLOTS:
         QTest::newRow("type") << QByteArray("a,D,5.2.1,1,float")
                               << "t:2: column 5 \"type\": \"float\" is no type (bool, u8, s8, u16, "
                                  "s16, hex, u32, s32, f32, u64, s64, "
-                                 "f64, bcd16, bcd32, string:N or bit:N)";
+                                 "f64, bcd16, bcd32, string:N, string:N:utf8, bit:N or bit:N:rmw)";
         QTest::newRow("row that ends early") << QByteArray("a,D,5.2.1,1")
-                                             << "t:2: column 5 \"type\": \"\" is no type (bool, "
-                                                "u8, s8, u16, s16, hex, u32, s32, f32, u64, s64, "
-                                                "f64, bcd16, bcd32, string:N or bit:N)";
+                                             << "t:2: column 5 \"type\": is missing: the row has "
+                                                "only 4 of the header's 6 fields";
         QTest::newRow("X u16") << QByteArray("a,X,5.2.1,1,u16")
                                << "t:2: column 5 \"type\": type u16 does not fit area X";
         QTest::newRow("X s16") << QByteArray("a,X,5.2.1,1,s16")
@@ -174,6 +173,9 @@ private Q_SLOTS:
                                << "t:2: column 5 \"type\": type f32 does not fit area X";
         QTest::newRow("comma without quotes")
             << QByteArray("a,D,5.2.1,1,u16,tank, north")
+            << "t:2: column 7: the header has no such column; a text with a comma must be quoted";
+        QTest::newRow("what a comma without quotes has shifted")
+            << QByteArray("tank, north,D,5.2.1,1,u16,x")
             << "t:2: column 7: the header has no such column; a text with a comma must be quoted";
         QTest::newRow("not UTF-8") << QByteArray("a\xFF,D,5.2.1,1,u16")
                                    << "t:2: column 1 \"name\": is not UTF-8 text: save the list as "

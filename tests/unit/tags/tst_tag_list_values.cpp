@@ -130,6 +130,9 @@ private Q_SLOTS:
                "t:2: column 8 \"decimals\": \"99\" is no number of decimals (0 to "
                "15)\n"
                "t:2: column 10 \"labels\": \"1\" is there twice";
+        QTest::newRow("decimal comma without quotes")
+            << QByteArray("a,D,5.2.1,1,u16,,0,1,,1=on,x")
+            << "t:2: column 11: the header has no such column; a text with a comma must be quoted";
         QTest::newRow("beyond its block")
             << QByteArray("a,C,9.1.0.67,1,f32")
             << "t:2: column 3 \"address\": a value of type f32 takes 4 bytes from here on, but the "
@@ -145,6 +148,51 @@ private Q_SLOTS:
             "name,area,address,station,type,order,scale,decimals,max,labels\n" + row + '\n');
         QTEST(shown(list.errors), "errors");
         QVERIFY(list.tags.isEmpty());
+    }
+
+    void numbersAreNamedAsTheyStand()
+    {
+        const TagListResult list =
+            parseTagList("name;area;address;station;type;scale;interval;deadband\n"
+                         "a;D;5.2.1;1;u16;0,1x;0,5;1,5q\n");
+        QCOMPARE(shown(list.errors),
+                 QString("t:2: column 6 \"scale\": \"0,1x\" is not a number\n"
+                         "t:2: column 7 \"interval\": \"0,5\" is no interval: a number with ms, s, "
+                         "min or h, from 10 ms to a day\n"
+                         "t:2: column 8 \"deadband\": \"1,5q\" is not a number"));
+    }
+
+    void aCommaIsNamedInTimesToo()
+    {
+        const TagListResult list =
+            parseTagList("name,area,address,station,type,interval,hi,on_delay\n"
+                         "a,D,5.2.1,1,u16,\"0,5s\",1,\"1,5s\"\n");
+        QCOMPARE(
+            shown(list.errors),
+            QString("t:2: column 6 \"interval\": \"0,5s\" has a comma where a point is needed\n"
+                    "t:2: column 8 \"on_delay\": \"1,5s\" has a comma where a point is needed"));
+    }
+
+    void labelsWithoutQuotesAreNamed()
+    {
+        const QByteArray rows("a;X;1.1.0;1;u8;0=aus;1=an\nb;X;1.2.0;1;u8;0=aus;1=an;2=auto;5s\n"
+                              "c;X;1.3.0;1;u8;\"0=aus;1=an\";5s\n");
+        const TagListResult list =
+            parseTagList("name;area;address;station;type;labels;interval;unit\n" + rows);
+        const QString text =
+            " \"interval\": belongs to the labels: a text with a semicolon must be quoted";
+        QCOMPARE(shown(list.errors), "t:2: column 7" + text + "\nt:3: column 7" + text);
+        QCOMPARE(list.tags.size(), 1);
+        const TagListResult bits =
+            parseTagList("name;area;address;station;type;labels;bits\n"
+                         "a;X;1.1.0;1;u8;0=aus;1=an\nb;X;1.1.0;1;u8;;1=an\n");
+        QCOMPARE(shown(bits.errors),
+                 QString("t:2: column 7 \"bits\": belongs to the labels: a text "
+                         "with a semicolon must be quoted"));
+        const TagListResult texts =
+            parseTagList("name;area;address;station;type;labels;description\n"
+                         "a;X;1.1.0;1;u8;0=aus;1=an\n");
+        QCOMPARE(shown(texts.errors), QString());
     }
 
     void elementsThatGetInEachOthersWayAreNamed()

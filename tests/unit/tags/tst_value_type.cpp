@@ -66,7 +66,8 @@ private Q_SLOTS:
         };
         const char *const unknown =
             "\"%1\" is no type (bool, u8, s8, u16, s16, hex, u32, s32, f32, "
-            "u64, s64, f64, bcd16, bcd32, string:N or bit:N)";
+            "u64, s64, f64, bcd16, bcd32, string:N, string:N:utf8, bit:N or "
+            "bit:N:rmw)";
         for (const char *text :
              {"", "float", "U16", "u16 ", "u16:2", "bit:1:rmw:", "string:4:utf8:x"})
             QTest::newRow(text) << QString(text) << QString(unknown).arg(QString(text));
