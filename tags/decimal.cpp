@@ -120,16 +120,6 @@ NumberReading DecimalReader::read(Decimal *number)
     return reading;
 }
 
-/// True for "21,4": digits around one comma.
-bool hasDecimalComma(const QString &text)
-{
-    QString pointed = text;
-    Decimal ignored;
-    return text.count(QLatin1Char(',')) == 1 &&
-           readDecimal(pointed.replace(QLatin1Char(','), QLatin1Char('.')), &ignored) ==
-               NumberReading::Good;
-}
-
 } // namespace
 
 NumberReading readDecimal(const QString &text, Decimal *number)
@@ -200,6 +190,15 @@ QString decimalText(const Decimal &number)
     NumberText text;
     text.appendDecimal(number.mantissa, number.places);
     return text.toString();
+}
+
+bool hasDecimalComma(const QString &text)
+{
+    QString pointed = text;
+    Decimal ignored;
+    return text.count(QLatin1Char(',')) == 1 &&
+           readDecimal(pointed.replace(QLatin1Char(','), QLatin1Char('.')), &ignored) ==
+               NumberReading::Good;
 }
 
 QString numberFault(NumberReading reading, const QString &text)

@@ -35,6 +35,9 @@ double toDouble(const Decimal &number);
 /// Returns the text of the number, with as many digits behind the point as it has places.
 QString decimalText(const Decimal &number);
 
+/// True for "21,4": a number but for the one comma, where a point is needed.
+bool hasDecimalComma(const QString &text);
+
 /// Says why a text is no number, or what is wrong with it.
 QString numberFault(NumberReading reading, const QString &text);
 

@@ -64,6 +64,13 @@ Int128 ExactScaling::nearestRaw(Int128 number, Int128 divisor, const Decimal &va
     return division.rest < missing ? division.quotient : above;
 }
 
+std::optional<Int128> ExactScaling::next(Int128 raw, bool above) const
+{
+    const Int128 next = above == (ratio_.factor > 0) ? raw + 1 : raw - 1;
+    const bool isIn = next >= range_.lowest && next <= range_.highest;
+    return isIn ? std::make_optional(next) : std::nullopt;
+}
+
 ScaledRaw ExactScaling::enter(const Decimal &value) const
 {
     ScaledRaw entered;

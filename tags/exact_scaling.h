@@ -36,6 +36,9 @@ public:
     /// shown as the value.
     ScaledRaw enter(const Decimal &value) const;
 
+    /// Returns the raw number in range whose value is the next above, or below, that of another.
+    std::optional<Int128> next(Int128 raw, bool above) const;
+
     int decimals() const { return decimals_; }
 
     /// True when no two raw numbers that follow each other are shown alike.

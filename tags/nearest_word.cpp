@@ -50,4 +50,21 @@ QString nearestWord(const QString &word, const QStringList &known)
     return nearest;
 }
 
+QString likelyNames(const QString &word, QStringList names)
+{
+    constexpr int MOST = 10;
+    QStringList lower;
+    for (const QString &name : names)
+        lower.append(name.toLower());
+    const int nearest = lower.indexOf(nearestWord(word.toLower(), lower));
+    if (nearest > 0)
+        names.move(nearest, 0);
+    QStringList quoted;
+    for (const QString &name : names.mid(0, MOST))
+        quoted.append(QLatin1Char('"') + name + QLatin1Char('"'));
+    if (names.size() > MOST)
+        quoted.append(QStringLiteral("and %1 more").arg(names.size() - MOST));
+    return quoted.join(QStringLiteral(", "));
+}
+
 } // namespace kvt

@@ -12,6 +12,10 @@ namespace kvt
 /// more than one slip for each three letters. A word whose beginning `word` is will always do.
 QString nearestWord(const QString &word, const QStringList &known);
 
+/// Returns ten of `names` at most, in quotes, for people to choose from: first the one nearest to
+/// `word`, whatever its case, and how many more there are.
+QString likelyNames(const QString &word, QStringList names);
+
 } // namespace kvt
 
 #endif

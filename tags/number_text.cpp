@@ -1,6 +1,9 @@
 #include "tags/number_text.h"
 
+#include <algorithm>
 #include <charconv>
+#include <cmath>
+#include <optional>
 
 namespace kvt
 {
@@ -11,6 +14,29 @@ namespace
 // The largest power of ten below 2^64, and its zeros.
 constexpr quint64 LARGEST_TEN = 10000000000000000000U;
 constexpr int ZEROS_OF_LARGEST_TEN = 19;
+
+// From here on the digits of a number are read more easily than its exponent.
+template <typename Number>
+constexpr Number SMALLEST_PLAIN = Number(1e-5);
+
+/// Returns a number that lies halfway between two with `places` digits behind the point, rounded
+/// away from 0, in units of the last one; none for any other. Times 2 * 10^places it is odd, and
+/// since powers of 5 are odd, times 2^(places + 1) as well.
+std::optional<Int128> roundedHalf(double number, int places)
+{
+    constexpr double LARGEST_ODD = 9007199254740991; // 2^53 - 1
+    const double size = std::abs(number) * static_cast<double>(qint64(2) << places);
+    if (size > LARGEST_ODD)
+        return std::nullopt;
+    const auto doubled = static_cast<qint64>(size);
+    if (doubled % 2 == 0 || static_cast<double>(doubled) != size)
+        return std::nullopt;
+    Int128 units = doubled;
+    for (int i = 0; i < places; ++i)
+        units *= 5;
+    units = (units + 1) / 2;
+    return number < 0 ? -units : units;
+}
 
 } // namespace
 
@@ -80,14 +106,24 @@ void NumberText::appendHex(quint64 bits, int digits)
         append("0123456789ABCDEF"[bits >> shift & 0xF]);
 }
 
+template <typename Number>
+void NumberText::appendPlain(Number number, Number end)
+{
+    const Number size = std::abs(number);
+    if (size >= SMALLEST_PLAIN<Number> && size < end)
+        appendChars(number, std::chars_format::fixed);
+    else
+        appendChars(number);
+}
+
 void NumberText::appendShortest(float number)
 {
-    appendChars(number);
+    appendPlain(number, 1e7F);
 }
 
 void NumberText::appendShortest(double number)
 {
-    appendChars(number);
+    appendPlain(number, 1e15);
 }
 
 void NumberText::appendRounded(double number, int digits)
@@ -97,7 +133,18 @@ void NumberText::appendRounded(double number, int digits)
 
 void NumberText::appendFixed(double number, int places)
 {
+    const std::optional<Int128> half = roundedHalf(number, places);
+    if (half) { // std::to_chars would round it to even
+        appendDecimal(*half, places);
+        return;
+    }
+    const int start = size_;
     appendChars(number, std::chars_format::fixed, places);
+    const auto isZero = [](char c) { return c == '-' || c == '0' || c == '.'; };
+    if (number < 0 && std::all_of(text_ + start, text_ + size_, isZero)) {
+        std::copy(text_ + start + 1, text_ + size_, text_ + start);
+        --size_;
+    }
 }
 
 } // namespace kvt

@@ -30,7 +30,8 @@ public:
     /// Appends "0x" and `digits` upper-case hexadecimal digits, 1 to 16.
     void appendHex(quint64 bits, int digits);
 
-    /// Appends the shortest text from which the number is read back.
+    /// Appends a text from which the number is read back: without an exponent from 1e-5 up to 1e7
+    /// (float) or 1e15 (double), else the shortest.
     void appendShortest(float number);
     void appendShortest(double number);
 
@@ -38,7 +39,7 @@ public:
     void appendRounded(double number, int digits);
 
     /// Appends the number with `places` digits behind the point, 0 to 15; its magnitude is below
-    /// 1e16.
+    /// 1e16. Halves are rounded away from 0, and what becomes 0 has no minus; -0 keeps its own.
     void appendFixed(double number, int places);
 
 private:
@@ -46,6 +47,8 @@ private:
 
     template <typename... Arguments>
     void appendChars(Arguments... arguments);
+    template <typename Number>
+    void appendPlain(Number number, Number end);
     void appendDigits(quint64 number, int digits);
 
     char text_[CAPACITY + 1] = {};

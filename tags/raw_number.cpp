@@ -68,6 +68,8 @@ EnteredRaw rawFailure(const QString &error)
 EnteredRaw notARaw(ValueType type, const QString &text)
 {
     const QString error = QStringLiteral("\"%1\" is not a %2 value").arg(text, typeName(type));
+    if (isTruth(type))
+        return rawFailure(error + QStringLiteral(" (0, 1, off, on, false or true)"));
     return rawFailure(truthDigit(text) == text ? error
                                                : error + QStringLiteral(" but one of type bool"));
 }

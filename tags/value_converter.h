@@ -9,6 +9,7 @@
 
 #include "tags/exact_scaling.h"
 #include "tags/float_scaling.h"
+#include "tags/value_limits.h"
 #include "tags/value_meaning.h"
 
 namespace kvt
@@ -52,8 +53,10 @@ public:
     /// number. A null text when they stand for none. Not for strings.
     QString text(quint64 bits) const;
 
-    /// Reads what is shown, with or without its unit, a name in any case, or a number. Not for
-    /// strings.
+    /// True where `text` shows the number, which its unit stands behind, and no names.
+    bool isShownAsNumber(quint64 bits) const;
+
+    /// Reads what is shown, a number with or without its unit, a name in any case. Not for strings.
     EnteredValue enter(const QString &text) const;
 
     /// Returns what is shown for elements, as many as `elementCount` says; a null text when they
@@ -75,13 +78,19 @@ private:
     void warnOfLimits(QVector<MeaningProblem> *problems) const;
     QString withoutUnit(const QString &text) const;
     std::optional<quint64> named(const QString &text) const;
+    QString namesInstead(const QString &text) const;
     EnteredValue enterNumber(const QString &text) const;
     EnteredValue enterWhole(const QString &text) const;
     EnteredValue enterExact(const QString &text) const;
+    EnteredValue enterDecimal(const Decimal &value, const QString &text) const;
     EnteredValue enterFloating(const QString &text) const;
-    QString misfit(const QString &text, const ScaledRaw &scaled) const;
+    QString misfit(const QString &text, const Decimal &value, bool inRange) const;
     QString limitFault(const Decimal &value, const QString &text) const;
-    QString floatLimitFault(double value, const QString &text) const;
+    QString floatLimitFault(const QString &text) const;
+    QString beyond(const char *word, const QString &text, const Decimal &limit) const;
+    std::optional<Decimal> nearest(const Decimal &value) const;
+    QString nearestText(const Decimal &value) const;
+    ExactScaling scaling() const;
     Decimal decimalOf(Int128 raw) const;
 
     ValueForm form_;

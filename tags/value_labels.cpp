@@ -3,8 +3,6 @@
 #include "tags/decimal.h"
 #include "tags/raw_number.h"
 
-#include <QStringList>
-
 namespace kvt
 {
 
@@ -48,13 +46,6 @@ int numberedBit(const QString &name)
     return number.error.isEmpty() && number.number < 64 ? static_cast<int>(number.number) : -1;
 }
 
-bool isNumberText(const QString &name)
-{
-    Decimal ignored;
-    return readDecimal(name, &ignored) == NumberReading::Good ||
-           enterRaw(ValueType::U64, Area::D, name).error.isEmpty();
-}
-
 /// Says that the name of a value would be entered for another one; empty when it would not.
 QString readingFault(ValueType type, const QString &name, quint64 bits)
 {
@@ -83,6 +74,13 @@ QString takenTwice(const QString &what)
 }
 
 } // namespace
+
+bool isNumberText(const QString &text)
+{
+    Decimal ignored;
+    return readDecimal(text, &ignored) == NumberReading::Good ||
+           enterRaw(ValueType::U64, Area::D, text).error.isEmpty();
+}
 
 QString ValueLabels::parse(const QString &text, const ValueForm &form, Area area,
                            ValueLabels *labels)
@@ -124,6 +122,14 @@ std::optional<quint64> ValueLabels::bitsOf(const QString &name) const
         if (sameName(label.name, name))
             return label.bits;
     return std::nullopt;
+}
+
+QStringList ValueLabels::names() const
+{
+    QStringList names;
+    for (const Label &label : labels_)
+        names.append(label.name);
+    return names;
 }
 
 QString BitNames::parse(const QString &text, const ValueForm &form, Area area, BitNames *names)
@@ -185,6 +191,23 @@ std::optional<quint64> BitNames::bitsOf(const QString &text) const
         bits |= quint64(1) << *bit;
     }
     return bits;
+}
+
+QStringList BitNames::names() const
+{
+    QStringList names;
+    for (const QString &name : names_)
+        if (!name.isEmpty())
+            names.append(name);
+    return names;
+}
+
+QString BitNames::unknownIn(const QString &text) const
+{
+    for (const QString &name : text.split(QLatin1Char(',')))
+        if (!bitOf(name.trimmed()))
+            return name.trimmed();
+    return QString();
 }
 
 } // namespace kvt

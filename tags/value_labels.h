@@ -4,12 +4,16 @@
 
 #include "tags/value_type.h"
 
+#include <QStringList>
 #include <QVector>
 
 #include <optional>
 
 namespace kvt
 {
+
+/// True for the text of a decimal number, or of a raw one.
+bool isNumberText(const QString &text);
 
 /// Names of raw values.
 class ValueLabels
@@ -22,6 +26,7 @@ public:
                          ValueLabels *labels);
 
     bool isEmpty() const { return labels_.isEmpty(); }
+    QStringList names() const;
 
     /// Returns the name of a value, null when it has none. Any thread.
     const QString *nameOf(quint64 bits) const;
@@ -48,12 +53,16 @@ public:
     static QString parse(const QString &text, const ValueForm &form, Area area, BitNames *names);
 
     bool isEmpty() const { return names_.isEmpty(); }
+    QStringList names() const; ///< from the lowest bit on, without what has none
 
     /// Returns what is shown for a value. Any thread.
     QString textOf(quint64 bits) const;
 
     /// Reads what `textOf` shows, names in any order and case; none when one is not known.
     std::optional<quint64> bitsOf(const QString &text) const;
+
+    /// Returns the first name in a text that is not known; empty when all are.
+    QString unknownIn(const QString &text) const;
 
 private:
     std::optional<int> bitOf(const QString &name) const;

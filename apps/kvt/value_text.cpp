@@ -78,7 +78,7 @@ QString ValueTexts::text(int tag, const TagValue &value) const
     const bool isText = converter(tag).form().type == ValueType::String;
     const QString raw = isText ? QString() : rawText(tag, value);
     const bool differs = !isText && raw != text;
-    if (!converter(tag).unit().isEmpty())
+    if (!converter(tag).unit().isEmpty() && converter(tag).isShownAsNumber(value.raw))
         text += QLatin1Char(' ') + converter(tag).unit();
     return differs ? QStringLiteral("%1 (%2)").arg(text, raw) : text;
 }

@@ -11,7 +11,7 @@ const QByteArray LIST("name,area,address,station,type,order,scale,unit,decimals,
                       "energy,D,5.2.0,1,u32,cdab,0.1,kWh,1,\n"
                       "wild,D,5.4.0,1,u32,,,,,\n"
                       "flow,D,5.6.0,1,f32,,,m/s,,\n"
-                      "mode,D,6.0.0,1,u16,,,,,0=off;1=manual\n"
+                      "mode,D,6.0.0,1,u16,,,V,,0=off;1=manual\n"
                       "door,D,6.0.1,1,bit:3:rmw,,,,,\n");
 
 // Changes thousands of times while its two words are read.

@@ -34,6 +34,21 @@ private Q_SLOTS:
         QCOMPARE(nearestWord(QLatin1String(QTest::currentDataTag()), commands), meant);
         QCOMPARE(nearestWord(QLatin1String(QTest::currentDataTag()), QStringList()), QString());
     }
+
+    void theLikelyNameComesFirst()
+    {
+        const QStringList names = {"Off", "Hand", "Automatic"};
+        QCOMPARE(likelyNames(QStringLiteral("handd"), names),
+                 QString("\"Hand\", \"Off\", \"Automatic\""));
+        QCOMPARE(likelyNames(QStringLiteral("?"), names),
+                 QString("\"Off\", \"Hand\", \"Automatic\""));
+        QStringList many;
+        for (int i = 0; i < 12; ++i)
+            many.append(QString(QChar('a' + i)).repeated(5));
+        QCOMPARE(likelyNames(QStringLiteral("lllll"), many),
+                 QString("\"lllll\", \"aaaaa\", \"bbbbb\", \"ccccc\", \"ddddd\", \"eeeee\", "
+                         "\"fffff\", \"ggggg\", \"hhhhh\", \"iiiii\", and 2 more"));
+    }
 };
 
 QTEST_GUILESS_MAIN(TestNearestWord)

@@ -97,15 +97,17 @@ private Q_SLOTS:
         QTest::newRow("nothing") << Area::X << ValueType::U8 << " "
                                  << "a value is missing";
         QTest::newRow("u8 300") << Area::X << ValueType::U8 << "300"
-                                << "300 does not fit u8 (0 to 255)";
+                                << "300 does not fit u8 (0 to 255); the nearest is 255";
         QTest::newRow("u8 -1") << Area::X << ValueType::U8 << "-1"
-                               << "-1 does not fit u8 (0 to 255)";
+                               << "-1 does not fit u8 (0 to 255); the nearest is 0";
         QTest::newRow("bool 2") << Area::X << ValueType::Bool << "2"
                                 << "2 does not fit bool (0 to 1)";
-        QTest::newRow("s16 32768") << Area::D << ValueType::S16 << "32768"
-                                   << "32768 does not fit s16 (-32768 to 32767)";
-        QTest::newRow("u16 of twelve digits") << Area::D << ValueType::U16 << "100000000000"
-                                              << "100000000000 does not fit u16 (0 to 65535)";
+        QTest::newRow("s16 32768")
+            << Area::D << ValueType::S16 << "32768"
+            << "32768 does not fit s16 (-32768 to 32767); the nearest is 32767";
+        QTest::newRow("u16 of twelve digits")
+            << Area::D << ValueType::U16 << "100000000000"
+            << "100000000000 does not fit u16 (0 to 65535); the nearest is 65535";
         QTest::newRow("hex 100 in a byte") << Area::X << ValueType::Hex << "0x100"
                                            << "0x100 does not fit hex (0 to 0xFF)";
         QTest::newRow("hex 10000") << Area::D << ValueType::Hex << "10000"
@@ -113,7 +115,7 @@ private Q_SLOTS:
         QTest::newRow("words") << Area::D << ValueType::U16 << "ten"
                                << "\"ten\" is not a u16 value";
         QTest::newRow("fraction") << Area::D << ValueType::S16 << "1.5"
-                                  << "\"1.5\" is not a s16 value";
+                                  << "1.5 cannot be had exactly; the nearest is 1";
         QTest::newRow("sign alone") << Area::D << ValueType::S16 << "-"
                                     << "\"-\" is not a s16 value";
         QTest::newRow("plus") << Area::X << ValueType::U8 << "+5"
@@ -126,8 +128,9 @@ private Q_SLOTS:
                                            << "\"true\" is not a u8 value but one of type bool";
         QTest::newRow("hexadecimal out of range") << Area::D << ValueType::S16 << "0x8000"
                                                   << "0x8000 does not fit s16 (-32768 to 32767)";
-        QTest::newRow("hexadecimal bool") << Area::X << ValueType::Bool << "0x1"
-                                          << "\"0x1\" is not a bool value";
+        QTest::newRow("hexadecimal bool")
+            << Area::X << ValueType::Bool << "0x1"
+            << "\"0x1\" is not a bool value (0, 1, off, on, false or true)";
     }
 
     void badTextIsRefused()

@@ -247,7 +247,7 @@ private Q_SLOTS:
         QCOMPARE(list.tags.size(), 1);
         QCOMPARE(
             shown(list.warnings),
-            QString("t:2: column 7 \"decimals\": 1 decimals show different raw values as one; 2 "
+            QString("t:2: column 7 \"decimals\": 1 decimal shows different raw values as one; 2 "
                     "would not"));
     }
 

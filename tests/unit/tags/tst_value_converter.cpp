@@ -173,23 +173,38 @@ private Q_SLOTS:
         };
         row("u8", "", "", "a value is missing");
         row("u8", "unit=bar", " bar ", "\"bar\" is not a u8 value");
-        row("u8", "", "300", "300 does not fit u8 (0 to 255)");
+        row("u8", "", "300", "300 does not fit u8 (0 to 255); the nearest is 255");
         row("s16", "scale=0.1", "21.43", "21.43 cannot be had exactly; the nearest is 21.4");
         row("s16", "scale=0.3", "1", "1 cannot be had exactly; the nearest is 0.9");
         row("s16", "scale=0.1", "21,4", "\"21,4\" has a comma where a point is needed");
         row("s16", "scale=0.1", "x", "\"x\" is not a number");
+        row("s16", "scale=0.1", "0x10",
+            "\"0x10\" is not a number; hexadecimal is for values without scale and decimals");
+        row("u32", "", "1.5", "1.5 cannot be had exactly; the nearest is 1");
+        row("u32", "", "1.6", "1.6 cannot be had exactly; the nearest is 2");
+        row("u32", "", "1,5", "\"1,5\" has a comma where a point is needed");
         row("s16", "scale=0.1", "7000",
             "7000 does not fit s16 (-3276.8 to 3276.7); the nearest is 3276.7");
         row("s16", "scale=0.1", "-1e30",
             "-1e30 does not fit s16 (-3276.8 to 3276.7); the nearest is -3276.8");
-        row("u16", "scale=-1", "1", "1 does not fit u16 (0 to -65535); the nearest is 0");
+        row("u16", "scale=-1", "1", "1 does not fit u16 (-65535 to 0); the nearest is 0");
         row("u16", "scale=0.1 min=0 max=100", "100.1",
             "100.1 is above max, which is 100; the nearest is 100");
         row("u16", "min=5", "4", "4 is below min, which is 5; the nearest is 5");
         row("u8", "labels=0=off;1=on max=0", "on", "on is above max, which is 0; the nearest is 0");
-        row("u8", "labels=0=off;1=manual", "auto", "\"auto\" is not a u8 value");
-        row("bcd16", "", "10000", "10000 does not fit bcd16 (0 to 9999)");
-        row("bcd16", "", "-1", "-1 does not fit bcd16 (0 to 9999)");
+        row("u8", "labels=0=off;1=manual", "manul",
+            "\"manul\" is not a u8 value; the labels are \"manual\", \"off\"");
+        row("u8", "scale=0.5 labels=0=off;1=manual", "auto",
+            "\"auto\" is not a number; the labels are \"off\", \"manual\"");
+        row("u8", "labels=0=off;1=manual", "300",
+            "300 does not fit u8 (0 to 255); the nearest is 255");
+        row("hex", "bits=0=door;3=dry;5=hot", "dry,Doors",
+            "\"dry,Doors\" is not a hex value; the bits are \"door\", \"dry\", \"hot\"");
+        row("bool", "", "ein", "\"ein\" is not a bool value (0, 1, off, on, false or true)");
+        row("u16", "unit=A", "5 mA", "\"5 mA\" is not a u16 value");
+        row("u16", "unit=1/min", "15001/min", "\"15001/min\" is not a u16 value");
+        row("bcd16", "", "10000", "10000 does not fit bcd16 (0 to 9999); the nearest is 9999");
+        row("bcd16", "", "-1", "-1 does not fit bcd16 (0 to 9999); the nearest is 0");
         row("f32", "max=1.5", "1.6", "1.6 is above max, which is 1.5; the nearest is 1.5");
         row("f32", "max=1.5", "nan", "nan is no number, and lies in no limits");
         row("f32", "max=1.5", "inf", "inf is above max, which is 1.5; the nearest is 1.5");
@@ -235,6 +250,14 @@ private Q_SLOTS:
         row("u16", "raw_low=0 raw_high=27648 low=0 high=100 decimals=1", "51", 14100);
         row("s16", "scale=0.25 decimals=0", "0.25", 1); // what it is, though not what it shows
         row("f32", "", "3.14159265358979", 0x40490FDB);
+        row("u32", "", "1e3", 1000);
+        row("bcd16", "", "12.0", 0x12);
+        row("s16", "unit=V labels=-1=zero;1=Step-V", "step-V", 1);
+        row("u16", "unit=Stk", "5Stk", 5);
+        row("u16", "unit=F", "0x1F", 31);
+        row("u16", "unit=F", "0x1 F", 1);
+        row("u16", "scale=100 unit=e2", "5e2", 5);
+        row("f32", "unit=m", "5m", 0x40A00000);
     }
 
     void enteredTextsMayBeWrittenOtherwise()
@@ -304,7 +327,7 @@ private Q_SLOTS:
         QString problems;
         QVERIFY(
             converterOf(QStringLiteral("u16"), QStringLiteral("scale=0.01 decimals=1"), &problems));
-        QCOMPARE(problems, QString("decimals: 1 decimals show different raw values as one; 2 would "
+        QCOMPARE(problems, QString("decimals: 1 decimal shows different raw values as one; 2 would "
                                    "not (warning)"));
         QVERIFY(converterOf(QStringLiteral("u16"), QStringLiteral("scale=1e-30"), &problems));
         QCOMPARE(problems, QString("scale: 15 decimals show different raw values as one; more are "
