@@ -11,6 +11,7 @@
 #include "tags/tag_header.h"
 #include "tags/tag_span.h"
 #include "tags/tag_watch.h"
+#include "tags/thousands_point.h"
 
 #include <algorithm>
 
@@ -60,7 +61,8 @@ private:
     TagListResult result_;
     TagHeader header_;
     char separator_ = ',';
-    CsvRow row_; ///< the row being read
+    bool hasCommas_ = false; ///< in numbers, as decimal signs
+    CsvRow row_;             ///< the row being read
     bool rowIsDecoded_ = true;
     bool encodingIsTold_ = false;
     QHash<QString, int> lineOfName_;
@@ -167,7 +169,11 @@ void ListReader::readTexts(ColumnTexts<Column, COUNT> *texts)
     for (int i = 0; i < COUNT; ++i) {
         const auto column = static_cast<Column>(i);
         const QString text = field(columnOf(column));
-        (*texts)[column] = separator_ != ',' && isNumberColumn(column) ? withPoint(text) : text;
+        const bool mayHaveComma = separator_ != ',' && isNumberColumn(column);
+        (*texts)[column] = mayHaveComma ? withPoint(text) : text;
+        const QString doubt = mayHaveComma ? thousandsDoubt(text, hasCommas_) : QString();
+        if (!doubt.isEmpty())
+            note(QVector<ColumnProblem<Column>>{{column, doubt, !hasCommas_}});
     }
 }
 
@@ -336,6 +342,7 @@ TagListResult ListReader::read(const QByteArray &csv)
     QByteArray text = csv.startsWith(BYTE_ORDER_MARK) ? csv.mid(3) : csv;
     separator_ = takeSeparator(&text, tagColumnName(NAME).toLatin1());
     const CsvRows rows = splitCsv(text, separator_);
+    hasCommas_ = separator_ != ',' && haveDecimalComma(rows.rows);
     if (rows.rows.isEmpty() && rows.errorLine == 0)
         result_.errors.append({0, 0, QString(), QStringLiteral("there is no header line")});
     if (!rows.rows.isEmpty() && readHeader(rows.rows.first())) {

@@ -195,6 +195,30 @@ private Q_SLOTS:
         QCOMPARE(shown(texts.errors), QString());
     }
 
+    void pointsThatMayPartThousandsAreNamed()
+    {
+        const QByteArray header("name;area;address;station;type;scale;max;deadband\n");
+        const TagListResult points = parseTagList(header + "a;D;5.2.1;1;u16;0.125;1.000;1.500\n"
+                                                           "b;D;5.3.1;1;u16;10.125;1.5;0\n");
+        QCOMPARE(shown(points.errors), QString());
+        QCOMPARE(shown(points.warnings.mid(0, 3)),
+                 QString("t:2: column 7 \"max\": \"1.000\" is read as 1; if thousands are meant, "
+                         "1000 is needed\n"
+                         "t:2: column 8 \"deadband\": \"1.500\" is read as 1.5; if thousands are "
+                         "meant, 1500 is needed\n"
+                         "t:3: column 6 \"scale\": \"10.125\" is read as 10.125; if thousands are "
+                         "meant, 10125 is needed"));
+        const TagListResult commas = parseTagList(header + "a;D;5.2.1;1;u16;1;1.500;\n"
+                                                           "b;D;5.3.1;1;u16;0,1;100.5;0.125\n");
+        QCOMPARE(shown(commas.errors),
+                 QString("t:2: column 7 \"max\": \"1.500\" may be 1500 or 1.5, since this list has "
+                         "decimal commas: 1500 or 1,500 is needed"));
+        QCOMPARE(commas.tags.size(), 1);
+        const TagListResult plain =
+            parseTagList("name,area,address,station,type,max\na,D,5.2.1,1,u16,1.000\n");
+        QCOMPARE(shown(plain.errors) + shown(plain.warnings), QString());
+    }
+
     void elementsThatGetInEachOthersWayAreNamed()
     {
         const TagListResult list =
