@@ -140,10 +140,12 @@ class Judging(unittest.TestCase):
             self.assertEqual((verdict.wrong, verdict.denied), (wrong, denials))
 
     def test_complaints(self):
-        row = rows.Row("a row", "poll", (), "mixed", 90, "")
+        row = rows.Row("a row", "poll", (), "mixed", 90, "", 0.0)
         verdict = judge.Verdict(shown=100, good=95, wrong=1, longest=0.2)
         self.assertEqual(attack.complaints(row, verdict, 0.0), ["wrong values"])
         self.assertEqual(attack.complaints(row, verdict, 0.5), [])
+        self.assertEqual(attack.complaints(row._replace(bound=0.5), verdict, 0.0), [])
+        self.assertTrue(attack.complaints(row._replace(bound=0.1), verdict, 0.0))
         last = self.polled([(0, self.held["a"], "good"), (2, 7, "good")])
         self.assertEqual(attack.complaints(row, last, 0.0), ["wrong values"])
         self.assertEqual(attack.complaints(row._replace(physics="why"), verdict, 0.0), [])
