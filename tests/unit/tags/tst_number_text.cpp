@@ -31,7 +31,7 @@ QString shortestText(Number number)
 QString roundedOnPaper(double number, int places)
 {
     char all[128] = {}; // of more decimals than any of the numbers below has
-    std::snprintf(all, sizeof all, "%.80f", std::abs(number));
+    std::snprintf(all, sizeof all, "%.80f", std::fabs(number));
     QByteArray digits(all);
     const int point = digits.indexOf('.');
     const bool up = digits.at(point + 1 + places) >= '5';
