@@ -23,6 +23,7 @@ void StepWatch::lineUp(qint64 now_ns)
     wary_ = 0;
     proofWanted_ = false;
     behind_ = false;
+    doubtedTime_ns_ = -1;
     pausedAt_ns_ = provedUntil_ns_ = differedAt_ns_ = now_ns;
     previous_ = current_ = Shape();
 }

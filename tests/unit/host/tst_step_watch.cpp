@@ -443,6 +443,22 @@ private Q_SLOTS:
         QVERIFY(!exchange(&watch, &now_ns)); // nothing of what was odd before is left
     }
 
+    void aTimeThatWasNotProvedGoesWithItsLine()
+    {
+        StepWatch watch(ONE_PERCENT, false);
+        qint64 now_ns = 0;
+        watch.lineUp(now_ns);
+        watch.sent(requestOf(1, 8), now_ns, TIMEOUT);
+        watch.somethingOdd();
+        exchange(&watch, &now_ns);
+        watch.lineUp(now_ns);
+        QVERIFY(watch.pauseWasSilent(now_ns, now_ns + 11 * MS)); // asked for before any request
+        watch.sent(requestOf(1, 8), now_ns, TIMEOUT);
+        QVERIFY(watch.replied(WORD, now_ns + seconds(1), 8 * MS, true));
+        QCOMPARE(watch.pauseEnd_ns(now_ns + seconds(1)),
+                 now_ns + seconds(1) + ReplyTimes::pauseAfter_ns(TIMEOUT));
+    }
+
     void aNewLineBeginsAfresh()
     {
         StepWatch watch(ONE_PERCENT, false);
