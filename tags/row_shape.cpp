@@ -4,21 +4,11 @@
 
 #include <QRegularExpression>
 
-#include <algorithm>
-
 namespace kvt
 {
 
 namespace
 {
-
-/// Returns the column of a field; -1 when there is none.
-int columnAt(const TagHeader &header, int field)
-{
-    const auto *const column = std::find(header.fieldOf.cbegin(), header.fieldOf.cend(), field);
-    return column == header.fieldOf.cend() ? -1
-                                           : static_cast<int>(column - header.fieldOf.cbegin());
-}
 
 bool looksLikeLabel(const QByteArray &field)
 {
@@ -42,7 +32,7 @@ std::optional<TagError> openLabels(const CsvRow &row, const TagHeader &header)
         if (field < 0 || field + 1 >= row.fields.size() || row.fields[field].contains(';') ||
             !looksLikeLabel(row.fields[field]) || !looksLikeLabel(row.fields[field + 1]))
             continue;
-        const int column = columnAt(header, field + 1);
+        const int column = header.columnAt(field + 1);
         if (!takesLabels(column))
             return TagError{row.line, field + 2, tagColumnName(column),
                             QStringLiteral("belongs to the %1: a text with a semicolon must be "

@@ -3,6 +3,8 @@
 #include "tags/csv_dialect.h"
 #include "tags/field_text.h"
 
+#include <algorithm>
+
 namespace kvt
 {
 
@@ -62,6 +64,12 @@ QString separatorFault(const CsvRow &row, char separator)
 }
 
 } // namespace
+
+int TagHeader::columnAt(int field) const
+{
+    const auto *const column = std::find(fieldOf.cbegin(), fieldOf.cend(), field);
+    return column == fieldOf.cend() ? -1 : static_cast<int>(column - fieldOf.cbegin());
+}
 
 TagHeader readTagHeader(const CsvRow &row, char separator, TagListResult *result)
 {

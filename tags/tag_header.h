@@ -16,6 +16,9 @@ namespace kvt
 struct TagHeader {
     TagHeader() { fieldOf.fill(-1); }
 
+    /// Returns the column of a field, by its index in a row; -1 when there is none.
+    int columnAt(int field) const;
+
     std::array<int, COLUMN_COUNT> fieldOf = {}; ///< index in a row; -1: no such column
     int fields = 0;                             ///< of the row itself
     WordOrder order = WordOrder::Abcd;          ///< of tags that name none

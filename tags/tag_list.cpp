@@ -310,13 +310,9 @@ void ListReader::sortErrors(int from)
 // Names the column of a malformed row, if the header could be read.
 void ListReader::failRow(const CsvRows &rows)
 {
-    const auto *const column =
-        std::find(header_.fieldOf.cbegin(), header_.fieldOf.cend(), rows.errorColumn - 1);
-    const bool isNamed = column != header_.fieldOf.cend();
-    result_.errors.append(
-        {rows.errorLine, rows.errorColumn,
-         isNamed ? tagColumnName(static_cast<int>(column - header_.fieldOf.cbegin())) : QString(),
-         rows.errorText});
+    const int column = header_.columnAt(rows.errorColumn - 1);
+    result_.errors.append({rows.errorLine, rows.errorColumn,
+                           column >= 0 ? tagColumnName(column) : QString(), rows.errorText});
 }
 
 // All behind the header.
